@@ -1,0 +1,122 @@
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/base/Date.h"
+#include "platform/base/Error.h"
+#include "platform/base/Range.h"
+#include "platform/base/Result.h"
+#include "platform/base/SystemLog.h"
+#include "platform/base/UTF16.h"
+#include "platform/base/Value.h"
+
+#include <cerrno>
+
+namespace platform {
+namespace {
+
+TEST(Date, DescribesItselfInUTC) {
+    EXPECT_EQ(Date::fromUnixTime(1714554902.75).description(), "2024-05-01 09:15:02 +0000");
+    EXPECT_EQ(Date{}.description(), "2001-01-01 00:00:00 +0000");
+    EXPECT_EQ(Date::fromUnixTime(-1).iso8601(), "1969-12-31T23:59:59Z");
+}
+
+TEST(Range, StringFormRoundTrips) {
+    EXPECT_EQ(stringFromRange({12, 3}), "{12, 3}");
+    EXPECT_EQ(rangeFromString("{12, 3}"), (Range{12, 3}));
+    EXPECT_EQ(rangeFromString(" 7"), (Range{7, 0}));
+    EXPECT_EQ(rangeFromString(""), (Range{0, 0}));
+    EXPECT_EQ(rangeFromString("{99999999999999999999999, 1}").location, kNotFound);
+}
+
+TEST(UTF16, RoundTripsEveryPlane) {
+    const std::u16string text = u"aé€\U0001F600";
+    EXPECT_EQ(utf16FromUTF8(utf8FromUTF16(text)), text);
+}
+
+TEST(UTF16, ReplacesEachMaximalIllFormedPart) {
+    struct Row {
+        std::string_view bytes;
+        std::u16string text;
+    };
+    const std::vector<Row> rows{
+        {"a\x80z", u"a\uFFFDz"},
+        {"\xE2\x82", u"\uFFFD"},
+        {"\xE2\x82x", u"\uFFFDx"},
+        {"\xC0\xAF", u"\uFFFD\uFFFD"},
+        {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},
+        {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},
+        {"\xF0\x9F\x98\x80", u"\U0001F600"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(utf16FromUTF8(row.bytes), row.text);
+        EXPECT_EQ(isValidUTF8(row.bytes), row.text.find(u'\uFFFD') == std::u16string::npos);
+    }
+}
+
+TEST(UTF16, LoneSurrogatesBecomeReplacementCharacters) {
+    EXPECT_EQ(utf8FromUTF16(std::u16string{u'a', 0xD800, u'b', 0xDC00}), "a\uFFFDb\uFFFD");
+}
+
+TEST(Value, NumbersConvertLikeThePlatforms) {
+    EXPECT_EQ(Value(true).integerValue(), 1);
+    EXPECT_EQ(Value(-2.9).integerValue(), -2);
+    EXPECT_TRUE(Value(0.5).boolValue());
+    EXPECT_EQ(Value("7").integerValue(), 0);
+    EXPECT_EQ(Value(1e300).integerValue(), std::numeric_limits<std::int64_t>::max());
+}
+
+TEST(Value, ErrorsCompareByValue) {
+    EXPECT_EQ(Value(Error("D", 1)), Value(Error("D", 1)));
+    EXPECT_FALSE(Value(Error("D", 1)) == Value(Error("D", 2)));
+}
+
+TEST(Error, ErrnoBecomesThePlatformsCode) {
+    struct Row {
+        int errorNumber;
+        FileAccess access;
+        std::int64_t code;
+    };
+    const std::vector<Row> rows{
+        {ENOENT, FileAccess::reading, 260}, {ENOENT, FileAccess::writing, 4},   {EACCES, FileAccess::reading, 257},
+        {EACCES, FileAccess::writing, 513}, {EEXIST, FileAccess::writing, 516}, {ENOSPC, FileAccess::writing, 640},
+        {EROFS, FileAccess::writing, 642},  {EIO, FileAccess::reading, 256},    {EIO, FileAccess::writing, 512},
+    };
+    for (const Row& row : rows) {
+        const Error error = errorFromErrno(row.errorNumber, row.access, "/x/y");
+        EXPECT_EQ(error.domain, kCocoaErrorDomain);
+        EXPECT_EQ(error.code, row.code);
+        ASSERT_NE(error.underlyingError(), nullptr);
+        EXPECT_EQ(error.underlyingError()->code, row.errorNumber);
+        EXPECT_NE(error.localizedDescription().find("/x/y"), std::string::npos);
+    }
+}
+
+Result<int> half(int number) {
+    if (number % 2) return failure(Error("Odd", number));
+    return number / 2;
+}
+
+Result<int> quarter(int number) {
+    return TRY(half(TRY(half(number))));
+}
+
+TEST(Result, TryPassesTheErrorUp) {
+    EXPECT_EQ(quarter(12).value(), 3);
+    EXPECT_EQ(quarter(6).error().code, 3);
+}
+
+TEST(SystemLog, SinkSeesEntriesAndIsRestored) {
+    std::vector<std::string> entries;
+    const SystemLogSink before = setSystemLogSink([&](std::string_view entry) { entries.emplace_back(entry); });
+    systemLog("hello");
+    setSystemLogSink(before);
+    EXPECT_EQ(entries, std::vector<std::string>{"hello"});
+}
+
+TEST(SystemLog, EscapesWhatActsOnATerminal) {
+    EXPECT_EQ(escapedForTerminal("a\x1b[31mb\u202Ec\n"), "a\\u{1b}[31mb\\u{202e}c\\u{a}");
+}
+
+} // namespace
+} // namespace platform
