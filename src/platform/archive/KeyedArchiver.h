@@ -1,0 +1,54 @@
+// Counterpart of NSKeyedArchiver: a graph of objects as a binary property list that the platform's unarchiver reads.
+//
+// An object is encoded by its class's row in the ClassRegistry. Objects numbered depth first, each taking its index
+// before its contents; a class's dictionary follows the contents of its first object. The same object (by address)
+// encoded twice is one entry. Encoding recurses over our own value types only, whose depth is fixed.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/archive/ArchivedObject.h"
+#include "platform/base/Data.h"
+#include "platform/base/Result.h"
+
+namespace platform {
+
+inline constexpr std::string_view kArchiveRootKey = "root";
+
+class KeyedArchiver {
+  public:
+    enum class Coding { secure, plain };
+
+    explicit KeyedArchiver(Coding coding);
+    ~KeyedArchiver();
+    KeyedArchiver(const KeyedArchiver&) = delete;
+    KeyedArchiver& operator=(const KeyedArchiver&) = delete;
+
+    // A whole archive with one object under "root".
+    static Result<Data> archivedData(const ArchivedObject& root, Coding coding);
+
+    // Values stored in the current object's own dictionary.
+    void encodeBool(std::string_view key, bool value);
+    void encodeInteger(std::string_view key, std::int64_t value);
+    void encodeFloat(std::string_view key, float value); // stored as the double of the same value
+    void encodeDouble(std::string_view key, double value);
+    void encodeBytes(std::string_view key, std::string_view bytes);
+
+    // Objects stored by reference. A null object is reference 0.
+    void encodeObject(std::string_view key, const ArchivedObject& object);
+    void encodeArray(std::string_view key, const std::vector<ArchivedObject>& objects);
+
+    // The archive; the archiver takes nothing more afterwards. An object whose class was never registered, or, in
+    // secure coding, one whose class does not support it, makes this an error (NSCocoaErrorDomain 4866).
+    Result<Data> finish();
+
+  private:
+    struct Implementation;
+    std::unique_ptr<Implementation> implementation_;
+};
+
+} // namespace platform

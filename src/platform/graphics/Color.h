@@ -1,0 +1,84 @@
+// Counterpart of NSColor, as a value: a component color in one of a few spaces, a catalog color by name, or a pattern.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+enum class ColorSpace : std::uint8_t {
+    calibratedRGB,
+    deviceRGB,
+    calibratedWhite,
+    deviceWhite,
+    deviceCMYK,
+    sRGB,
+    catalog,
+    pattern
+};
+
+class Color {
+  public:
+    // Component colors; components 0 to 1, kept in double precision.
+    static Color sRGB(double red, double green, double blue, double alpha = 1);
+    static Color deviceRGB(double red, double green, double blue, double alpha = 1);
+    static Color calibratedRGB(double red, double green, double blue, double alpha = 1);
+    static Color calibratedWhite(double white, double alpha = 1);
+    static Color deviceWhite(double white, double alpha = 1);
+    static Color deviceCMYK(double cyan, double magenta, double yellow, double black, double alpha = 1);
+    // A color of the list "System", or an asset color: its components follow the environment's appearance.
+    static std::optional<Color> catalog(std::string_view catalogName, std::string_view colorName);
+    static Color pattern(); // cannot be converted to any space
+
+    // Platform colors.
+    static Color black();     // calibrated white 0
+    static Color white();     // calibrated white 1
+    static Color textColor(); // catalog colors from here on
+    static Color textBackgroundColor();
+    static Color labelColor();
+    static Color secondaryLabelColor();
+    static Color tertiaryLabelColor();
+    static Color controlAccentColor();
+    // Counterpart of colorNamed: an asset color registered with registerColorAsset; nothing when unknown.
+    static std::optional<Color> colorNamed(std::string_view name);
+
+    ColorSpace space() const { return space_; }
+    bool isCatalogColor() const { return space_ == ColorSpace::catalog; }
+    const std::string& catalogNameComponent() const { return catalogName_; }
+    const std::string& colorNameComponent() const { return colorName_; }
+
+    // The components in this color's own space, alpha last; 2 for gray, 4 for RGB, 5 for CMYK.
+    const std::array<double, 5>& components() const { return components_; }
+    double alphaComponent() const;
+
+    // Device RGB and sRGB count as one here, as on a machine without a calibrated display. Nothing for a pattern.
+    struct RGBA {
+        double red = 0, green = 0, blue = 0, alpha = 1;
+        friend bool operator==(const RGBA&, const RGBA&) = default;
+    };
+    std::optional<RGBA> rgba() const;
+
+    // The same color as a component color (a catalog color is resolved for the appearance); nothing for a pattern.
+    std::optional<Color> usingComponents() const;
+    std::optional<Color> usingDeviceRGB() const;
+
+    Color withAlphaComponent(double alpha) const;
+    // Counterpart of shadowWithLevel: blended with black, 0 unchanged to 1 black.
+    Color shadowWithLevel(double level) const;
+
+    // Object equality: same space, same components or names.
+    friend bool operator==(const Color&, const Color&) = default;
+
+  private:
+    ColorSpace space_ = ColorSpace::sRGB;
+    std::array<double, 5> components_{};
+    std::string catalogName_, colorName_;
+};
+
+// Makes an asset color known under a name, with its light and its dark components in sRGB.
+void registerColorAsset(std::string_view name, const Color::RGBA& light, const Color::RGBA& dark);
+
+} // namespace platform

@@ -1,0 +1,109 @@
+// The attributes of a run of text: names (the platform's own), values (a closed variant), and immutable sets of them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "platform/foundation/URL.h"
+#include "platform/graphics/Color.h"
+#include "platform/graphics/Font.h"
+#include "platform/text/ParagraphStyle.h"
+#include "platform/text/TextAttachment.h"
+
+namespace platform {
+
+// An attribute's name, interned: comparing two is comparing two pointers.
+class AttributeName {
+  public:
+    explicit AttributeName(std::string_view name);
+    const std::string& string() const { return *name_; }
+    friend bool operator==(AttributeName, AttributeName) = default;
+
+  private:
+    const std::string* name_;
+};
+
+inline const AttributeName kFontAttributeName{"NSFont"};
+inline const AttributeName kParagraphStyleAttributeName{"NSParagraphStyle"};
+inline const AttributeName kForegroundColorAttributeName{"NSColor"};
+inline const AttributeName kBackgroundColorAttributeName{"NSBackgroundColor"};
+inline const AttributeName kLinkAttributeName{"NSLink"};
+inline const AttributeName kAttachmentAttributeName{"NSAttachment"};
+inline const AttributeName kUnderlineStyleAttributeName{"NSUnderline"};
+inline const AttributeName kUnderlineColorAttributeName{"NSUnderlineColor"};
+inline const AttributeName kStrikethroughStyleAttributeName{"NSStrikethrough"};
+inline const AttributeName kStrikethroughColorAttributeName{"NSStrikethroughColor"};
+inline const AttributeName kSuperscriptAttributeName{"NSSuperScript"};
+inline const AttributeName kBaselineOffsetAttributeName{"NSBaselineOffset"};
+inline const AttributeName kKernAttributeName{"NSKern"};
+inline const AttributeName kLigatureAttributeName{"NSLigature"};
+inline const AttributeName kStrokeColorAttributeName{"NSStrokeColor"};
+inline const AttributeName kStrokeWidthAttributeName{"NSStrokeWidth"};
+inline const AttributeName kShadowAttributeName{"NSShadow"};
+inline const AttributeName kTextEffectAttributeName{"NSTextEffect"};
+inline const AttributeName kObliquenessAttributeName{"NSObliqueness"};
+inline const AttributeName kExpansionAttributeName{"NSExpansion"};
+inline const AttributeName kWritingDirectionAttributeName{"NSWritingDirection"};
+inline const AttributeName kVerticalGlyphFormAttributeName{"CTVerticalForms"}; // older files: NSVerticalGlyphForm
+inline const AttributeName kTextHighlightStyleAttributeName{"NSTextHighlightStyle"};
+inline const AttributeName kTextHighlightColorSchemeAttributeName{"NSTextHighlightColorScheme"};
+inline const AttributeName kCursorAttributeName{"NSCursor"};
+inline const AttributeName kToolTipAttributeName{"NSToolTip"};
+
+// Counterpart of NSShadow. Offsets in points, y upwards.
+struct Shadow {
+    double offsetX = 0, offsetY = 0, blurRadius = 0;
+    std::optional<Color> color;
+    friend bool operator==(const Shadow&, const Shadow&) = default;
+};
+
+using AttributeValue = std::variant<std::int64_t, double, std::u16string, URL, Font, Color, ParagraphStyleReference,
+                                    TextAttachmentReference, Shadow, std::vector<std::int64_t>>;
+
+// Equal by value; paragraph styles by what they say, attachments by identity; an integer equals a real of its value.
+bool equalAttributeValues(const AttributeValue& a, const AttributeValue& b);
+
+// A number's integer value (cut toward zero), 0 for what is no number.
+std::int64_t integerValue(const AttributeValue& value);
+double doubleValue(const AttributeValue& value);
+
+// An immutable set of attributes, shared by pointer; sorted by name. Never holds a name twice.
+class AttributeSet {
+  public:
+    using Entry = std::pair<AttributeName, AttributeValue>;
+    using Reference = std::shared_ptr<const AttributeSet>;
+
+    AttributeSet() = default;
+    AttributeSet(std::initializer_list<Entry> entries);
+    explicit AttributeSet(std::vector<Entry> entries); // the later of two entries of one name wins
+
+    static const Reference& empty();
+
+    const std::vector<Entry>& entries() const { return entries_; }
+    // The value under a name, or null.
+    const AttributeValue* find(AttributeName name) const;
+    template<class T>
+    const T* find(AttributeName name) const {
+        const AttributeValue* value = find(name);
+        return value ? std::get_if<T>(value) : nullptr;
+    }
+
+    // Changed copies. with() replaces; merging lets the other set win.
+    AttributeSet with(AttributeName name, AttributeValue value) const;
+    AttributeSet without(AttributeName name) const;
+    AttributeSet merging(const AttributeSet& other) const;
+
+    friend bool operator==(const AttributeSet& a, const AttributeSet& b);
+
+  private:
+    std::vector<Entry> entries_;
+};
+
+} // namespace platform

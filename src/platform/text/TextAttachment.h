@@ -1,0 +1,55 @@
+// Counterpart of NSTextAttachment: an object in a text, standing on one U+FFFC. Has identity; classes derive from it.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/base/Data.h"
+
+namespace platform {
+
+class FileWrapper;
+class TextAttachmentCell;
+
+inline constexpr char16_t kAttachmentCharacter = 0xFFFC;
+
+class TextAttachment {
+  public:
+    TextAttachment() = default;
+    explicit TextAttachment(std::shared_ptr<FileWrapper> fileWrapper);
+    // Contents without a wrapper, with a uniform type identifier.
+    TextAttachment(std::optional<Data> contents, std::string_view fileType);
+    virtual ~TextAttachment() = default;
+    TextAttachment(const TextAttachment&) = delete;
+    TextAttachment& operator=(const TextAttachment&) = delete;
+
+    virtual std::string_view className() const { return "NSTextAttachment"; }
+    // A new attachment of the same class holding that wrapper.
+    virtual std::shared_ptr<TextAttachment> sameClassWithFileWrapper(std::shared_ptr<FileWrapper> fileWrapper) const;
+
+    const std::shared_ptr<FileWrapper>& fileWrapper() const { return fileWrapper_; }
+    // The file type follows the wrapper's name (its extension's uniform type), unless it was set.
+    virtual void setFileWrapper(std::shared_ptr<FileWrapper> fileWrapper);
+
+    const std::optional<Data>& contents() const { return contents_; }
+    // A uniform type identifier, "" when there is none.
+    const std::string& fileType() const { return fileType_; }
+    void setFileType(std::string fileType) { fileType_ = std::move(fileType); }
+
+    // The cell that draws the attachment; null when none is set. Derived classes make theirs at first use.
+    virtual std::shared_ptr<TextAttachmentCell> attachmentCell() { return cell_; }
+    void setAttachmentCell(std::shared_ptr<TextAttachmentCell> cell) { cell_ = std::move(cell); }
+
+  private:
+    std::shared_ptr<FileWrapper> fileWrapper_;
+    std::optional<Data> contents_;
+    std::string fileType_;
+    std::shared_ptr<TextAttachmentCell> cell_;
+};
+
+using TextAttachmentReference = std::shared_ptr<TextAttachment>;
+
+} // namespace platform
