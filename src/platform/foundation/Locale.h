@@ -1,0 +1,16 @@
+// The system's names of locales and time zones as ICU writes them.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+// "de_DE.UTF-8@euro" → "de_DE"; "sr_RS@latin" → "sr_Latn_RS"; "", "C" and "POSIX" → "en_US_POSIX".
+std::string localeIdentifierFromPOSIX(std::string_view name);
+
+// The zone that a value of TZ, or the file that it or /etc/localtime names, stands for: ":Europe/Berlin",
+// "/usr/share/zoneinfo/Europe/Berlin" → "Europe/Berlin". Nothing named → "UTC".
+std::string timeZoneNameFromTZ(std::string_view value);
+
+} // namespace platform
