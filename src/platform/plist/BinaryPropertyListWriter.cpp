@@ -1,224 +1,225 @@
-// Objects without references are encoded at once; containers stay lists of numbers until finish, since the size of a
-// reference depends on the number of objects.
+// A leaf is encoded at once behind the other leaves; when an equal one is there already, the new bytes are dropped
+// again and the old index answered. Containers keep plain indices until the end, because the width of a reference in
+// the file depends on how many objects there are.
 #include "platform/plist/BinaryPropertyListWriter.h"
 
 #include <algorithm>
 #include <bit>
 #include <functional>
-
-#include "platform/base/UTF16.h"
-#include "platform/plist/BinaryFormat.h"
+#include <limits>
 
 namespace platform {
 
 namespace {
 
-using namespace bplist;
+constexpr std::uint32_t kEmptySlot = std::numeric_limits<std::uint32_t>::max();
+constexpr std::size_t kInitialSlots = 256; // a power of two
 
-// 1, 2, 4 or 8: the platform's readers take no other size of an integer.
-unsigned byteCount(std::uint64_t number) {
-    if (number <= 0xFF) return 1;
-    if (number <= 0xFFFF) return 2;
-    return number <= 0xFFFFFFFF ? 4 : 8;
+// High halves of the marker bytes.
+enum Marker : unsigned char {
+    falseMarker = 0x08,
+    trueMarker = 0x09,
+    integerMarker = 0x10,
+    realMarker = 0x23,
+    dateMarker = 0x33,
+    dataMarker = 0x40,
+    asciiMarker = 0x50,
+    utf16Marker = 0x60,
+    uidMarker = 0x80,
+    arrayMarker = 0xA0,
+    dictionaryMarker = 0xD0,
+};
+
+void appendBigEndian(std::string& bytes, std::uint64_t value, unsigned size) {
+    for (unsigned shift = 8 * size; shift > 0; shift -= 8) bytes += static_cast<char>(value >> (shift - 8) & 0xFF);
 }
 
-void appendNumber(std::string& out, std::uint64_t number, unsigned size) {
-    for (unsigned shift = size * 8; shift > 0; shift -= 8) out += static_cast<char>((number >> (shift - 8)) & 0xFF);
+// The smallest of 1, 2, 4 and 8 bytes that hold the value.
+constexpr unsigned sizeFor(std::uint64_t value) {
+    return value <= 0xFF ? 1 : value <= 0xFFFF ? 2 : value <= 0xFFFFFFFF ? 4 : 8;
 }
 
-void appendMarker(std::string& out, unsigned marker) {
-    out += static_cast<char>(marker);
+void appendInteger(std::string& bytes, std::int64_t value) {
+    const auto bits = static_cast<std::uint64_t>(value); // a negative one needs all 8 bytes
+    const unsigned size = sizeFor(bits);
+    bytes += static_cast<char>(integerMarker | std::countr_zero(size));
+    appendBigEndian(bytes, bits, size);
 }
 
-void appendIntegerObject(std::string& out, std::uint64_t number) {
-    const unsigned size = byteCount(number);
-    appendMarker(out, kInteger | static_cast<unsigned>(std::countr_zero(size)));
-    appendNumber(out, number, size);
-}
-
-void appendMarkerWithSize(std::string& out, Marker marker, std::size_t size) {
-    if (size < kSizeFollows) {
-        appendMarker(out, marker | static_cast<unsigned>(size));
-    } else {
-        appendMarker(out, marker | kSizeFollows);
-        appendIntegerObject(out, size);
-    }
-}
-
-template<class C>
-bool isASCII(std::basic_string_view<C> text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](C unit) { return static_cast<std::make_unsigned_t<C>>(unit) < 0x80; });
+// Counts from 15 up follow the marker as an integer.
+void appendMarker(std::string& bytes, unsigned char marker, std::size_t count) {
+    bytes += static_cast<char>(marker | std::min<std::size_t>(count, 15));
+    if (count >= 15) appendInteger(bytes, static_cast<std::int64_t>(count));
 }
 
 } // namespace
 
-BinaryPropertyListWriter::BinaryPropertyListWriter() : unique_(0, SameBytes{this}, SameBytes{this}) {
-    appendMarker(encoded_, kNull);
-}
+BinaryPropertyListWriter::BinaryPropertyListWriter() : table_(kInitialSlots, kEmptySlot) {}
 
-std::size_t BinaryPropertyListWriter::SameBytes::operator()(Object object) const {
-    return std::hash<std::string_view>()(writer->bytesOf(object));
-}
-
-bool BinaryPropertyListWriter::SameBytes::operator()(Object a, Object b) const {
-    return writer->bytesOf(a) == writer->bytesOf(b);
-}
-
-std::string_view BinaryPropertyListWriter::bytesOf(Object object) const {
-    const Entry& entry = entries_[object];
-    return std::string_view(encoded_).substr(entry.begin, entry.count);
-}
-
-// The object whose bytes were just appended behind `begin`, or the earlier one of the same bytes.
-BinaryPropertyListWriter::Object BinaryPropertyListWriter::uniqued(std::size_t begin) {
-    const auto object = static_cast<Object>(entries_.size());
-    entries_.push_back({Kind::encoded, begin, encoded_.size() - begin});
-    const auto [place, isNew] = unique_.insert(object);
-    if (!isNew) {
-        entries_.pop_back();
-        encoded_.resize(begin);
+auto BinaryPropertyListWriter::addLeaf(std::size_t start, bool unique) -> Reference {
+    const std::string_view bytes = std::string_view(leaves_).substr(start);
+    const auto added = static_cast<Reference>(objects_.size());
+    if (unique) {
+        if (uniqueLeaves_ * 2 >= table_.size()) growTable();
+        const std::size_t mask = table_.size() - 1;
+        std::size_t slot = std::hash<std::string_view>()(bytes) & mask;
+        while (table_[slot] != kEmptySlot) {
+            const Object& other = objects_[table_[slot]];
+            if (std::string_view(leaves_).substr(other.start, other.length) == bytes) {
+                leaves_.resize(start);
+                return table_[slot];
+            }
+            slot = (slot + 1) & mask;
+        }
+        table_[slot] = added;
+        ++uniqueLeaves_;
     }
-    return *place;
+    objects_.push_back({start, bytes.size(), Kind::leaf});
+    return added;
 }
 
-BinaryPropertyListWriter::Object BinaryPropertyListWriter::appendBool(bool value) {
-    const std::size_t begin = encoded_.size();
-    appendMarker(encoded_, value ? kTrue : kFalse);
-    return uniqued(begin);
+void BinaryPropertyListWriter::growTable() {
+    std::vector<Reference> larger(table_.size() * 2, kEmptySlot);
+    const std::size_t mask = larger.size() - 1;
+    for (const Reference reference : table_) {
+        if (reference == kEmptySlot) continue;
+        const Object& object = objects_[reference];
+        std::size_t slot =
+            std::hash<std::string_view>()(std::string_view(leaves_).substr(object.start, object.length)) & mask;
+        while (larger[slot] != kEmptySlot) slot = (slot + 1) & mask;
+        larger[slot] = reference;
+    }
+    table_ = std::move(larger);
 }
 
-BinaryPropertyListWriter::Object BinaryPropertyListWriter::appendInteger(std::int64_t value) {
-    const std::size_t begin = encoded_.size();
-    appendIntegerObject(encoded_, static_cast<std::uint64_t>(value));
-    return uniqued(begin);
+auto BinaryPropertyListWriter::boolean(bool value) -> Reference {
+    const std::size_t start = leaves_.size();
+    leaves_ += static_cast<char>(value ? trueMarker : falseMarker);
+    return addLeaf(start, true);
 }
 
-BinaryPropertyListWriter::Object BinaryPropertyListWriter::appendReal(double value) {
-    const std::size_t begin = encoded_.size();
-    appendMarker(encoded_, kReal | 3);
-    appendNumber(encoded_, std::bit_cast<std::uint64_t>(value), 8);
-    return uniqued(begin);
+auto BinaryPropertyListWriter::integer(std::int64_t value) -> Reference {
+    const std::size_t start = leaves_.size();
+    appendInteger(leaves_, value);
+    return addLeaf(start, true);
 }
 
-BinaryPropertyListWriter::Object BinaryPropertyListWriter::appendDate(Date date) {
-    const std::size_t begin = encoded_.size();
-    appendMarker(encoded_, kDate);
-    appendNumber(encoded_, std::bit_cast<std::uint64_t>(date.secondsSinceReferenceDate), 8);
-    return uniqued(begin);
+auto BinaryPropertyListWriter::real(double value) -> Reference {
+    const std::size_t start = leaves_.size();
+    leaves_ += static_cast<char>(realMarker);
+    appendBigEndian(leaves_, std::bit_cast<std::uint64_t>(value), 8);
+    return addLeaf(start, true);
 }
 
-BinaryPropertyListWriter::Object BinaryPropertyListWriter::appendUID(UID uid) {
-    const std::size_t begin = encoded_.size();
-    const unsigned size = byteCount(uid.value);
-    appendMarker(encoded_, kUID | (size - 1));
-    appendNumber(encoded_, uid.value, size);
-    return uniqued(begin);
+auto BinaryPropertyListWriter::date(Date value) -> Reference {
+    const std::size_t start = leaves_.size();
+    leaves_ += static_cast<char>(dateMarker);
+    appendBigEndian(leaves_, std::bit_cast<std::uint64_t>(value.secondsSinceReferenceDate), 8);
+    return addLeaf(start, true);
 }
 
-BinaryPropertyListWriter::Object BinaryPropertyListWriter::appendData(Data data) {
-    const Object object = reserve();
-    entries_[object] = {Kind::data, blobs_.size(), data.size()};
-    blobs_.push_back(std::move(data));
-    return object;
+auto BinaryPropertyListWriter::data(std::string_view bytes) -> Reference {
+    const std::size_t start = leaves_.size();
+    appendMarker(leaves_, dataMarker, bytes.size());
+    leaves_ += bytes;
+    return addLeaf(start, false);
 }
 
-BinaryPropertyListWriter::Object BinaryPropertyListWriter::appendString(std::u16string_view text) {
-    const std::size_t begin = encoded_.size();
-    if (isASCII(text)) {
-        appendMarkerWithSize(encoded_, kASCII, text.size());
-        for (const char16_t unit : text) encoded_ += static_cast<char>(unit);
+auto BinaryPropertyListWriter::string(std::u16string_view text) -> Reference {
+    const std::size_t start = leaves_.size();
+    if (std::ranges::all_of(text, [](char16_t unit) { return unit < 0x80; })) {
+        appendMarker(leaves_, asciiMarker, text.size());
+        for (const char16_t unit : text) leaves_ += static_cast<char>(unit);
     } else {
-        appendMarkerWithSize(encoded_, kUTF16, text.size());
-        for (const char16_t unit : text) appendNumber(encoded_, unit, 2);
+        appendMarker(leaves_, utf16Marker, text.size());
+        for (const char16_t unit : text) appendBigEndian(leaves_, unit, 2);
     }
-    return uniqued(begin);
+    return addLeaf(start, true);
 }
 
-BinaryPropertyListWriter::Object BinaryPropertyListWriter::appendString(std::string_view utf8) {
-    if (!isASCII(utf8)) return appendString(utf16FromUTF8(utf8));
-    const std::size_t begin = encoded_.size();
-    appendMarkerWithSize(encoded_, kASCII, utf8.size());
-    encoded_ += utf8;
-    return uniqued(begin);
+auto BinaryPropertyListWriter::asciiString(std::string_view text) -> Reference {
+    const std::size_t start = leaves_.size();
+    appendMarker(leaves_, asciiMarker, text.size());
+    leaves_ += text;
+    return addLeaf(start, true);
 }
 
-BinaryPropertyListWriter::Object BinaryPropertyListWriter::appendArray(std::span<const Object> elements) {
-    const Object object = reserve();
-    setArray(object, elements);
-    return object;
+auto BinaryPropertyListWriter::uid(std::uint64_t value) -> Reference {
+    const std::size_t start = leaves_.size();
+    const unsigned size = sizeFor(value);
+    leaves_ += static_cast<char>(uidMarker | (size - 1));
+    appendBigEndian(leaves_, value, size);
+    return addLeaf(start, true);
 }
 
-BinaryPropertyListWriter::Object
-BinaryPropertyListWriter::appendDictionary(std::span<const std::pair<Object, Object>> entries) {
-    const Object object = reserve();
-    setDictionary(object, entries);
-    return object;
+auto BinaryPropertyListWriter::reserve() -> Reference {
+    objects_.push_back({0, 0, Kind::array});
+    return static_cast<Reference>(objects_.size() - 1);
 }
 
-BinaryPropertyListWriter::Object BinaryPropertyListWriter::reserve() {
-    const auto object = static_cast<Object>(entries_.size());
-    entries_.push_back({Kind::encoded, 0, 1}); // the null that the constructor put first
-    return object;
+void BinaryPropertyListWriter::fill(Reference reserved, Kind kind, std::span<const Reference> first,
+                                    std::span<const Reference> second) {
+    objects_[reserved] = {references_.size(), first.size(), kind};
+    references_.insert(references_.end(), first.begin(), first.end());
+    references_.insert(references_.end(), second.begin(), second.end());
 }
 
-void BinaryPropertyListWriter::setArray(Object object, std::span<const Object> elements) {
-    entries_[object] = {Kind::array, references_.size(), elements.size()};
-    references_.insert(references_.end(), elements.begin(), elements.end());
+void BinaryPropertyListWriter::fillArray(Reference reserved, std::span<const Reference> elements) {
+    fill(reserved, Kind::array, elements, {});
 }
 
-void BinaryPropertyListWriter::setDictionary(Object object, std::span<const std::pair<Object, Object>> entries) {
-    entries_[object] = {Kind::dictionary, references_.size(), entries.size()};
-    for (const auto& [key, value] : entries) references_.push_back(key);
-    for (const auto& [key, value] : entries) references_.push_back(value);
+void BinaryPropertyListWriter::fillDictionary(Reference reserved, std::span<const Reference> keys,
+                                              std::span<const Reference> values) {
+    fill(reserved, Kind::dictionary, keys, values);
 }
 
-void BinaryPropertyListWriter::appendObject(std::string& file, const Entry& entry, unsigned referenceSize) const {
-    std::size_t referenceCount = entry.count;
-    switch (entry.kind) {
-    case Kind::encoded:
-        file.append(encoded_, entry.begin, entry.count);
-        return;
-    case Kind::data:
-        appendMarkerWithSize(file, kData, entry.count);
-        file += blobs_[entry.begin].bytes();
-        return;
-    case Kind::array:
-        appendMarkerWithSize(file, kArray, entry.count);
-        break;
-    case Kind::dictionary:
-        appendMarkerWithSize(file, kDictionary, entry.count);
-        referenceCount *= 2;
-        break;
-    }
-    for (std::size_t i = 0; i < referenceCount; ++i) appendNumber(file, references_[entry.begin + i], referenceSize);
+auto BinaryPropertyListWriter::array(std::span<const Reference> elements) -> Reference {
+    const Reference added = reserve();
+    fillArray(added, elements);
+    return added;
 }
 
-std::string BinaryPropertyListWriter::finish(Object top) && {
-    const unsigned referenceSize = byteCount(entries_.size() - 1);
-    std::size_t room = encoded_.size() + references_.size() * referenceSize + entries_.size() * 17 + 64;
-    for (const Data& blob : blobs_) room += blob.size();
-    std::string file;
-    file.reserve(room);
-    file += kMagic;
+auto BinaryPropertyListWriter::dictionary(std::span<const Reference> keys, std::span<const Reference> values)
+    -> Reference {
+    const Reference added = reserve();
+    fillDictionary(added, keys, values);
+    return added;
+}
 
+void BinaryPropertyListWriter::appendContainer(std::string& bytes, const Object& object, unsigned referenceSize) const {
+    appendMarker(bytes, object.kind == Kind::array ? arrayMarker : dictionaryMarker, object.length);
+    const std::size_t count = object.kind == Kind::array ? object.length : 2 * object.length;
+    for (std::size_t i = 0; i < count; ++i) appendBigEndian(bytes, references_[object.start + i], referenceSize);
+}
+
+std::string BinaryPropertyListWriter::finish(Reference top) {
+    constexpr std::string_view kMagic = "bplist00";
+    constexpr std::size_t kTrailerSize = 32;
+    const unsigned referenceSize = sizeFor(objects_.size() - 1);
+    std::string bytes;
+    bytes.reserve(kMagic.size() + leaves_.size() + references_.size() * referenceSize + objects_.size() * 9 +
+                  kTrailerSize);
+    bytes += kMagic;
     std::vector<std::size_t> offsets;
-    offsets.reserve(entries_.size());
-    for (const Entry& entry : entries_) {
-        offsets.push_back(file.size());
-        appendObject(file, entry, referenceSize);
+    offsets.reserve(objects_.size());
+    for (const Object& object : objects_) {
+        offsets.push_back(bytes.size());
+        if (object.kind == Kind::leaf) {
+            bytes.append(leaves_, object.start, object.length);
+        } else {
+            appendContainer(bytes, object, referenceSize);
+        }
     }
-    const std::size_t tableOffset = file.size();
-    const unsigned offsetSize = byteCount(tableOffset);
-    for (const std::size_t offset : offsets) appendNumber(file, offset, offsetSize);
-
-    file.append(6, '\0');
-    appendNumber(file, offsetSize, 1);
-    appendNumber(file, referenceSize, 1);
-    appendNumber(file, entries_.size(), 8);
-    appendNumber(file, top, 8);
-    appendNumber(file, tableOffset, 8);
-    return file;
+    const std::size_t tableOffset = bytes.size();
+    const unsigned offsetSize = sizeFor(tableOffset);
+    for (const std::size_t offset : offsets) appendBigEndian(bytes, offset, offsetSize);
+    bytes.append(6, '\0');
+    bytes += static_cast<char>(offsetSize);
+    bytes += static_cast<char>(referenceSize);
+    appendBigEndian(bytes, objects_.size(), 8);
+    appendBigEndian(bytes, top, 8);
+    appendBigEndian(bytes, tableOffset, 8);
+    return bytes;
 }
 
 } // namespace platform
