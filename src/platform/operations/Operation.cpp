@@ -1,0 +1,62 @@
+#include "platform/operations/Operation.h"
+
+#include <algorithm>
+#include <array>
+
+namespace platform {
+
+namespace {
+
+constexpr std::string_view kExecutingKey = "executing";
+constexpr std::string_view kFinishedKey = "finished";
+constexpr std::array kExecutingKeyPaths = {kExecutingKey};
+constexpr std::array kFinishedKeyPaths = {kFinishedKey};
+
+} // namespace
+
+Operation::KeyPaths Operation::keyPathsForValuesAffectingExecuting() {
+    return kExecutingKeyPaths;
+}
+
+Operation::KeyPaths Operation::keyPathsForValuesAffectingFinished() {
+    return kFinishedKeyPaths;
+}
+
+void Operation::start() {
+    if (isFinished()) return;
+    if (!isCancelled()) {
+        executing_ = true;
+        didChangeValueForKey(kExecutingKey);
+        main();
+    }
+    executing_ = false;
+    finished_ = true;
+    didChangeValueForKey(kExecutingKey);
+    didChangeValueForKey(kFinishedKey);
+}
+
+void Operation::waitUntilFinished() {
+    std::unique_lock lock(mutex_);
+    announced_.wait(lock, [this] { return finishAnnounced_; });
+}
+
+void Operation::setChangeCallback(ChangeCallback callback) {
+    const std::lock_guard lock(mutex_);
+    changeCallback_ = std::move(callback);
+}
+
+void Operation::didChangeValueForKey(std::string_view key) {
+    const bool affectsFinished = std::ranges::find(finishedKeyPaths_, key) != finishedKeyPaths_.end();
+    if (!affectsFinished && std::ranges::find(executingKeyPaths_, key) == executingKeyPaths_.end()) return;
+    ChangeCallback callback;
+    {
+        const std::lock_guard lock(mutex_);
+        if (affectsFinished && isFinished()) finishAnnounced_ = true;
+        callback = changeCallback_;
+        // Under the lock: a waiter may destroy the operation as soon as it sees the change.
+        announced_.notify_all();
+    }
+    if (callback) callback(*this);
+}
+
+} // namespace platform
