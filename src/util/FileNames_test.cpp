@@ -1,0 +1,251 @@
+#include "util/FileNames.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/base/UTF16.h"
+#include "tests/support/ScratchDirectory.h"
+
+namespace quillet {
+namespace {
+
+using platform::URL;
+
+struct Row {
+    std::u16string input, expected;
+};
+
+using Operation = std::u16string (*)(std::u16string_view);
+
+void expectRows(Operation operation, std::initializer_list<Row> rows) {
+    for (const Row& row : rows) EXPECT_EQ(operation(row.input), row.expected) << platform::utf8FromUTF16(row.input);
+}
+
+std::u16string repeated(std::u16string_view text, std::size_t count) {
+    std::u16string result;
+    for (std::size_t i = 0; i < count; ++i) result += text;
+    return result;
+}
+
+std::u16string keepingPeriods(std::u16string_view text) {
+    return generateFilenameTruncatingToPeriod(text, TruncateToPeriod::no);
+}
+
+TEST(FileNames, GeneratesANameFromTheFirstLineOrSentence) {
+    expectRows(generateFilename, {
+                                     {u"", u""},
+                                     {u" \t\n...", u""},
+                                     {u"12. Shopping list. Milk", u"Shopping list"},
+                                     {u"999. Items", u"Items"},
+                                     {u"1000. Items", u"1000"},
+                                     {u"01. Items", u"01"},
+                                     {u"0. Items", u"0"},
+                                     {u"12.Items", u"12"},
+                                     {u"First line\nSecond", u"First line"},
+                                     {u"First\u2028Second", u"First"},
+                                     {u"Is it? Yes", u"Is it?"},
+                                     {u"a\tb", u"a b"},
+                                     {u"\uFFFCPhoto \uFFFChere", u"Photo here"},
+                                     {u"...Wait. What", u"Wait"},
+                                     {u"• one", u"one"},
+                                     {u"•\u00A0one", u"one"},
+                                     {u"- one", u"one"},
+                                     {u"* one", u"one"},
+                                     {u"+ one", u"one"},
+                                     {u"• •\u00A0- * + one", u"one"},
+                                     {u"+ * one", u"* one"},
+                                     {u"12. - one", u"one"},
+                                     {u"a/b:c~d", u"a-b-c-d"},
+                                     {u"\u200F\u05E9\u05DC\u05D5\u05DD. \u05E2", u"\u05E9\u05DC\u05D5\u05DD"},
+                                     {u"日本語。次の文", u"日本語。"},
+                                 });
+}
+
+TEST(FileNames, KeepsPeriodsWhenToldTo) {
+    expectRows(keepingPeriods, {
+                                   {u"Version 1.2 notes", u"Version 1.2 notes"},
+                                   {u"12. Shopping", u"12."},
+                                   {u"..x", u"--x"},
+                                   {u"One line.\nTwo", u"One line."},
+                               });
+}
+
+TEST(FileNames, LongTitleGivesItsFirstSentenceCutTo255) {
+    const std::u16string words = repeated(u"word ", 60);
+    EXPECT_EQ(generateFilename(words).size(), 254u); // the 255th unit is a blank, trimmed
+    EXPECT_EQ(generateFilename(repeated(u"x", 300)), repeated(u"x", 255));
+    const std::u16string late = repeated(u"x", 140);
+    EXPECT_EQ(generateFilename(late + u"! Second sentence"), late + u"!");
+    EXPECT_EQ(generateFilename(repeated(u"x", 127) + u". y"), repeated(u"x", 127));
+    EXPECT_EQ(generateFilename(repeated(u"x", 128) + u".y"), repeated(u"x", 128) + u".y");
+}
+
+TEST(FileNames, SanitizesOnePathComponent) {
+    expectRows(stringSanitizedForFileName, {
+                                               {u"", u""},
+                                               {u"a/b:c~d", u"a-b-c-d"},
+                                               {u".hidden", u"-hidden"},
+                                               {u"..up", u"--up"},
+                                               {u"..", u"--"},
+                                               {u"a.b", u"a.b"},
+                                               {u"…title…", u"title"},
+                                               {u" … title … ", u"title"},
+                                               {u"a\tb", u"a-b"},
+                                               {u"a\nb\r\nc\u2029d", u"abcd"},
+                                               {u"a \n…", u"a"},
+                                               {u"../../x", u"---..-x"},
+                                           });
+}
+
+TEST(FileNames, CutsTo255UnitsAndKeepsTheExtension) {
+    const std::u16string x300 = repeated(u"x", 300);
+    expectRows(stringSanitizedForFileName, {
+                                               {repeated(u"x", 255), repeated(u"x", 255)},
+                                               {repeated(u"x", 256), repeated(u"x", 255)},
+                                               {x300 + u".qltnote", repeated(u"x", 247) + u".qltnote"},
+                                               {u"a." + x300, u"a"},
+                                               {u"ab." + repeated(u"y", 253), u"a." + repeated(u"y", 253)},
+                                               {u"ab." + repeated(u"y", 254), u"ab"},
+                                               {repeated(u"x", 254) + u" y", repeated(u"x", 254)},
+                                               {repeated(u"x", 240) + u"    " + repeated(u"z", 60) + u".e",
+                                                repeated(u"x", 240) + u"    " + repeated(u"z", 9) + u".e"},
+                                           });
+}
+
+class UniqueName : public testing::Test {
+  protected:
+    void make(std::string_view name) { tests::writeFile(scratch_ / name, ""); }
+    std::u16string unique(std::u16string_view name) {
+        return makeFilenameUniqueInDirectoryAtURL(name, URL::fileURLWithPath(scratch_.path().string(), true));
+    }
+    tests::ScratchDirectory scratch_;
+};
+
+TEST_F(UniqueName, FreeNameStaysEvenIfTheSanitizerWouldChangeIt) {
+    EXPECT_EQ(unique(u"...a:b…"), u"...a:b…");
+    EXPECT_EQ(unique(std::u16string(u"a\0b", 3)), std::u16string(u"a\0b", 3));
+}
+
+TEST_F(UniqueName, TakenNameGetsTheFirstFreeNumberBeforeItsExtension) {
+    make("Note.qltnote");
+    EXPECT_EQ(unique(u"Note.qltnote"), u"Note 1.qltnote");
+    make("Note 1.qltnote");
+    make("Note 3.qltnote");
+    EXPECT_EQ(unique(u"Note.qltnote"), u"Note 2.qltnote");
+    make("plain");
+    EXPECT_EQ(unique(u"plain"), u"plain 1");
+    make("a:b");
+    EXPECT_EQ(unique(u"a:b"), u"a-b 1");
+}
+
+TEST_F(UniqueName, LinkToNothingCountsAsFree) {
+    std::filesystem::create_symlink("nowhere", scratch_ / "Note");
+    EXPECT_EQ(unique(u"Note"), u"Note");
+}
+
+TEST_F(UniqueName, CacheGivesTheSameNames) {
+    UniqueFilenames cached(URL::fileURLWithPath(scratch_.path().string(), true));
+    make("Note 2.x");
+    for (int i = 0; i < 50; ++i) {
+        const std::u16string name = i % 3 == 0 ? u"Other.x" : u"Note.x";
+        const std::u16string expected = unique(name);
+        EXPECT_EQ(cached.makeFilenameUnique(name), expected);
+        make(platform::utf8FromUTF16(expected));
+    }
+}
+
+TEST(FileNames, TruncatesTheMiddle) {
+    EXPECT_EQ(stringByTruncatingMiddleWithMaxLength(u"0123456789abcdefghij", 10), u"01234…fghij");
+    EXPECT_EQ(stringByTruncatingMiddleWithMaxLength(u"0123456789", 10), u"0123456789");
+    EXPECT_EQ(stringByTruncatingMiddleWithMaxLength(u"0123456789", 9), u"0123…6789");
+    EXPECT_EQ(stringByTruncatingMiddleWithMaxLength(u"0123456789", 1), u"…");
+    EXPECT_EQ(stringByTruncatingMiddleWithMaxLength(u"0123456789", 0), u"…");
+    EXPECT_EQ(stringByTruncatingMiddleWithMaxLength(u"", 0), u"");
+}
+
+TEST(FileNames, KeepsLoneSurrogatesDBFFAndDFFF) {
+    EXPECT_EQ(stringByRemovingControlAndIllegalCharacters(
+                  std::u16string{u'a', 0xD800, 0xDBFE, 0xDBFF, 0xDC00, 0xDFFE, 0xDFFF, u'b'}),
+              (std::u16string{u'a', 0xDBFF, 0xDFFF, u'b'}));
+}
+
+TEST(FileNames, CleansText) {
+    expectRows(stringByRemovingControlAndIllegalCharacters, {
+                                                                {u"a\u0001\t\u00AD\u200B\uFEFFb", u"ab"},
+                                                                {u"a\uFFFE\uFDD0\u0378b", u"ab"},
+                                                                {u"x\U0001F600y", u"xy"},
+                                                                {u"café 日本", u"café 日本"},
+                                                            });
+    expectRows(stringByStandardizingNewlines, {
+                                                  {u"a\r\nb\n\rc\rd\ne", u"a\nb\nc\nd\ne"},
+                                                  {u"\r\n\r", u"\n\n"},
+                                                  {u"\n\r\n", u"\n\n"},
+                                                  {u"\r\r\n\n", u"\n\n\n"},
+                                                  {u"\n\n", u"\n\n"},
+                                                  {u"", u""},
+                                              });
+    expectRows(stringByRemovingNewlines, {
+                                             {u"\n a\nb\r\nc\t", u"a b  c"},
+                                             {u"a\u2028", u"a\u2028"},
+                                         });
+    expectRows(stringByRemovingNewlinesAndTabs, {
+                                                    {u"  a \t\n b\u2029c\u0085\u0085d  ", u"a b c d"},
+                                                    {u"a\u00A0\u00A0b", u"a\u00A0\u00A0b"},
+                                                    {u"\u3000a\u3000", u"a"},
+                                                    {u"    ", u""},
+                                                });
+    expectRows(stringByTrimmingWhitespace, {{u"\u200B\u3000 a b\r\n", u"a b"}, {u" \n", u""}});
+    expectRows(stringByEscapingBackslashes, {{u"a\\b\\\\", u"a\\\\b\\\\\\\\"}, {u"", u""}});
+    expectRows(stringByEscapingQuotes, {{u"it's \"so\"", u"it\\'s \\\"so\\\""}, {u"\\'", u"\\\\'"}});
+    expectRows(stringWithoutAttachments, {{u"\uFFFCa\uFFFC\uFFFCb", u"ab"}, {u"\uFFFC", u""}});
+}
+
+TEST(FileNames, TrimsInPlace) {
+    for (const Row& row : {Row{u" a ", u"a"}, Row{u"", u""}, Row{u" \n", u""}, Row{u"a", u"a"}}) {
+        std::u16string text = row.input;
+        trimWhitespace(text);
+        EXPECT_EQ(text, row.expected);
+    }
+}
+
+TEST(FileNames, RemovesTheUnitsOfASet) {
+    const auto set = platform::CharacterSet::withCharacters(u"ab");
+    EXPECT_EQ(stringByRemovingCharactersInSet(u"cabbage", set), u"cge");
+}
+
+TEST(FileNames, RepairsDateSuffixes) {
+    expectRows(fixedInvalidDateString, {
+                                           {u"20240501T091502 amZ", u"20240501T091502Z"},
+                                           {u"20240501T091502 pmZ", u"20240501T091502Z"},
+                                           {u"20240501T091502Z", u"20240501T091502Z"},
+                                           {u"20240501T091502 AMZ", u"20240501T091502 AMZ"},
+                                           {u" amZ1 amZ", u"Z1 amZ"},
+                                           {u" pmZ amZ", u" pmZZ"},
+                                           {u" amZ", u"Z"},
+                                           {u"", u""},
+                                       });
+}
+
+TEST(FileNames, PercentEncodesURLs) {
+    EXPECT_EQ(percentEncodedURLString(u"http://a.b/c d?é"), "http://a.b/c%20d?%C3%A9");
+}
+
+TEST(FileNames, CleansReaderAddresses) {
+    struct Address {
+        const char *input, *expected;
+    };
+    for (const Address& row : {
+             Address{"file:///tmp/a", "file:///tmp/a"},
+             Address{"safari-reader://a.b/c?d#e", "http://a.b/c?d#e"},
+             Address{"about:reader?url=https%3A%2F%2Fa.b%2Fc%3Fd%3De", "https://a.b/c?d=e"},
+             Address{"about:reader?x=1&url=http%3A%2F%2Fa&url=http%3A%2F%2Fb", "http://a"},
+             Address{"about:reader?x=1", "about:reader?x=1"},
+             Address{"about:blank?url=http%3A%2F%2Fa", "about:blank?url=http%3A%2F%2Fa"},
+             Address{"https://a.b/reader?url=x", "https://a.b/reader?url=x"},
+         })
+        EXPECT_EQ(URLCleanedForImport(*URL::fromString(row.input))->absoluteString(), row.expected) << row.input;
+    EXPECT_FALSE(URLCleanedForImport(*URL::fromString("about:reader?url=a%20b")));
+    EXPECT_FALSE(URLCleanedForImport(*URL::fromString("about:reader?url=")));
+}
+
+} // namespace
+} // namespace quillet
