@@ -29,7 +29,8 @@ class Color {
     static Color calibratedWhite(double white, double alpha = 1);
     static Color deviceWhite(double white, double alpha = 1);
     static Color deviceCMYK(double cyan, double magenta, double yellow, double black, double alpha = 1);
-    // A color of the list "System", or an asset color: its components follow the environment's appearance.
+    // A color of the catalog "System", or an asset color: its components follow the environment's appearance. An asset
+    // is a catalog of its own: catalog name and color name are both the asset's name.
     static std::optional<Color> catalog(std::string_view catalogName, std::string_view colorName);
     static Color pattern(); // cannot be converted to any space
 
@@ -54,12 +55,19 @@ class Color {
     const std::array<double, 5>& components() const { return components_; }
     double alphaComponent() const;
 
-    // Device RGB and sRGB count as one here, as on a machine without a calibrated display. Nothing for a pattern.
     struct RGBA {
         double red = 0, green = 0, blue = 0, alpha = 1;
         friend bool operator==(const RGBA&, const RGBA&) = default;
     };
+    // A catalog color that came from elsewhere (an archive): the known color of these names, or else the names with
+    // the components that they had there.
+    static Color catalog(std::string_view catalogName, std::string_view colorName, const RGBA& fallback);
+
+    // In sRGB. Device RGB and sRGB count as one here, as on a machine without a calibrated display, and so do the gray
+    // spaces, whose curve is sRGB's but for rounding. Nothing for a pattern.
     std::optional<RGBA> rgba() const;
+    // In generic RGB (the older calibrated space, gamma 1.8): what RTF color tables and old readers of archives take.
+    std::optional<RGBA> genericRGB() const;
 
     // The same color as a component color (a catalog color is resolved for the appearance); nothing for a pattern.
     std::optional<Color> usingComponents() const;
@@ -73,8 +81,10 @@ class Color {
     friend bool operator==(const Color&, const Color&) = default;
 
   private:
+    Color(ColorSpace space, const std::array<double, 5>& components) : space_(space), components_(components) {}
+
     ColorSpace space_ = ColorSpace::sRGB;
-    std::array<double, 5> components_{};
+    std::array<double, 5> components_{}; // of a catalog color unknown here: its fallback in sRGB
     std::string catalogName_, colorName_;
 };
 

@@ -12,6 +12,8 @@ namespace platform {
 // Bits of the font manager's trait mask.
 enum FontTrait : std::uint32_t { kItalicFontTrait = 1, kBoldFontTrait = 2, kFixedPitchFontTrait = 0x400 };
 
+struct FontName;
+
 class Font {
   public:
     // A font of any name; nothing is looked up.
@@ -23,7 +25,7 @@ class Font {
     static Font systemFont(double pointSize); // .SFNS-Regular
     static constexpr double kSmallSystemFontSize = 11;
 
-    const std::string& fontName() const { return *name_; } // PostScript name
+    const std::string& fontName() const; // PostScript name
     double pointSize() const { return pointSize_; }
     std::string familyName() const;
     std::uint32_t traits() const; // FontTrait bits
@@ -36,21 +38,25 @@ class Font {
 
     Font withSize(double pointSize) const;
 
-    friend bool operator==(const Font& a, const Font& b) {
-        return a.pointSize_ == b.pointSize_ && (a.name_ == b.name_ || *a.name_ == *b.name_);
-    }
+    friend bool operator==(const Font& a, const Font& b) { return a.name_ == b.name_ && a.pointSize_ == b.pointSize_; }
 
   private:
-    Font(const std::string* internedName, double pointSize) : name_(internedName), pointSize_(pointSize) {}
-    const std::string* name_; // interned for the life of the process
+    Font(const FontName* name, double pointSize) : name_(name), pointSize_(pointSize) {}
+    const FontName* name_; // one object a name, for the life of the process
     double pointSize_;
 };
 
 // Counterpart of NSFontManager's fontWithFamily:traits:weight:size: the nearest face of the family; nothing when the
-// family is not in the table. The family name may also be a PostScript name of the family.
+// family is not in the table. The family name may also be a face's PostScript name: weight 5 and no italic then mean
+// that face's own.
 std::optional<Font> fontWithFamily(std::string_view family, std::uint32_t traits, int weight, double pointSize);
 
 // Whether the table has a family (or a face) of that name, ignoring case; gives the table's own spelling.
 std::optional<std::string> knownFontFamily(std::string_view familyOrFace);
+
+// Counterparts of NSFontManager's convertFont:toHaveTrait: and convertFont:toNotHaveTrait: (bold or italic): the face
+// of the font's own family that differs in this trait; the same font where the family has no such face or is unknown.
+Font convertFontToHaveTrait(const Font& font, FontTrait trait);
+Font convertFontToNotHaveTrait(const Font& font, FontTrait trait);
 
 } // namespace platform
