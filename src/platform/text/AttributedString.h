@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "platform/base/Range.h"
@@ -27,7 +28,7 @@ class AttributedString {
         AttributeSet::Reference attributes; // never null
     };
 
-    AttributedString();
+    AttributedString() = default;
     explicit AttributedString(std::u16string text, AttributeSet::Reference attributes = AttributeSet::empty());
     static AttributedString withAttachment(TextAttachmentReference attachment); // one U+FFFC
 
@@ -43,10 +44,15 @@ class AttributedString {
     // Counterpart of enumerateAttribute:inRange: longest runs of equal value inside the range, in order; null is "no
     // value" and makes runs too. The text must not change during the walk (walk a copy, which costs nothing, or
     // collect first). Return false from the body to stop, or use a body that returns nothing.
-    void enumerateAttribute(AttributeName name, Range range,
-                            const std::function<bool(const AttributeValue*, Range)>& body) const;
+    template<class Body>
+    void enumerateAttribute(AttributeName name, Range range, Body&& body) const {
+        walkAttribute(name, range, stoppable<const AttributeValue*>(body));
+    }
     // Runs of equal attribute sets.
-    void enumerateAttributes(Range range, const std::function<bool(const AttributeSet&, Range)>& body) const;
+    template<class Body>
+    void enumerateAttributes(Range range, Body&& body) const {
+        walkAttributes(range, stoppable<const AttributeSet&>(body));
+    }
 
     AttributedString substring(Range range) const;
 
@@ -73,8 +79,27 @@ class AttributedString {
 
   private:
     struct Storage;
-    std::shared_ptr<Storage> storage_; // shared between copies; made our own before a change
+
+    // The body as one that says whether to go on; a body that returns nothing always does.
+    template<class Argument, class Body>
+    static auto stoppable(Body& body) {
+        return [&body](Argument argument, Range range) {
+            if constexpr (std::is_void_v<std::invoke_result_t<Body&, Argument, Range>>) {
+                body(argument, range);
+                return true;
+            } else {
+                return static_cast<bool>(body(argument, range));
+            }
+        };
+    }
+    void walkAttribute(AttributeName name, Range range,
+                       const std::function<bool(const AttributeValue*, Range)>& body) const;
+    void walkAttributes(Range range, const std::function<bool(const AttributeSet&, Range)>& body) const;
+
     Storage& mutableStorage();
+    void replaceRuns(Range range, std::size_t newLength, std::vector<Run> middle);
+
+    std::shared_ptr<Storage> storage_; // null for the empty text; shared between copies; made our own before a change
 };
 
 // One replacement of AttributedString::applyEdits; the range refers to the text before all edits.

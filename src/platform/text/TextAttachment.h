@@ -27,6 +27,8 @@ class TextAttachment {
     TextAttachment& operator=(const TextAttachment&) = delete;
 
     virtual std::string_view className() const { return "NSTextAttachment"; }
+    // What a text dump shows of this class besides name and size, for example "on indent 2"; UTF-8.
+    virtual std::string dumpDescription() const { return {}; }
     // A new attachment of the same class holding that wrapper.
     virtual std::shared_ptr<TextAttachment> sameClassWithFileWrapper(std::shared_ptr<FileWrapper> fileWrapper) const;
 

@@ -21,6 +21,14 @@ inline constexpr std::string_view kTextListMarkerLowercaseAlpha = "{lower-alpha}
 inline constexpr std::string_view kTextListMarkerUppercaseAlpha = "{upper-alpha}";
 inline constexpr std::string_view kTextListMarkerLowercaseRoman = "{lower-roman}";
 inline constexpr std::string_view kTextListMarkerUppercaseRoman = "{upper-roman}";
+inline constexpr std::string_view kTextListMarkerLowercaseLatin = "{lower-latin}"; // the same as alpha
+inline constexpr std::string_view kTextListMarkerUppercaseLatin = "{upper-latin}";
+inline constexpr std::string_view kTextListMarkerOctal = "{octal}";
+inline constexpr std::string_view kTextListMarkerLowercaseHexadecimal = "{lower-hexadecimal}";
+inline constexpr std::string_view kTextListMarkerUppercaseHexadecimal = "{upper-hexadecimal}";
+
+// Bit of a list's options: the enclosing list's marker goes before this one's.
+inline constexpr std::int64_t kTextListPrependEnclosingMarker = 1;
 
 class TextList {
   public:
