@@ -1,8 +1,9 @@
 // Counterpart of NSKeyedArchiver: a graph of objects as a binary property list that the platform's unarchiver reads.
 //
-// An object is encoded by its class's row in the ClassRegistry. Objects numbered depth first, each taking its index
+// An object is encoded by its class's row in the ClassRegistry. Objects are numbered depth first, each taking its index
 // before its contents; a class's dictionary follows the contents of its first object. The same object (by address)
-// encoded twice is one entry. Encoding recurses over our own value types only, whose depth is fixed.
+// encoded twice is one entry, and so are equal strings and numbers. Encoding recurses over our own value types only,
+// whose depth is fixed. Everything goes straight into the property list's bytes.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "platform/archive/ArchivedObject.h"
+#include "platform/archive/ClassRegistry.h"
 #include "platform/base/Data.h"
 #include "platform/base/Result.h"
 
@@ -21,6 +23,7 @@ inline constexpr std::string_view kArchiveRootKey = "root";
 
 class KeyedArchiver {
   public:
+    // Under secure coding a class that does not support it makes the archive fail.
     enum class Coding { secure, plain };
 
     explicit KeyedArchiver(Coding coding);
@@ -31,16 +34,22 @@ class KeyedArchiver {
     // A whole archive with one object under "root".
     static Result<Data> archivedData(const ArchivedObject& root, Coding coding);
 
-    // Values stored in the current object's own dictionary.
+    // Values stored in the current object's own dictionary, or, outside any object, at the archive's top.
     void encodeBool(std::string_view key, bool value);
     void encodeInteger(std::string_view key, std::int64_t value);
     void encodeFloat(std::string_view key, float value); // stored as the double of the same value
     void encodeDouble(std::string_view key, double value);
     void encodeBytes(std::string_view key, std::string_view bytes);
 
-    // Objects stored by reference. A null object is reference 0.
+    void encodeString(std::string_view key, std::u16string_view text); // inline, not as an object
+
+    // An object stored by reference; nil is reference 0.
     void encodeObject(std::string_view key, const ArchivedObject& object);
-    void encodeArray(std::string_view key, const std::vector<ArchivedObject>& objects);
+    // An NSArray object stored by reference.
+    void encodeArray(std::string_view key, ObjectArray objects);
+    // A plain list of references in the current object's dictionary, without an NSArray around it: what the collection
+    // classes consist of.
+    void encodeReferences(std::string_view key, const std::vector<ArchivedObject>& objects);
 
     // The archive; the archiver takes nothing more afterwards. An object whose class was never registered, or, in
     // secure coding, one whose class does not support it, makes this an error (NSCocoaErrorDomain 4866).
