@@ -8,6 +8,8 @@
 #include <functional>
 #include <limits>
 
+#include "platform/plist/BinaryFormat.h"
+
 namespace platform {
 
 namespace {
@@ -15,20 +17,7 @@ namespace {
 constexpr std::uint32_t kEmptySlot = std::numeric_limits<std::uint32_t>::max();
 constexpr std::size_t kInitialSlots = 256; // a power of two
 
-// High halves of the marker bytes.
-enum Marker : unsigned char {
-    falseMarker = 0x08,
-    trueMarker = 0x09,
-    integerMarker = 0x10,
-    realMarker = 0x23,
-    dateMarker = 0x33,
-    dataMarker = 0x40,
-    asciiMarker = 0x50,
-    utf16Marker = 0x60,
-    uidMarker = 0x80,
-    arrayMarker = 0xA0,
-    dictionaryMarker = 0xD0,
-};
+using namespace bplist;
 
 void appendBigEndian(std::string& bytes, std::uint64_t value, unsigned size) {
     for (unsigned shift = 8 * size; shift > 0; shift -= 8) bytes += static_cast<char>(value >> (shift - 8) & 0xFF);
@@ -48,8 +37,8 @@ void appendInteger(std::string& bytes, std::int64_t value) {
 
 // Counts from 15 up follow the marker as an integer.
 void appendMarker(std::string& bytes, unsigned char marker, std::size_t count) {
-    bytes += static_cast<char>(marker | std::min<std::size_t>(count, 15));
-    if (count >= 15) appendInteger(bytes, static_cast<std::int64_t>(count));
+    bytes += static_cast<char>(marker | std::min<std::size_t>(count, kSizeFollows));
+    if (count >= kSizeFollows) appendInteger(bytes, static_cast<std::int64_t>(count));
 }
 
 } // namespace
@@ -106,14 +95,14 @@ auto BinaryPropertyListWriter::integer(std::int64_t value) -> Reference {
 
 auto BinaryPropertyListWriter::real(double value) -> Reference {
     const std::size_t start = leaves_.size();
-    leaves_ += static_cast<char>(realMarker);
+    leaves_ += static_cast<char>(realMarker | kEightBytes);
     appendBigEndian(leaves_, std::bit_cast<std::uint64_t>(value), 8);
     return addLeaf(start, true);
 }
 
 auto BinaryPropertyListWriter::date(Date value) -> Reference {
     const std::size_t start = leaves_.size();
-    leaves_ += static_cast<char>(dateMarker);
+    leaves_ += static_cast<char>(dateMarker | kEightBytes);
     appendBigEndian(leaves_, std::bit_cast<std::uint64_t>(value.secondsSinceReferenceDate), 8);
     return addLeaf(start, true);
 }
@@ -193,8 +182,6 @@ void BinaryPropertyListWriter::appendContainer(std::string& bytes, const Object&
 }
 
 std::string BinaryPropertyListWriter::finish(Reference top) {
-    constexpr std::string_view kMagic = "bplist00";
-    constexpr std::size_t kTrailerSize = 32;
     const unsigned referenceSize = sizeFor(objects_.size() - 1);
     std::string bytes;
     bytes.reserve(kMagic.size() + leaves_.size() + references_.size() * referenceSize + objects_.size() * 9 +
