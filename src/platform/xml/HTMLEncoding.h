@@ -1,0 +1,20 @@
+// From the bytes of a page to clean UTF-8: which encoding they are in, and what the HTML parser must not see.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+struct DecodedHTML {
+    std::string text;     // well-formed UTF-8 without NUL and CR; CDATA sections became escaped text
+    std::string encoding; // what the bytes were read as, lower case
+};
+
+// Linear. Bytes that the encoding does not have become U+FFFD.
+DecodedHTML decodedHTML(std::string_view bytes);
+
+// The character at one byte 0x80 to 0x9F of Windows-1252, in UTF-8.
+std::string windows1252AsUTF8(char byte);
+
+} // namespace platform

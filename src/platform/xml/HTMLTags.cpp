@@ -1,0 +1,192 @@
+#include "platform/xml/HTMLTags.h"
+
+#include <array>
+#include <unordered_map>
+
+namespace platform {
+
+namespace {
+
+struct TagRow {
+    std::string_view name;
+    unsigned flags;
+};
+
+constexpr unsigned V = kVoidTag, F = kFormattingTag, S = kSpecialTag, P = kClosesParagraph, C = kScopeTag, H = kHeadTag,
+                   I = kImpliedEndTag, T = kTableContextTag, N = kHeadingTag;
+
+constexpr auto kTags = std::to_array<TagRow>({
+    {"", 0},
+    {"a", F},
+    {"abbr", 0},
+    {"acronym", 0},
+    {"address", S | P},
+    {"applet", S | C},
+    {"area", V | S},
+    {"article", S | P},
+    {"aside", S | P},
+    {"audio", 0},
+    {"b", F},
+    {"base", V | S | H},
+    {"basefont", V | S | H},
+    {"bdi", 0},
+    {"bdo", 0},
+    {"bgsound", V | S | H},
+    {"big", F},
+    {"blockquote", S | P},
+    {"body", S},
+    {"br", V | S},
+    {"button", S},
+    {"canvas", 0},
+    {"caption", S | C},
+    {"center", S | P},
+    {"cite", 0},
+    {"code", F},
+    {"col", V | S},
+    {"colgroup", S},
+    {"data", 0},
+    {"dd", S | P | I},
+    {"del", 0},
+    {"details", S | P},
+    {"dfn", 0},
+    {"dialog", P},
+    {"dir", S | P},
+    {"div", S | P},
+    {"dl", S | P},
+    {"dt", S | P | I},
+    {"em", F},
+    {"embed", V | S},
+    {"fieldset", S | P},
+    {"figcaption", S | P},
+    {"figure", S | P},
+    {"font", F},
+    {"footer", S | P},
+    {"form", S | P},
+    {"frame", V | S},
+    {"frameset", S},
+    {"h1", S | P | N},
+    {"h2", S | P | N},
+    {"h3", S | P | N},
+    {"h4", S | P | N},
+    {"h5", S | P | N},
+    {"h6", S | P | N},
+    {"head", S},
+    {"header", S | P},
+    {"hgroup", S | P},
+    {"hr", V | S | P},
+    {"html", S | C},
+    {"i", F},
+    {"iframe", S},
+    {"img", V | S},
+    {"input", V | S},
+    {"ins", 0},
+    {"kbd", 0},
+    {"keygen", V | S},
+    {"label", 0},
+    {"legend", 0},
+    {"li", S | P | I},
+    {"link", V | S | H},
+    {"listing", S | P},
+    {"main", S | P},
+    {"map", 0},
+    {"mark", 0},
+    {"marquee", S | C},
+    {"menu", S | P},
+    {"meta", V | S | H},
+    {"nav", S | P},
+    {"nobr", F},
+    {"noembed", S},
+    {"noframes", S | H},
+    {"noscript", S},
+    {"object", S | C},
+    {"ol", S | P},
+    {"optgroup", I},
+    {"option", I},
+    {"p", S | P | I},
+    {"param", V | S},
+    {"picture", 0},
+    {"plaintext", S | P},
+    {"pre", S | P},
+    {"q", 0},
+    {"rp", I},
+    {"rt", I},
+    {"ruby", 0},
+    {"s", F},
+    {"samp", 0},
+    {"script", S | H},
+    {"search", S | P},
+    {"section", S | P},
+    {"select", S},
+    {"small", F},
+    {"source", V | S},
+    {"span", 0},
+    {"strike", F},
+    {"strong", F},
+    {"style", S | H},
+    {"sub", 0},
+    {"summary", S | P},
+    {"sup", 0},
+    {"svg", 0},
+    {"table", S | P | C | T},
+    {"tbody", S | T},
+    {"td", S | C},
+    {"template", S | C | H},
+    {"textarea", S},
+    {"tfoot", S | T},
+    {"th", S | C},
+    {"thead", S | T},
+    {"time", 0},
+    {"title", S | H},
+    {"tr", S | T},
+    {"track", V | S},
+    {"tt", F},
+    {"u", F},
+    {"ul", S | P},
+    {"var", 0},
+    {"video", 0},
+    {"wbr", V | S},
+    {"xmp", S | P},
+});
+static_assert(kTags.size() == static_cast<std::size_t>(HTMLTag::xmp) + 1);
+
+constexpr auto kAttributes = std::to_array<std::string_view>({
+    "align",   "alt",      "aria-label", "background", "bgcolor", "border", "bordercolor", "cellpadding", "cellspacing",
+    "charset", "class",    "color",      "colspan",    "content", "data",   "dir",         "face",        "height",
+    "hidden",  "href",     "hspace",     "http-equiv", "id",      "link",   "name",        "nowrap",      "reversed",
+    "rowspan", "selected", "size",       "span",       "src",     "start",  "style",       "text",        "title",
+    "type",    "valign",   "value",      "vspace",     "width",
+});
+static_assert(kAttributes.size() == static_cast<std::size_t>(HTMLAttribute::none));
+
+} // namespace
+
+HTMLTag htmlTagNamed(std::string_view lowerCaseName) {
+    static const auto index = [] {
+        std::unordered_map<std::string_view, HTMLTag> made;
+        for (std::size_t i = 1; i < kTags.size(); ++i) made.emplace(kTags[i].name, static_cast<HTMLTag>(i));
+        return made;
+    }();
+    const auto found = index.find(lowerCaseName);
+    return found == index.end() ? HTMLTag::unknown : found->second;
+}
+
+std::string_view htmlTagName(HTMLTag tag) {
+    return kTags[static_cast<std::size_t>(tag)].name;
+}
+
+std::uint16_t htmlTagFlags(HTMLTag tag) {
+    return static_cast<std::uint16_t>(kTags[static_cast<std::size_t>(tag)].flags);
+}
+
+HTMLAttribute htmlAttributeNamed(std::string_view lowerCaseName) {
+    static const auto index = [] {
+        std::unordered_map<std::string_view, HTMLAttribute> made;
+        for (std::size_t i = 0; i < kAttributes.size(); ++i)
+            made.emplace(kAttributes[i], static_cast<HTMLAttribute>(i));
+        return made;
+    }();
+    const auto found = index.find(lowerCaseName);
+    return found == index.end() ? HTMLAttribute::none : found->second;
+}
+
+} // namespace platform

@@ -1,0 +1,559 @@
+// The stack of open elements says where the next node goes; the list of formatting elements says what is opened again
+// when a block or a cell ended it too early. Every search over either is bounded by the depth limit.
+#include "platform/xml/HTMLTreeBuilder.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+constexpr std::size_t kNotOpen = static_cast<std::size_t>(-1);
+constexpr std::size_t kRememberedFormatting = 64;  // more at once is no real page
+constexpr std::size_t kRememberedEnds = 1024;      // end tags owed beyond the depth limit
+constexpr std::size_t kElementsReopenedPerTag = 8; // a page that reopens more is built to explode
+
+constexpr std::array kListScope{HTMLTag::ol, HTMLTag::ul};
+constexpr std::array kButtonScope{HTMLTag::button};
+
+bool isBlank(std::string_view characters) {
+    return characters.find_first_not_of(" \t\n\f\r") == std::string_view::npos;
+}
+
+bool hasMarker(HTMLTag tag) { // formatting outside does not reach inside, and the reverse
+    return tag == HTMLTag::td || tag == HTMLTag::th || tag == HTMLTag::caption || tag == HTMLTag::object ||
+           tag == HTMLTag::applet || tag == HTMLTag::marquee;
+}
+
+bool isRawContainer(HTMLTag tag) {
+    return tag == HTMLTag::script || tag == HTMLTag::style || tag == HTMLTag::title || tag == HTMLTag::template_;
+}
+
+} // namespace
+
+HTMLTreeBuilder::HTMLTreeBuilder(HTMLDocument& document) : document_(document) {
+    const NodeIndex html = makeElement("html", HTMLTag::html, {});
+    const NodeIndex head = makeElement("head", HTMLTag::head, {});
+    const NodeIndex body = makeElement("body", HTMLTag::body, {});
+    appendChild(html, head);
+    appendChild(html, body);
+    open_ = {{html, HTMLTag::html}, {body, HTMLTag::body}};
+}
+
+// Nodes
+
+HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::makeElement(std::string_view name, HTMLTag tag,
+                                                        std::span<const Attribute> attributes) {
+    HTMLDocument::Node node;
+    node.tag = tag;
+    node.start = static_cast<std::uint32_t>(document_.attributes_.size());
+    node.count = static_cast<std::uint32_t>(attributes.size());
+    document_.attributes_.insert(document_.attributes_.end(), attributes.begin(), attributes.end());
+    if (tag == HTMLTag::unknown) {
+        const auto number = static_cast<std::uint16_t>(std::min<std::size_t>(document_.otherNames_.size(), 0xFFFF));
+        const auto [entry, isNew] = otherNames_.try_emplace(std::string(name), number);
+        if (isNew && document_.otherNames_.size() <= 0xFFFF) document_.otherNames_.emplace_back(name);
+        node.otherName = entry->second;
+    }
+    document_.nodes_.push_back(node);
+    return static_cast<NodeIndex>(document_.nodes_.size() - 1);
+}
+
+// A new element of the same name that shares the attributes.
+HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::copyElement(NodeIndex original) {
+    HTMLDocument::Node node;
+    node.tag = document_.nodes_[original].tag;
+    node.start = document_.nodes_[original].start;
+    node.count = document_.nodes_[original].count;
+    document_.nodes_.push_back(node);
+    return static_cast<NodeIndex>(document_.nodes_.size() - 1);
+}
+
+void HTMLTreeBuilder::appendChild(NodeIndex parent, NodeIndex child) {
+    auto& nodes = document_.nodes_;
+    const NodeIndex last = nodes[parent].last;
+    nodes[child].parent = parent;
+    nodes[child].previous = last;
+    (last == HTMLDocument::kNone ? nodes[parent].first : nodes[last].next) = child;
+    nodes[parent].last = child;
+}
+
+void HTMLTreeBuilder::insertBefore(NodeIndex sibling, NodeIndex child) {
+    auto& nodes = document_.nodes_;
+    const NodeIndex parent = nodes[sibling].parent;
+    const NodeIndex previous = nodes[sibling].previous;
+    nodes[child].parent = parent;
+    nodes[child].previous = previous;
+    nodes[child].next = sibling;
+    (previous == HTMLDocument::kNone ? nodes[parent].first : nodes[previous].next) = child;
+    nodes[sibling].previous = child;
+}
+
+void HTMLTreeBuilder::detach(NodeIndex child) {
+    auto& nodes = document_.nodes_;
+    auto& node = nodes[child];
+    if (node.parent == HTMLDocument::kNone) return;
+    (node.previous == HTMLDocument::kNone ? nodes[node.parent].first : nodes[node.previous].next) = node.next;
+    (node.next == HTMLDocument::kNone ? nodes[node.parent].last : nodes[node.next].previous) = node.previous;
+    node.parent = node.previous = node.next = HTMLDocument::kNone;
+}
+
+// What may not stand between cells goes before their table.
+void HTMLTreeBuilder::place(NodeIndex node) {
+    if (!hasFlag(current(), kTableContextTag)) return appendChild(open_.back().node, node);
+    const auto table = std::ranges::find(open_.rbegin(), open_.rend(), HTMLTag::table, &Open::tag);
+    if (table == open_.rend() || document_.nodes_[table->node].parent == HTMLDocument::kNone)
+        return appendChild(open_.back().node, node);
+    insertBefore(table->node, node);
+}
+
+HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::insertElement(HTMLTag tag) {
+    return insertElement(htmlTagName(tag), tag, {});
+}
+
+HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::insertElement(std::string_view name, HTMLTag tag,
+                                                          std::span<const Attribute> attributes) {
+    const NodeIndex node = makeElement(name, tag, attributes);
+    const bool belongsInTable = hasFlag(tag, kTableContextTag) ? tag != HTMLTag::table
+                                                               : hasMarker(tag) || tag == HTMLTag::colgroup ||
+                                                                     tag == HTMLTag::col || isRawContainer(tag);
+    if (belongsInTable) {
+        appendChild(open_.back().node, node);
+    } else {
+        place(node);
+    }
+    if (hasFlag(tag, kVoidTag)) return node;
+    if (open_.size() >= HTMLDocument::kMaximumDepth) {
+        if (beyondDepth_.size() < kRememberedEnds) beyondDepth_.push_back(tag);
+        return node;
+    }
+    open_.push_back({node, tag});
+    if (hasMarker(tag)) formatting_.push_back(HTMLDocument::kNone);
+    return node;
+}
+
+void HTMLTreeBuilder::addMissingAttributes(NodeIndex index, std::span<const Attribute> attributes) {
+    auto& all = document_.attributes_;
+    auto& node = document_.nodes_[index];
+    std::vector<Attribute> merged(all.begin() + node.start, all.begin() + node.start + node.count);
+    for (const Attribute& attribute : attributes)
+        if (std::ranges::find(merged, attribute.name, &Attribute::name) == merged.end()) merged.push_back(attribute);
+    node.start = static_cast<std::uint32_t>(all.size());
+    node.count = static_cast<std::uint32_t>(merged.size());
+    all.insert(all.end(), merged.begin(), merged.end());
+}
+
+// Scopes
+
+bool HTMLTreeBuilder::inScope(HTMLTag tag, std::span<const HTMLTag> extra) const {
+    for (std::size_t i = open_.size(); i-- > 0;) {
+        if (open_[i].tag == tag) return true;
+        if (hasFlag(open_[i].tag, kScopeTag) || std::ranges::find(extra, open_[i].tag) != extra.end()) return false;
+    }
+    return false;
+}
+
+bool HTMLTreeBuilder::inTableScope(HTMLTag tag) const {
+    for (std::size_t i = open_.size(); i-- > 0;) {
+        if (open_[i].tag == tag) return true;
+        if (open_[i].tag == HTMLTag::table || open_[i].tag == HTMLTag::template_) return false;
+    }
+    return false;
+}
+
+bool HTMLTreeBuilder::inParagraphScope() const {
+    return inScope(HTMLTag::p, kButtonScope);
+}
+
+void HTMLTreeBuilder::pop() {
+    if (hasMarker(current())) clearFormattingToMarker();
+    open_.pop_back();
+    beyondDepth_.clear();
+}
+
+void HTMLTreeBuilder::popUntil(HTMLTag tag) {
+    while (open_.size() > 2 && current() != tag) pop();
+    if (open_.size() > 2) pop();
+}
+
+void HTMLTreeBuilder::popToTableContext(std::span<const HTMLTag> contexts) {
+    while (open_.size() > 2 && std::ranges::find(contexts, current()) == contexts.end()) pop();
+}
+
+void HTMLTreeBuilder::closeImpliedEnds(HTMLTag except) {
+    while (open_.size() > 2 && current() != except && hasFlag(current(), kImpliedEndTag)) pop();
+}
+
+void HTMLTreeBuilder::closeParagraph() {
+    closeImpliedEnds(HTMLTag::p);
+    popUntil(HTMLTag::p);
+}
+
+// Start tags
+
+void HTMLTreeBuilder::startTag(std::string_view name, std::span<const Attribute> attributes, bool selfClosed) {
+    dropNewline_ = false;
+    ++tags_;
+    const HTMLTag tag = htmlTagNamed(name);
+    if (tag == HTMLTag::html) return addMissingAttributes(document_.root(), attributes);
+    if (tag == HTMLTag::body) {
+        bodyBegun_ = true;
+        return addMissingAttributes(document_.body(), attributes);
+    }
+    if (tag == HTMLTag::head) return;
+    if (!bodyBegun_) {
+        if (headElement_ != HTMLDocument::kNone) return; // markup inside a title is none
+        if (hasFlag(tag, kHeadTag)) return startInHead(name, tag, attributes, selfClosed);
+        bodyBegun_ = true;
+    }
+    if (startInTable(name, tag, attributes)) return;
+    closeForStart(tag);
+    if (!hasFlag(tag, kClosesParagraph) && !isRawContainer(tag) && tag != HTMLTag::textarea) reopenFormatting();
+    const NodeIndex node = insertElement(name, tag, attributes);
+    const bool pushed = open_.back().node == node;
+    if (pushed && selfClosed) return pop();
+    if (pushed && hasFlag(tag, kFormattingTag)) rememberFormatting(node);
+    dropNewline_ = tag == HTMLTag::pre || tag == HTMLTag::listing || tag == HTMLTag::textarea;
+}
+
+void HTMLTreeBuilder::startInHead(std::string_view name, HTMLTag tag, std::span<const Attribute> attributes,
+                                  bool selfClosed) {
+    const NodeIndex node = makeElement(name, tag, attributes);
+    appendChild(document_.head(), node);
+    if (!selfClosed && !hasFlag(tag, kVoidTag)) headElement_ = node;
+}
+
+// The parts of a table; what is missing between a table and a cell is made. Outside a table they are no elements.
+bool HTMLTreeBuilder::startInTable(std::string_view name, HTMLTag tag, std::span<const Attribute> attributes) {
+    static constexpr std::array kInTable{HTMLTag::table};
+    static constexpr std::array kInColumns{HTMLTag::colgroup, HTMLTag::table};
+    static constexpr std::array kInRows{HTMLTag::tbody, HTMLTag::thead, HTMLTag::tfoot, HTMLTag::table};
+    static constexpr std::array kInRow{HTMLTag::tr, HTMLTag::tbody, HTMLTag::thead, HTMLTag::tfoot, HTMLTag::table};
+    std::span<const HTMLTag> contexts = kInTable;
+    switch (tag) {
+    case HTMLTag::caption:
+    case HTMLTag::colgroup:
+    case HTMLTag::tbody:
+    case HTMLTag::thead:
+    case HTMLTag::tfoot:
+        break;
+    case HTMLTag::col:
+        contexts = kInColumns;
+        break;
+    case HTMLTag::tr:
+        contexts = kInRows;
+        break;
+    case HTMLTag::td:
+    case HTMLTag::th:
+        contexts = kInRow;
+        break;
+    case HTMLTag::table: // directly between rows: the outer table ends
+        if (hasFlag(current(), kTableContextTag)) popUntil(HTMLTag::table);
+        return false;
+    default:
+        return false;
+    }
+    if (!inTableScope(HTMLTag::table)) return true;
+    popToTableContext(contexts);
+    if (tag == HTMLTag::col && current() == HTMLTag::table) insertElement(HTMLTag::colgroup);
+    const bool isCell = tag == HTMLTag::td || tag == HTMLTag::th;
+    if ((isCell || tag == HTMLTag::tr) && current() == HTMLTag::table) insertElement(HTMLTag::tbody);
+    if (isCell && current() != HTMLTag::tr) insertElement(HTMLTag::tr);
+    insertElement(name, tag, attributes);
+    return true;
+}
+
+void HTMLTreeBuilder::closeForStart(HTMLTag tag) {
+    if (tag == HTMLTag::li) closeListItem(HTMLTag::li, HTMLTag::li);
+    if (tag == HTMLTag::dd || tag == HTMLTag::dt) closeListItem(HTMLTag::dd, HTMLTag::dt);
+    const bool keepsParagraph = tag == HTMLTag::table && document_.quirksMode_;
+    if (hasFlag(tag, kClosesParagraph) && !keepsParagraph && inParagraphScope()) closeParagraph();
+    if (hasFlag(tag, kHeadingTag) && hasFlag(current(), kHeadingTag)) pop();
+    if (tag == HTMLTag::button && inScope(tag)) popUntil(tag);
+    if (tag == HTMLTag::option && current() == HTMLTag::option) pop();
+    if (tag == HTMLTag::optgroup) closeImpliedEnds(HTMLTag::unknown);
+    if ((tag == HTMLTag::rt || tag == HTMLTag::rp) && inScope(HTMLTag::ruby)) closeImpliedEnds(HTMLTag::unknown);
+    if (tag == HTMLTag::nobr && inScope(tag)) endFormatting(tag);
+    if (tag == HTMLTag::a) {
+        const NodeIndex open = rememberedFormatting(tag);
+        if (open == HTMLDocument::kNone) return;
+        endFormatting(tag);
+        std::erase(formatting_, open);
+        if (const std::size_t at = findOpen(open); at != kNotOpen)
+            open_.erase(open_.begin() + static_cast<std::ptrdiff_t>(at));
+    }
+}
+
+// An item ends the one before it, unless a block in between holds it.
+void HTMLTreeBuilder::closeListItem(HTMLTag first, HTMLTag second) {
+    for (std::size_t i = open_.size(); i-- > 2;) {
+        const HTMLTag tag = open_[i].tag;
+        if (tag == first || tag == second) {
+            closeImpliedEnds(tag);
+            return popUntil(tag);
+        }
+        if (hasFlag(tag, kSpecialTag) && tag != HTMLTag::address && tag != HTMLTag::div && tag != HTMLTag::p) return;
+    }
+}
+
+// Text
+
+void HTMLTreeBuilder::text(std::string_view characters) {
+    if (std::exchange(dropNewline_, false) && characters.starts_with('\n')) characters.remove_prefix(1);
+    if (characters.empty()) return;
+    if (!bodyBegun_ && headElement_ != HTMLDocument::kNone)
+        return appendText(headElement_, HTMLDocument::kNone, characters);
+    if (!bodyBegun_ || hasFlag(current(), kTableContextTag) || current() == HTMLTag::colgroup) {
+        if (isBlank(characters)) return;
+        if (current() == HTMLTag::colgroup) pop();
+    }
+    bodyBegun_ = true;
+    if (!isRawContainer(current())) reopenFormatting();
+    NodeIndex parent = open_.back().node, before = HTMLDocument::kNone;
+    if (hasFlag(current(), kTableContextTag)) {
+        const auto table = std::ranges::find(open_.rbegin(), open_.rend(), HTMLTag::table, &Open::tag);
+        if (table != open_.rend()) {
+            before = table->node;
+            parent = document_.nodes_[before].parent;
+        }
+    }
+    appendText(parent, before, characters);
+}
+
+void HTMLTreeBuilder::appendText(NodeIndex parent, NodeIndex before, std::string_view characters) {
+    auto& nodes = document_.nodes_;
+    const NodeIndex last = before == HTMLDocument::kNone ? nodes[parent].last : nodes[before].previous;
+    const bool extends = last != HTMLDocument::kNone && nodes[last].kind == HTMLDocument::NodeKind::text &&
+                         nodes[last].start + nodes[last].count == document_.text_.size();
+    if (extends) {
+        nodes[last].count += static_cast<std::uint32_t>(characters.size());
+    } else {
+        HTMLDocument::Node node;
+        node.kind = HTMLDocument::NodeKind::text;
+        node.start = static_cast<std::uint32_t>(document_.text_.size());
+        node.count = static_cast<std::uint32_t>(characters.size());
+        nodes.push_back(node);
+        const auto index = static_cast<NodeIndex>(nodes.size() - 1);
+        before == HTMLDocument::kNone ? appendChild(parent, index) : insertBefore(before, index);
+    }
+    document_.text_ += characters;
+}
+
+// End tags
+
+void HTMLTreeBuilder::endTag(std::string_view name) {
+    dropNewline_ = false;
+    const HTMLTag tag = htmlTagNamed(name);
+    if (!bodyBegun_) {
+        if (headElement_ != HTMLDocument::kNone && document_.name(headElement_) == name)
+            headElement_ = HTMLDocument::kNone;
+        return;
+    }
+    if (const auto owed = std::ranges::find(beyondDepth_.rbegin(), beyondDepth_.rend(), tag);
+        owed != beyondDepth_.rend()) {
+        beyondDepth_.erase(owed.base() - 1, beyondDepth_.end());
+        return;
+    }
+    if (tag == HTMLTag::html || tag == HTMLTag::body || tag == HTMLTag::head || hasFlag(tag, kVoidTag)) return;
+    if (tag == HTMLTag::p) {
+        if (!inParagraphScope()) insertElement(HTMLTag::p);
+        if (inParagraphScope()) closeParagraph();
+    } else if (hasFlag(tag, kTableContextTag) || tag == HTMLTag::td || tag == HTMLTag::th || tag == HTMLTag::caption ||
+               tag == HTMLTag::colgroup) {
+        if (inTableScope(tag)) popUntil(tag);
+    } else if (hasFlag(tag, kHeadingTag)) {
+        endHeading();
+    } else if (hasFlag(tag, kFormattingTag)) {
+        endFormatting(tag);
+    } else if (hasFlag(tag, kClosesParagraph) || hasMarker(tag) || tag == HTMLTag::button) {
+        const auto extra = tag == HTMLTag::li ? std::span<const HTMLTag>(kListScope) : std::span<const HTMLTag>();
+        if (!inScope(tag, extra)) return;
+        closeImpliedEnds(tag);
+        popUntil(tag);
+    } else {
+        endOther(name, tag);
+    }
+}
+
+// Any heading's end tag ends the open heading.
+void HTMLTreeBuilder::endHeading() {
+    for (std::size_t i = open_.size(); i-- > 2;) {
+        if (hasFlag(open_[i].tag, kHeadingTag)) return popUntil(open_[i].tag);
+        if (hasFlag(open_[i].tag, kScopeTag)) return;
+    }
+}
+
+void HTMLTreeBuilder::endOther(std::string_view name, HTMLTag tag) {
+    for (std::size_t i = open_.size(); i-- > 2;) {
+        if (open_[i].tag == tag && (tag != HTMLTag::unknown || document_.name(open_[i].node) == name)) {
+            while (open_.size() > i) pop();
+            return;
+        }
+        if (hasFlag(open_[i].tag, kSpecialTag)) return;
+    }
+}
+
+// Formatting
+
+// Of four equal ones in a row the first is forgotten.
+void HTMLTreeBuilder::rememberFormatting(NodeIndex node) {
+    const auto equalElements = [&](NodeIndex a, NodeIndex b) {
+        const auto &x = document_.nodes_[a], &y = document_.nodes_[b];
+        if (x.tag != y.tag || x.count != y.count) return false;
+        return std::equal(document_.attributes_.begin() + x.start, document_.attributes_.begin() + x.start + x.count,
+                          document_.attributes_.begin() + y.start, [](const Attribute& p, const Attribute& q) {
+                              return p.name == q.name &&
+                                     std::string_view(p.value, p.length) == std::string_view(q.value, q.length);
+                          });
+    };
+    std::size_t same = 0, remembered = 0, earliestSame = 0, i = formatting_.size();
+    for (; i > 0 && formatting_[i - 1] != HTMLDocument::kNone; --i) {
+        ++remembered;
+        if (equalElements(formatting_[i - 1], node)) {
+            ++same;
+            earliestSame = i - 1;
+        }
+    }
+    if (same >= 3) {
+        formatting_.erase(formatting_.begin() + static_cast<std::ptrdiff_t>(earliestSame));
+    } else if (remembered >= kRememberedFormatting) {
+        formatting_.erase(formatting_.begin() + static_cast<std::ptrdiff_t>(i));
+    }
+    formatting_.push_back(node);
+}
+
+void HTMLTreeBuilder::reopenFormatting() {
+    std::size_t from = formatting_.size();
+    while (from > 0 && formatting_[from - 1] != HTMLDocument::kNone && findOpen(formatting_[from - 1]) == kNotOpen)
+        --from;
+    for (std::size_t i = from; i < formatting_.size(); ++i) {
+        if (open_.size() + 1 >= HTMLDocument::kMaximumDepth || reopened_ > kElementsReopenedPerTag * (tags_ + 64))
+            return;
+        ++reopened_;
+        const NodeIndex copy = copyElement(formatting_[i]);
+        place(copy);
+        open_.push_back({copy, document_.nodes_[copy].tag});
+        formatting_[i] = copy;
+    }
+}
+
+void HTMLTreeBuilder::clearFormattingToMarker() {
+    while (!formatting_.empty()) {
+        const NodeIndex last = formatting_.back();
+        formatting_.pop_back();
+        if (last == HTMLDocument::kNone) return;
+    }
+}
+
+std::size_t HTMLTreeBuilder::findOpen(NodeIndex node) const {
+    for (std::size_t i = open_.size(); i-- > 0;)
+        if (open_[i].node == node) return i;
+    return kNotOpen;
+}
+
+// The last remembered element of that name in the present cell.
+HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::rememberedFormatting(HTMLTag tag) const {
+    for (std::size_t i = formatting_.size(); i-- > 0 && formatting_[i] != HTMLDocument::kNone;)
+        if (document_.nodes_[formatting_[i]].tag == tag) return formatting_[i];
+    return HTMLDocument::kNone;
+}
+
+void HTMLTreeBuilder::endFormatting(HTMLTag tag) {
+    if (current() == tag && std::ranges::find(formatting_, open_.back().node) == formatting_.end()) return pop();
+    constexpr int kRounds = 8;
+    for (int round = 0; round < kRounds && adoptOnce(tag); ++round) {
+    }
+}
+
+// One round of HTML5's "adoption agency"; false when there is nothing more to do.
+bool HTMLTreeBuilder::adoptOnce(HTMLTag tag) {
+    const NodeIndex element = rememberedFormatting(tag);
+    if (element == HTMLDocument::kNone) {
+        endOther(htmlTagName(tag), tag);
+        return false;
+    }
+    const std::size_t at = findOpen(element);
+    if (at == kNotOpen) {
+        std::erase(formatting_, element);
+        return false;
+    }
+    for (std::size_t i = at + 1; i < open_.size(); ++i)
+        if (hasFlag(open_[i].tag, kScopeTag)) return false;
+    std::size_t furthest = at + 1;
+    while (furthest < open_.size() && !hasFlag(open_[furthest].tag, kSpecialTag)) ++furthest;
+    if (furthest == open_.size()) {
+        while (open_.size() > at) pop();
+        std::erase(formatting_, element);
+        return false;
+    }
+    adopt(element, at, furthest);
+    return true;
+}
+
+// The block at `furthest` moves out of the formatting element at `at`; the elements in between are made anew around
+// it, and the formatting element anew inside it.
+void HTMLTreeBuilder::adopt(NodeIndex element, std::size_t at, std::size_t furthest) {
+    const Open block = open_[furthest];
+    const Open ancestor = open_[at - 1];
+    std::size_t bookmark = static_cast<std::size_t>(std::ranges::find(formatting_, element) - formatting_.begin());
+    NodeIndex last = block.node;
+    int inner = 0;
+    for (std::size_t i = furthest; i-- > at + 1;) {
+        ++inner;
+        auto remembered = std::ranges::find(formatting_, open_[i].node);
+        if (inner > 3 && remembered != formatting_.end()) {
+            if (static_cast<std::size_t>(remembered - formatting_.begin()) < bookmark) --bookmark;
+            formatting_.erase(remembered);
+            remembered = formatting_.end();
+        }
+        if (remembered == formatting_.end()) {
+            open_.erase(open_.begin() + static_cast<std::ptrdiff_t>(i));
+            continue;
+        }
+        const NodeIndex copy = copyElement(open_[i].node);
+        open_[i].node = *remembered = copy;
+        if (last == block.node) bookmark = static_cast<std::size_t>(remembered - formatting_.begin()) + 1;
+        detach(last);
+        appendChild(copy, last);
+        last = copy;
+    }
+    detach(last);
+    const bool beforeTable = hasFlag(ancestor.tag, kTableContextTag);
+    const auto table = std::ranges::find(open_.rbegin(), open_.rend(), HTMLTag::table, &Open::tag);
+    if (beforeTable && table != open_.rend() && table->node != last) {
+        insertBefore(table->node, last);
+    } else {
+        appendChild(ancestor.node, last);
+    }
+    const NodeIndex renewed = copyElement(element);
+    auto& nodes = document_.nodes_;
+    nodes[renewed].first = nodes[block.node].first;
+    nodes[renewed].last = nodes[block.node].last;
+    for (NodeIndex child = nodes[renewed].first; child != HTMLDocument::kNone; child = nodes[child].next)
+        nodes[child].parent = renewed;
+    nodes[block.node].first = nodes[block.node].last = HTMLDocument::kNone;
+    appendChild(block.node, renewed);
+
+    const auto old = static_cast<std::size_t>(std::ranges::find(formatting_, element) - formatting_.begin());
+    formatting_.insert(formatting_.begin() + static_cast<std::ptrdiff_t>(std::min(bookmark, formatting_.size())),
+                       renewed);
+    formatting_.erase(formatting_.begin() + static_cast<std::ptrdiff_t>(old + (old >= bookmark ? 1 : 0)));
+    std::erase_if(open_, [&](const Open& entry) { return entry.node == element; });
+    open_.insert(open_.begin() + static_cast<std::ptrdiff_t>(findOpen(block.node) + 1), {renewed, nodes[renewed].tag});
+}
+
+void HTMLTreeBuilder::removeLastByte() {
+    auto& nodes = document_.nodes_;
+    if (nodes.back().kind != HTMLDocument::NodeKind::text && document_.text_.empty()) return;
+    for (NodeIndex i = static_cast<NodeIndex>(nodes.size()); i-- > 0;) {
+        if (nodes[i].kind != HTMLDocument::NodeKind::text) continue;
+        if (nodes[i].start + nodes[i].count != document_.text_.size() || nodes[i].count == 0) return;
+        --nodes[i].count;
+        document_.text_.pop_back();
+        return;
+    }
+}
+
+} // namespace platform
