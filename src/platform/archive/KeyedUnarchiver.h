@@ -25,7 +25,7 @@ struct UnarchiveOptions {
     bool requiresSecureCoding = true;
     // Class names; their subclasses are meant too. Under secure coding every object must be of one of them, save that
     // strings, numbers, data and dates are always allowed. Otherwise only the root must; empty allows every class.
-    std::vector<std::string> allowedClasses;
+    std::vector<std::string> allowedClasses{};
     std::size_t maximumObjects = 4'000'000;
     std::size_t maximumDepth = 512;
 };
