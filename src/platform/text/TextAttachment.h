@@ -37,6 +37,7 @@ class TextAttachment {
     virtual void setFileWrapper(std::shared_ptr<FileWrapper> fileWrapper);
 
     const std::optional<Data>& contents() const { return contents_; }
+    void setContents(std::optional<Data> contents) { contents_ = std::move(contents); }
     // A uniform type identifier, "" when there is none.
     const std::string& fileType() const { return fileType_; }
     void setFileType(std::string fileType) { fileType_ = std::move(fileType); }

@@ -190,8 +190,7 @@ std::string Dump::paragraphStyle(const ParagraphStyle* style) {
         if (value != defaultValue) parts.push_back(fmt::format("{} {}", name, value));
     };
     // What the HTML reader gives every paragraph, in one word.
-    const bool isHTML = style->baseWritingDirection == WritingDirection::leftToRight && style->tabStops.empty() &&
-                        style->defaultTabInterval == 36;
+    const bool isHTML = style->baseWritingDirection == WritingDirection::leftToRight && style->defaultTabInterval == 36;
     if (isHTML) parts.emplace_back("html");
     if (style->alignment != base.alignment) parts.emplace_back(nameOf(kAlignments, style->alignment));
     if (!isHTML && style->baseWritingDirection != base.baseWritingDirection)
@@ -207,7 +206,8 @@ std::string Dump::paragraphStyle(const ParagraphStyle* style) {
     addNumber("min", style->minimumLineHeight, base.minimumLineHeight);
     addNumber("max", style->maximumLineHeight, base.maximumLineHeight);
     if (!isHTML) addNumber("interval", style->defaultTabInterval, base.defaultTabInterval);
-    if (!isHTML && style->tabStops != base.tabStops) parts.push_back("tabs " + describe(style->tabStops));
+    if (style->tabStops != (isHTML ? std::vector<TextTab>() : base.tabStops))
+        parts.push_back("tabs " + describe(style->tabStops));
     if (style->lineBreakMode != base.lineBreakMode)
         parts.push_back(fmt::format("break {}", nameOf(kLineBreaks, style->lineBreakMode)));
     addNumber("hyphenation", double{style->hyphenationFactor}, double{base.hyphenationFactor});
