@@ -23,9 +23,9 @@ namespace {
 using namespace bplist;
 
 // A value costs 32 and a string one more for each unit. Writers that store equal strings once need up to some 50 for
-// each byte of reference.
+// each byte of reference; the base lets what small files share reach some 50 MB.
 constexpr std::size_t kBudgetPerByte = 128;
-constexpr std::size_t kBudgetBase = std::size_t{1} << 20;
+constexpr std::size_t kBudgetBase = std::size_t{1} << 24;
 constexpr std::size_t kCostOfValue = 32;
 
 std::uint64_t bigEndian(std::string_view bytes) {

@@ -18,7 +18,7 @@ Result<Value> propertyListFromData(std::string_view bytes);
 Result<std::string> binaryDataFromPropertyList(const Value& value);
 
 // XML, version 1.0, with tab indentation. UIDs become dictionaries with the one key CF$UID. What XML cannot hold
-// (U+0000 and other controls, lone surrogates) is an error (3851).
+// (U+0000 and other controls, lone surrogates, UIDs of 2^63 and more) is an error (3851).
 Result<std::string> xmlDataFromPropertyList(const Value& value);
 
 } // namespace platform

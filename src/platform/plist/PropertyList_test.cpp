@@ -254,6 +254,7 @@ TEST(PropertyList, RefusesToWriteWhatAFormCannotHold) {
     EXPECT_EQ(code(xmlDataFromPropertyList(std::u16string{0xDC00})), 3851);
     EXPECT_EQ(code(xmlDataFromPropertyList(std::u16string{0xD800, 'a'})), 3851);
     EXPECT_EQ(code(xmlDataFromPropertyList(Dictionary{{"\x01", 1}})), 3851);
+    EXPECT_EQ(code(xmlDataFromPropertyList(UID{std::uint64_t{1} << 63})), 3851);
     EXPECT_EQ(xmlDataFromPropertyList(Dictionary{{"a", Array{1, "\x1b"}}}).error().localizedDescription(),
               "at “/a/1”: the text holds a character that XML has no form for");
     Value deep;

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -74,7 +75,7 @@ class XMLVisitor {
         else if (const auto* data = value.as<Data>())
             dataElement(data->bytes());
         else
-            uidElement(*value.as<UID>());
+            return uidElement(*value.as<UID>());
         return {};
     }
 
@@ -124,11 +125,13 @@ class XMLVisitor {
         line("</data>");
     }
 
-    void uidElement(UID uid) {
+    Result<> uidElement(UID uid) {
+        if (!std::in_range<std::int64_t>(uid.value)) return unwritable("the UID is larger than an integer of XML");
         line("<dict>");
         line("\t<key>CF$UID</key>");
         line(fmt::format("\t<integer>{}</integer>", uid.value));
         line("</dict>");
+        return {};
     }
 
     std::string& out_;
