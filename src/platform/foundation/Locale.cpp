@@ -1,5 +1,6 @@
 #include "platform/foundation/Locale.h"
 
+#include <algorithm>
 #include <array>
 
 namespace platform {
@@ -30,6 +31,27 @@ std::string localeIdentifierFromPOSIX(std::string_view name) {
         if (modifier == row.modifier)
             identifier.insert(std::min(base.find('_'), base.size()), "_" + std::string(row.script));
     return identifier;
+}
+
+std::vector<std::string> catalogueNamesForLocale(std::string_view identifier) {
+    identifier = identifier.substr(0, identifier.find('@'));
+    std::string language, modifier, region;
+    for (bool isFirst = true; !identifier.empty(); isFirst = false) {
+        const std::size_t end = std::min(identifier.find('_'), identifier.size());
+        const std::string_view part = identifier.substr(0, end);
+        identifier.remove_prefix(std::min(end + 1, identifier.size()));
+        if (isFirst)
+            language = part;
+        else if (part.size() == 4)
+            for (const ScriptModifier& row : kScriptModifiers)
+                modifier += part == row.script ? "@" + std::string(row.modifier) : "";
+        else if (region.empty() && !part.empty())
+            region = "_" + std::string(part);
+    }
+    std::vector<std::string> names;
+    for (const std::string& name : {language + region + modifier, language + modifier, language + region, language})
+        if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+    return names;
 }
 
 std::string timeZoneNameFromTZ(std::string_view value) {

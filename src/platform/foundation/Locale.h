@@ -3,11 +3,16 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace platform {
 
 // "de_DE.UTF-8@euro" → "de_DE"; "sr_RS@latin" → "sr_Latn_RS"; "", "C" and "POSIX" → "en_US_POSIX".
 std::string localeIdentifierFromPOSIX(std::string_view name);
+
+// The names under which a catalogue for an ICU locale may stand, the best first: "de_AT" → "de_AT", "de";
+// "sr_Latn_RS" → "sr_RS@latin", "sr@latin", "sr_RS", "sr".
+std::vector<std::string> catalogueNamesForLocale(std::string_view identifier);
 
 // The zone that a value of TZ, or the file that it or /etc/localtime names, stands for: ":Europe/Berlin",
 // "/usr/share/zoneinfo/Europe/Berlin" → "Europe/Berlin". Nothing named → "UTC".

@@ -1,0 +1,162 @@
+#include "platform/xml/MarkupText.h"
+
+#include <algorithm>
+#include <array>
+
+#include <libxml/HTMLparser.h>
+
+#include "platform/base/UTF16.h"
+#include "platform/xml/XMLParser.h"
+#include "platform/xml/XMLWriter.h"
+
+namespace platform {
+
+namespace {
+
+constexpr std::string_view kSectionStart = "<![CDATA[";
+constexpr std::string_view kSectionEnd = "]]>";
+
+constexpr bool isLetter(char character) {
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
+}
+
+constexpr bool isNameCharacter(char character) {
+    return isLetter(character) || (character >= '0' && character <= '9');
+}
+
+constexpr bool isBlank(char character) {
+    return character == ' ' || character == '\t' || character == '\n' || character == '\r' || character == '\f';
+}
+
+// Stretches in which nothing is markup.
+struct Opaque {
+    std::string_view start, end;
+};
+constexpr std::array<Opaque, 3> kOpaque{{{kSectionStart, kSectionEnd}, {"<!--", "-->"}, {"<?", "?>"}}};
+
+// Where the opaque stretch that starts at `at` ends, or `at` when none starts there.
+std::size_t endOfOpaque(std::string_view text, std::size_t at) {
+    for (const auto& opaque : kOpaque) {
+        if (!text.substr(at).starts_with(opaque.start)) continue;
+        const auto end = text.find(opaque.end, at + opaque.start.size());
+        return end == std::string_view::npos ? text.size() : end + opaque.end.size();
+    }
+    return at;
+}
+
+// What stands for "&name;"; empty when the reference is to stay.
+std::string replacementForEntity(std::string_view name) {
+    constexpr auto kOfXML = std::to_array<std::string_view>({"amp", "lt", "gt", "quot", "apos"});
+    if (std::ranges::find(kOfXML, name) != kOfXML.end()) return {};
+    const std::string terminated(name);
+    const auto* entity = htmlEntityLookup(reinterpret_cast<const xmlChar*>(terminated.c_str()));
+    if (!entity) return "&amp;" + terminated + ";";
+    return utf8FromUTF16(std::u16string(1, static_cast<char16_t>(entity->value))); // all are in the first plane
+}
+
+// Position behind one attribute of a tag, as lenient readers see it; `at` is on its first character.
+std::size_t endOfAttribute(std::string_view text, std::size_t at) {
+    const auto isEnd = [&](std::size_t i) { return i >= text.size() || text[i] == '>' || isBlank(text[i]); };
+    if (!isLetter(text[at]) && text[at] != '_' && text[at] != ':') {
+        do ++at;
+        while (!isEnd(at));
+        return at;
+    }
+    while (!isEnd(at) && text[at] != '=' && text[at] != '/') ++at;
+    std::size_t value = at;
+    while (value < text.size() && isBlank(text[value])) ++value;
+    if (value >= text.size() || text[value] != '=') return at;
+    ++value;
+    while (value < text.size() && isBlank(text[value])) ++value;
+    if (value < text.size() && (text[value] == '"' || text[value] == '\'')) {
+        const auto quote = text.find(text[value], value + 1);
+        return quote == std::string_view::npos ? text.size() : quote + 1;
+    }
+    while (!isEnd(value)) ++value;
+    return value;
+}
+
+} // namespace
+
+std::string resolvingHTMLEntities(std::string_view xml) {
+    std::string result;
+    result.reserve(xml.size());
+    std::size_t copied = 0;
+    for (std::size_t at = xml.find_first_of("&<"); at != std::string_view::npos; at = xml.find_first_of("&<", at)) {
+        if (xml[at] == '<') {
+            at = std::max(at + 1, endOfOpaque(xml, at));
+            continue;
+        }
+        std::size_t end = at + 1;
+        if (end < xml.size() && isLetter(xml[end]))
+            while (end < xml.size() && isNameCharacter(xml[end])) ++end;
+        if (end == at + 1 || end >= xml.size() || xml[end] != ';') {
+            ++at;
+            continue;
+        }
+        const auto replacement = replacementForEntity(xml.substr(at + 1, end - at - 1));
+        if (!replacement.empty()) {
+            result.append(xml.substr(copied, at - copied)).append(replacement);
+            copied = end + 1;
+        }
+        at = end + 1;
+    }
+    return result.append(xml.substr(copied));
+}
+
+std::string escapingSections(std::string_view markup) {
+    std::string result;
+    result.reserve(markup.size());
+    for (;;) {
+        const auto start = markup.find(kSectionStart);
+        result += markup.substr(0, start);
+        if (start == std::string_view::npos) return result;
+        markup.remove_prefix(start + kSectionStart.size());
+        const auto end = markup.find(kSectionEnd);
+        appendEscapedText(markup.substr(0, end), result);
+        if (end == std::string_view::npos) return result;
+        markup.remove_prefix(end + kSectionEnd.size());
+    }
+}
+
+bool hasTagWithTooManyAttributes(std::string_view markup) {
+    for (std::size_t at = markup.find('<'); at != std::string_view::npos; at = markup.find('<', at)) {
+        const auto behind = endOfOpaque(markup, at);
+        if (behind > at) {
+            at = behind;
+            continue;
+        }
+        if (++at >= markup.size() || !isLetter(markup[at])) continue;
+        while (at < markup.size() && !isBlank(markup[at]) && markup[at] != '>' && markup[at] != '/') ++at;
+        std::size_t count = 0;
+        while (at < markup.size() && markup[at] != '>') {
+            if (isBlank(markup[at]) || markup[at] == '/') {
+                ++at;
+                continue;
+            }
+            at = endOfAttribute(markup, at);
+            if (++count > XMLParser::kMaximumAttributes) return true;
+        }
+    }
+    return false;
+}
+
+std::string nameOfFirstTag(std::string_view markup) {
+    for (std::size_t at = markup.find('<'); at != std::string_view::npos; at = markup.find('<', at)) {
+        const auto behind = endOfOpaque(markup, at);
+        if (behind > at) {
+            at = behind;
+            continue;
+        }
+        if (++at >= markup.size() || !isLetter(markup[at])) continue;
+        const auto end = markup.find_first_of(" \t\r\n\f/>", at);
+        std::string name(markup.substr(at, end == std::string_view::npos ? end : end - at));
+        std::ranges::transform(name, name.begin(), [](char character) {
+            return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;
+        });
+        return name;
+    }
+    return {};
+}
+
+} // namespace platform

@@ -1,0 +1,24 @@
+// Corrections to markup as text, made before a parser sees it. Each is one pass.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+// With the entity names of HTML replaced by their characters, so that no DTD is needed for them. The five names of XML
+// and references by number stay; a name that nobody knows becomes the text that it looks like ("&amp;name;"). Comments,
+// CDATA sections and instructions stay as they are.
+std::string resolvingHTMLEntities(std::string_view xml);
+
+// With each CDATA section as escaped text, which HTML readers understand.
+std::string escapingSections(std::string_view markup);
+
+// Whether a start tag has more attributes than the limit. Parsers compare each attribute with all before it, so such a
+// tag has to be found before they see it.
+bool hasTagWithTooManyAttributes(std::string_view markup);
+
+// The name in the first start tag, in lower case; "" without one.
+std::string nameOfFirstTag(std::string_view markup);
+
+} // namespace platform

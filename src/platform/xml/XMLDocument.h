@@ -1,0 +1,52 @@
+// Counterpart of NSXMLDocument: a small document as a tree.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/base/Result.h"
+#include "platform/xml/XMLNode.h"
+
+namespace platform {
+
+// How markup is read. All markup is preserved: comments, CDATA sections, white space, the order of attributes. The
+// entity names of HTML are known in each form, without a declaration.
+enum class XMLDocumentParsing {
+    strict,   // well-formed XML or an error
+    tidyXML,  // the same; what is not well-formed is read as HTML, and the element that the text opens with is the root
+    tidyHTML, // as HTML: missing tags are added, the root is html
+};
+
+class XMLDocument {
+  public:
+    // The text is UTF-8, whatever it declares. An error is the XML parser's; with tidying only a text without any
+    // element, one that is nested too deep, or an element with too many attributes is one.
+    // @sel initWithXMLString:options:error:
+    static Result<XMLDocument> initWithXMLString(std::string_view xml, XMLDocumentParsing parsing);
+
+    XMLElement* rootElement() { return root_.get(); }
+    const XMLElement* rootElement() const { return root_.get(); }
+    // The root, which then belongs to the caller; the document is empty afterwards.
+    std::unique_ptr<XMLElement> takeRootElement() { return std::move(root_); }
+
+    // The first node that the path, one element name, selects from the document: the root if it has that name, else
+    // null. @sel nodesForXPath:error:
+    XMLElement* firstNodeForXPath(std::string_view name);
+
+    // The document type declaration's markup without line break; "" when there is none.
+    const std::string& documentType() const { return documentType_; }
+
+    // Document type and root in expanded form.
+    std::string XMLString() const;
+    // Document type and root as a page, indented where that changes nothing. @sel XMLDataWithOptions:
+    std::string prettyPrintedPage() const;
+
+  private:
+    friend class XMLTreeBuilder;
+    std::string documentType_;
+    std::unique_ptr<XMLElement> root_;
+};
+
+} // namespace platform

@@ -1,0 +1,34 @@
+// Builds a tree from events, whichever reader they come from.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/xml/XMLDocument.h"
+#include "platform/xml/XMLNode.h"
+
+namespace platform {
+
+class XMLTreeBuilder {
+  public:
+    // False when the element would be nested too deep; it is left out then.
+    bool openElement(std::string_view name, XMLAttributes attributes);
+    void closeElement();
+    void addText(XMLNodeKind kind, std::string_view text); // joined to a neighbour of the same kind
+    void addNode(XMLNodeKind kind, std::string text);
+    void setDocumentType(std::string_view name, std::string_view publicID, std::string_view systemID);
+
+    // The tree with the first of its elements that has the name as the root; without one the first element of all.
+    // Without any element the document has no root.
+    XMLDocument documentWithRoot(std::string_view name);
+
+  private:
+    std::string documentType_;
+    XMLElement holder_{""}; // what stands outside the root too
+    std::vector<XMLElement*> open_{&holder_};
+};
+
+} // namespace platform
