@@ -1,0 +1,92 @@
+// The paragraphs of an RTF text. The body is written first and the head after it, since only then its tables are full.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "platform/rtf/RTFCharacterWords.h"
+#include "platform/rtf/RTFOutput.h"
+#include "platform/rtf/RTFParagraphWords.h"
+#include "platform/rtf/RTFTableRows.h"
+#include "platform/rtf/RTFTables.h"
+#include "platform/rtf/RTFWriter.h"
+
+namespace platform {
+
+class RTFBody : private RTFTableEvents {
+  public:
+    // The entries are those of the range, in text order; null for plain RTF.
+    RTFBody(const AttributedString& text, Range range, const std::vector<RTFDEntry>* entries);
+
+    void write();
+
+    const RTFFontTable& fonts() const { return fonts_; }
+    const RTFColorTable& colors() const { return colors_; }
+    const RTFListTable& lists() const { return lists_; }
+    std::string& string() { return out_.string(); }
+
+  private:
+    struct Paragraph {
+        Range range;
+        std::size_t contentsEnd; // before the line end
+        const ParagraphStyle* style;
+        std::size_t run; // at its first character
+    };
+
+    void findParagraphs();
+    void planTables();
+    void writeParagraph(const Paragraph& paragraph, bool endsCell);
+    void beginParagraph(const Paragraph& paragraph);
+    // The text of the range, run by run; all of it has the formatting that its runs have.
+    void writeRuns(Range range, bool formatOnly);
+    void writeRunText(Range range, const AttributeSet& attributes);
+    void changeTo(const AttributeSet& attributes);
+    void changeLink(const AttributeSet& attributes);
+    void closeLink();
+    std::size_t writeListMarker(const Paragraph& paragraph); // how much of the text it was
+    void writeAttachment(const RTFDEntry& entry);
+    void writeEmptyCells(std::size_t depth, const TextTableBlock* until);
+
+    void beginRow(std::size_t depth, const TextTable& table, bool first) override;
+    void beginCell(std::size_t depth, const TextTableBlock& block) override;
+    void endCell(std::size_t depth) override;
+    void endRow(std::size_t depth, bool last) override;
+
+    // A row that is being written.
+    struct OpenRow {
+        std::size_t row = 0;
+        RTFTableSlots slotMaker; // of the table
+        std::vector<RTFTableSlot> slots;
+        std::size_t next = 0; // slot
+    };
+
+    const AttributedString& text_;
+    const Range range_;
+    const std::vector<RTFDEntry>* entries_;
+    std::size_t nextEntry_ = 0;
+
+    RTFFontTable fonts_;
+    RTFColorTable colors_;
+    RTFListTable lists_;
+    RTFParagraphWords paragraphWords_{lists_};
+    RTFOutput out_;
+
+    std::vector<Paragraph> paragraphs_;
+    bool hasTables_ = false;
+    RTFTablePlan plan_;
+    std::vector<OpenRow> rows_; // by depth
+    std::size_t nextRow_ = 0;
+
+    RTFCharacterState state_;
+    const AttributeSet* stateOf_ = nullptr;     // the set that state_ stands for
+    const std::string* currentWords_ = nullptr; // of the paragraph before; null when they must be repeated
+    bool repeatsColor_ = false;
+    std::size_t run_ = 0;
+
+    std::string link_; // of the open field, empty when none is
+    RTFCharacterState stateOutsideLink_;
+    bool outsideLinkGroup_ = false;
+};
+
+} // namespace platform

@@ -1,0 +1,42 @@
+// Where the writer's bytes go: control words, and text with its escapes.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+// The byte of Windows-1252 for a character of its upper half, 0 for any other character.
+char windows1252Byte(char16_t unit);
+
+class RTFOutput {
+  public:
+    // As it stands: "\\pard", "{\\listtext".
+    void raw(std::string_view bytes) { bytes_ += bytes; }
+    void raw(char byte) { bytes_ += byte; }
+    // A word with its number: word("\\fs", 24) gives "\fs24".
+    void word(std::string_view name, std::int64_t number);
+
+    // Text: ASCII as it is, the upper half of Windows-1252 in hexadecimal, the rest as \u words, whose numbers are
+    // unsigned. Surrogates go one by one, so that lone ones survive. A line feed (or CR, or both) ends the paragraph.
+    void text(std::u16string_view text);
+    // Bytes that are no text of the document (a file name): what is not ASCII in hexadecimal.
+    void bytes(std::string_view bytes);
+
+    // Before a group that may hold text, and after it: \uc0 counts to the end of the group that it stands in.
+    bool enterGroup();
+    void leaveGroup(bool outer) { skipsNoReplacement_ = outer; }
+
+    std::string& string() { return bytes_; }
+
+  private:
+    void unicode(char16_t unit);
+    void special(char16_t unit);
+    void escaped(char byte);
+
+    std::string bytes_;
+    bool skipsNoReplacement_ = false; // \uc0 is in force
+};
+
+} // namespace platform

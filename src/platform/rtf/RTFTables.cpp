@@ -1,0 +1,256 @@
+#include "platform/rtf/RTFTables.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/base/UTF16.h"
+#include "platform/text/TextList.h"
+
+namespace platform {
+
+namespace {
+
+// Families of old that have a class of their own; a PostScript name's family is what stands before its hyphen.
+struct FontClass {
+    std::string_view family, word;
+};
+constexpr FontClass kFontClasses[] = {
+    {"Helvetica", "\\fswiss"}, {"Arial", "\\fswiss"},           {"ArialMT", "\\fswiss"},
+    {"Times", "\\froman"},     {"TimesNewRomanPS", "\\froman"}, {"TimesNewRomanPSMT", "\\froman"},
+    {"Courier", "\\fmodern"},  {"CourierNewPS", "\\fmodern"},   {"CourierNewPSMT", "\\fmodern"},
+};
+constexpr std::size_t kFontsALine = 3;
+
+std::string_view fontClassWord(std::string_view name) {
+    const std::string_view family = name.substr(0, name.find('-'));
+    const auto* const found = std::ranges::find(kFontClasses, family, &FontClass::family);
+    return found == std::end(kFontClasses) ? "\\fnil" : found->word;
+}
+
+std::int64_t scaled(double component, double scale) {
+    return std::llround(std::clamp(component, 0.0, 1.0) * scale);
+}
+
+// Numbering of Word's list levels for our tokens; everything else is a bullet.
+struct LevelFormat {
+    std::string_view token;
+    std::int64_t number;
+};
+constexpr LevelFormat kLevelFormats[] = {
+    {"{decimal}", 0},           {"{upper-roman}", 1},       {"{lower-roman}", 2}, {"{upper-alpha}", 3},
+    {"{upper-latin}", 3},       {"{lower-alpha}", 4},       {"{lower-latin}", 4}, {"{octal}", 0},
+    {"{lower-hexadecimal}", 0}, {"{upper-hexadecimal}", 0},
+};
+constexpr std::int64_t kBulletLevel = 23;
+constexpr std::size_t kMaximumLevels = 9;
+constexpr std::int64_t kLevelIndent = 720;     // twips
+constexpr std::size_t kTemplatesAList = 100;   // level template ids: 1, 2 … in the first list, 101 … in the second
+constexpr std::size_t kMaximumLevelText = 255; // its length is one byte
+
+// A marker format around its number token; a bullet's format has no number.
+struct SplitFormat {
+    std::int64_t number = kBulletLevel;
+    std::u16string before, after;
+};
+
+SplitFormat splitFormat(const TextList& list) {
+    const std::string_view format = list.markerFormat();
+    for (const LevelFormat& level : kLevelFormats) {
+        const std::size_t found = format.find(level.token);
+        if (found == std::string_view::npos) continue;
+        return {level.number, utf16FromUTF8(format.substr(0, found)),
+                utf16FromUTF8(format.substr(found + level.token.size()))};
+    }
+    return {kBulletLevel, list.markerForItemNumber(list.startingItemNumber()), {}};
+}
+
+void writeHexByte(std::size_t value, RTFOutput& out) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    out.raw("\\'");
+    out.raw(digits[value >> 4 & 15]);
+    out.raw(digits[value & 15]);
+}
+
+// What the level shows: its length, then the text, in which a byte with the level's index stands for the number. The
+// second group lists where such bytes are.
+void writeLevelText(const SplitFormat& format, std::size_t index, RTFOutput& out) {
+    const bool numbered = format.number != kBulletLevel;
+    const std::size_t length = format.before.size() + format.after.size() + (numbered ? 1 : 0);
+    if (length > kMaximumLevelText) {
+        out.raw("\\'00;}{\\levelnumbers;}");
+        return;
+    }
+    writeHexByte(length, out);
+    out.text(format.before);
+    if (numbered) writeHexByte(index, out);
+    out.text(format.after);
+    out.raw(";}{\\levelnumbers");
+    if (numbered) writeHexByte(format.before.size() + 1, out);
+    out.raw(";}");
+}
+
+void writeLevel(const TextList& list, std::size_t index, std::size_t templateId, RTFOutput& out) {
+    const SplitFormat format = splitFormat(list);
+    out.word("{\\listlevel\\levelnfc", format.number);
+    out.word("\\levelnfcn", format.number);
+    out.word("\\leveljc0\\leveljcn0\\levelfollow0\\levelstartat", list.startingItemNumber());
+    out.raw("\\levelspace360\\levelindent0{\\*\\levelmarker ");
+    bool outer = out.enterGroup();
+    out.text(utf16FromUTF8(list.markerFormat()));
+    out.leaveGroup(outer);
+    out.word("}{\\leveltext\\leveltemplateid", static_cast<std::int64_t>(templateId));
+    outer = out.enterGroup();
+    writeLevelText(format, index, out);
+    out.leaveGroup(outer);
+    const std::int64_t indent = kLevelIndent * static_cast<std::int64_t>(index + 1);
+    out.word("\\fi-360\\li", indent);
+    out.word("\\lin", indent);
+    out.raw(" }");
+}
+
+} // namespace
+
+std::size_t RTFFontTable::indexOf(const Font& font) {
+    if (const auto found = indexes_.find(font.fontName()); found != indexes_.end()) return found->second;
+    const std::uint32_t traits = font.traits();
+    entries_.push_back({font.fontName(), (traits & kBoldFontTrait) != 0, (traits & kItalicFontTrait) != 0});
+    indexes_.emplace(font.fontName(), entries_.size() - 1);
+    return entries_.size() - 1;
+}
+
+void RTFFontTable::write(RTFOutput& out) const {
+    out.raw("{\\fonttbl");
+    for (std::size_t index = 0; index < entries_.size(); ++index) {
+        const Entry& entry = entries_[index];
+        out.word("\\f", static_cast<std::int64_t>(index));
+        out.raw(fontClassWord(entry.name));
+        out.raw("\\fcharset0 ");
+        const bool outer = out.enterGroup();
+        out.text(utf16FromUTF8(entry.name));
+        out.leaveGroup(outer);
+        out.raw(';');
+        if ((index + 1) % kFontsALine == 0) out.raw('\n');
+    }
+    out.raw("}\n");
+}
+
+std::optional<RTFColorTable::Entry> RTFColorTable::entryFor(const Color& color) {
+    const auto generic = color.genericRGB();
+    const auto sRGB = color.rgba();
+    if (!generic || !sRGB) return std::nullopt;
+    constexpr double kScale = 100000;
+    const std::int64_t alpha = scaled(color.alphaComponent(), kScale);
+    const auto rgb = [alpha](const Color::RGBA& c) {
+        return std::array{scaled(c.red, kScale), scaled(c.green, kScale), scaled(c.blue, kScale), alpha};
+    };
+    Entry entry;
+    entry.generic = {scaled(generic->red, 255), scaled(generic->green, 255), scaled(generic->blue, 255)};
+    switch (color.space()) {
+    case ColorSpace::calibratedWhite:
+    case ColorSpace::deviceWhite:
+        entry.spaceWord = "\\csgray";
+        entry.components = {scaled(color.components()[0], kScale), 0, 0, alpha};
+        entry.count = 1;
+        return entry;
+    case ColorSpace::calibratedRGB:
+        entry.spaceWord = "\\csgenericrgb";
+        entry.components = rgb(*generic);
+        break;
+    case ColorSpace::catalog:
+        if (color.catalogNameComponent() == "System") entry.name = color.colorNameComponent();
+        [[fallthrough]];
+    default:
+        entry.spaceWord = "\\cssrgb";
+        entry.components = rgb(*sRGB);
+        break;
+    }
+    entry.count = 3;
+    return entry;
+}
+
+std::size_t RTFColorTable::indexOf(const Color& color) {
+    std::optional<Entry> entry = entryFor(color);
+    if (!entry) return 0;
+    const auto [place, added] = indexes_.try_emplace(*std::move(entry), entries_.size() + 2);
+    if (added) entries_.push_back(&place->first);
+    return place->second;
+}
+
+void RTFColorTable::writeExpanded(const Entry& entry, RTFOutput& out) {
+    constexpr std::int64_t kOpaque = 100000;
+    out.raw(entry.spaceWord);
+    for (std::size_t i = 0; i < entry.count; ++i) out.word("\\c", entry.components[i]);
+    if (entry.components[3] != kOpaque) out.word("\\c", entry.components[3]);
+    if (!entry.name.empty()) {
+        out.raw("\\cname ");
+        out.bytes(entry.name);
+    }
+}
+
+void RTFColorTable::write(RTFOutput& out) const {
+    out.raw("{\\colortbl;\\red255\\green255\\blue255;");
+    for (const Entry* entry : entries_) {
+        out.word("\\red", entry->generic[0]);
+        out.word("\\green", entry->generic[1]);
+        out.word("\\blue", entry->generic[2]);
+        out.raw(';');
+    }
+    out.raw("}\n{\\*\\expandedcolortbl;;");
+    for (const Entry* entry : entries_) {
+        writeExpanded(*entry, out);
+        out.raw(';');
+    }
+    out.raw("}\n");
+}
+
+RTFListPlace RTFListTable::placeOf(const Chain& chain) {
+    Path path;
+    const std::size_t levels = std::min(chain.size(), kMaximumLevels);
+    path.reserve(levels);
+    for (std::size_t i = 0; i < levels; ++i) path.push_back(chain[i].get());
+    if (const auto found = places_.find(path); found != places_.end()) return found->second;
+
+    // The longest part of the chain that has a place; its list takes the further levels when it ends there, else a
+    // new list repeats the chain from the top.
+    std::size_t list = 0;
+    for (std::size_t known = levels; --known > 0 && list == 0;) {
+        const auto found = places_.find(Path(path.begin(), path.begin() + static_cast<std::ptrdiff_t>(known)));
+        if (found == places_.end()) continue;
+        if (lists_[found->second.list - 1].size() > known) break;
+        list = found->second.list;
+    }
+    if (list == 0) {
+        lists_.emplace_back();
+        list = lists_.size();
+    }
+    lists_[list - 1] = path;
+    for (std::size_t level = 0; level < levels; ++level)
+        places_.try_emplace(Path(path.begin(), path.begin() + static_cast<std::ptrdiff_t>(level + 1)),
+                            RTFListPlace{list, level});
+    return places_.at(path);
+}
+
+void RTFListTable::write(RTFOutput& out) const {
+    if (lists_.empty()) return;
+    out.raw("{\\*\\listtable");
+    for (std::size_t index = 0; index < lists_.size(); ++index) {
+        const auto id = static_cast<std::int64_t>(index + 1);
+        if (index > 0) out.raw('\n');
+        out.word("{\\list\\listtemplateid", id);
+        out.raw("\\listhybrid");
+        for (std::size_t level = 0; level < lists_[index].size(); ++level)
+            writeLevel(*lists_[index][level], level, index * kTemplatesAList + level + 1, out);
+        out.word("{\\listname ;}\\listid", id);
+        out.raw('}');
+    }
+    out.raw("}\n{\\*\\listoverridetable");
+    for (std::size_t index = 0; index < lists_.size(); ++index) {
+        const auto id = static_cast<std::int64_t>(index + 1);
+        out.word("{\\listoverride\\listid", id);
+        out.word("\\listoverridecount0\\ls", id);
+        out.raw('}');
+    }
+    out.raw("}\n");
+}
+
+} // namespace platform

@@ -1,0 +1,88 @@
+// The tables at the head of an RTF text, filled while the body is written: what the body names by number is here.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/graphics/Color.h"
+#include "platform/graphics/Font.h"
+#include "platform/rtf/RTFOutput.h"
+
+namespace platform {
+
+class TextList;
+
+class RTFFontTable {
+  public:
+    struct Entry {
+        std::string name; // PostScript name
+        bool bold = false, italic = false;
+    };
+
+    std::size_t indexOf(const Font& font);
+    const Entry& operator[](std::size_t index) const { return entries_[index]; }
+    void write(RTFOutput& out) const;
+
+  private:
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
+    };
+
+    std::vector<Entry> entries_;
+    std::unordered_map<std::string, std::size_t, Hash, std::equal_to<>> indexes_;
+};
+
+// Number 0 stands for no color, 1 is white and never given out: as a background it means none.
+class RTFColorTable {
+  public:
+    std::size_t indexOf(const Color& color);
+    void write(RTFOutput& out) const;
+
+  private:
+    // A color as it is written: the space's word, its components in hundred-thousandths, a catalog color's name.
+    struct Entry {
+        std::string_view spaceWord;
+        std::array<std::int64_t, 4> components{}; // alpha last
+        std::size_t count = 0;                    // of components besides alpha
+        std::string name;
+        std::array<std::int64_t, 3> generic{}; // 0 to 255
+        friend auto operator<=>(const Entry&, const Entry&) = default;
+    };
+    static std::optional<Entry> entryFor(const Color& color);
+    static void writeExpanded(const Entry& entry, RTFOutput& out);
+
+    std::map<Entry, std::size_t> indexes_;
+    std::vector<const Entry*> entries_; // from number 2 on
+};
+
+// Where a paragraph's lists stand: \ls and \ilvl.
+struct RTFListPlace {
+    std::size_t list = 0;  // 1-based
+    std::size_t level = 0; // 0-based
+};
+
+class RTFListTable {
+  public:
+    using Chain = std::vector<std::shared_ptr<TextList>>;
+
+    // The place of an outermost-first chain of lists, which is not empty. Lists below the ninth level count as ninth.
+    RTFListPlace placeOf(const Chain& chain);
+    void write(RTFOutput& out) const;
+
+  private:
+    using Path = std::vector<const TextList*>;
+
+    std::vector<Path> lists_; // each with its levels
+    std::map<Path, RTFListPlace> places_;
+};
+
+} // namespace platform

@@ -1,0 +1,204 @@
+#include "platform/rtf/RTFWriter.h"
+
+#include <array>
+
+#include <gtest/gtest.h>
+
+#include "platform/files/FileWrapper.h"
+#include "platform/rtf/RTFOutput.h"
+#include "platform/rtf/RTFTestTexts.h"
+#include "tests/support/Golden.h"
+
+namespace platform {
+
+namespace {
+
+using namespace rtftest;
+
+std::string rtf(const AttributedString& text) {
+    return *rtfFromRange(text, {0, text.length()});
+}
+
+// What stands behind the first paragraph's formatting.
+std::string body(const AttributedString& text) {
+    const std::string all = rtf(text);
+    constexpr std::string_view start = "\\f0\\fs24 \\cf0 ";
+    const std::size_t found = all.find(start);
+    return found == std::string::npos ? all : all.substr(found + start.size());
+}
+
+std::string packageText(const FileWrapper& package) {
+    return std::string(package.childNamed(kRTFDTextName)->regularFileContents().bytes());
+}
+
+std::vector<std::string> keys(const FileWrapper& package) {
+    std::vector<std::string> names;
+    for (const auto& [key, child] : package.fileWrappers()) names.push_back(key);
+    return names;
+}
+
+TEST(RTFWriter, WritesTheGoldenTexts) {
+    for (const tests::GoldenCase& golden : tests::goldenCases("rtf-writer")) {
+        SCOPED_TRACE(golden.name);
+        const auto sample = sampleTexts().find(golden.name);
+        ASSERT_NE(sample, sampleTexts().end());
+        const AttributedString text = sample->second();
+        tests::expectGolden(golden, "expected.rtf", packageText(**rtfdFileWrapperFromRange(text, {0, text.length()})));
+    }
+}
+
+TEST(RTFWriter, WritesTheSmallestTextByteForByte) {
+    EXPECT_EQ(rtf(text(u"Hello")),
+              "{\\rtf1\\ansi\\ansicpg1252\\cocoartf2822\n"
+              "\\cocoatextscaling0\\cocoaplatform0{\\fonttbl\\f0\\fnil\\fcharset0 HelveticaNeue;}\n"
+              "{\\colortbl;\\red255\\green255\\blue255;}\n"
+              "{\\*\\expandedcolortbl;;}\n"
+              "\\pard\\tx560\\tx1120\\tx1680\\tx2240\\tx2800\\tx3360\\tx3920\\tx4480\\tx5040\\tx5600\\tx6160\\tx6720"
+              "\\pardirnatural\\partightenfactor0\n"
+              "\n"
+              "\\f0\\fs24 \\cf0 Hello}");
+}
+
+TEST(RTFWriter, EscapesCharacters) {
+    struct Row {
+        std::u16string text;
+        std::string_view written;
+    };
+    const Row rows[] = {
+        {u"\\{}", "\\\\\\{\\}}"},
+        {u"a\tb", "a\tb}"},
+        {u"a\nb", "a\\\nb}"},
+        {u"a\r\nb", "a\\\nb}"},
+        {u"a\rb", "a\\\nb}"},
+        {u"\u00E9\u00A0\u20AC", "\\'e9\\'a0\\'80}"},
+        {u"\u2022", "\\uc0\\u8226 }"},
+        {u"\u2713x\u25E6", "\\uc0\\u10003 x\\u9702 }"},
+        {u"\uFE0F", "\\uc0\\u65039 }"},
+        {u"\U0001F600", "\\uc0\\u55357 \\u56832 }"},
+        {u"\u2028", "\\uc0\\u8232 }"},
+        {u"\f", "\\page }"},
+        {u"\u0001\u007F", "\\'01\\'7f}"},
+        {u"\u0085", "\\uc0\\u133 }"},
+        {std::u16string(1, char16_t{0xD800}), "\\uc0\\u55296 }"},
+        {std::u16string(1, char16_t{0}), "\\'00}"},
+    };
+    for (const Row& row : rows) EXPECT_EQ(body(text(row.text)), row.written);
+}
+
+TEST(RTFWriter, PutsTheWindows1252HalfInHexadecimalAndNothingElse) {
+    EXPECT_EQ(windows1252Byte(0x20AC), '\x80');
+    EXPECT_EQ(windows1252Byte(0x0178), '\x9F');
+    EXPECT_EQ(windows1252Byte(0x00FF), '\xFF');
+    EXPECT_EQ(windows1252Byte(0x0081), 0);
+    EXPECT_EQ(windows1252Byte(0x0000), 0);
+    EXPECT_EQ(windows1252Byte(0x0100), 0);
+}
+
+TEST(RTFWriter, ConvertsTextColorsToGenericRGBInTheOldTable) {
+    const auto color = with(kForegroundColorAttributeName, Color::sRGB(0, 0.36078, 0.77255));
+    EXPECT_NE(rtf(text(u"x", color)).find("\\red7\\green68\\blue184;"), std::string::npos);
+}
+
+TEST(RTFWriter, WritesOnlyTheRange) {
+    const AttributedString all = fonts();
+    EXPECT_EQ(rtf(all.substring({6, 5})), *rtfFromRange(all, {6, 5}));
+    EXPECT_NE(rtfFromRange(all, {0, 0})->find("{\\fonttbl}"), std::string::npos);
+}
+
+TEST(RTFWriter, StartsAParagraphAgainOnlyWhenItsWordsChange) {
+    ParagraphStyle other; // differs in what RTF has no word for
+    other.lineBreakMode = LineBreakMode::truncatingTail;
+    AttributedString both = text(u"a\n");
+    both.append(u"b", styled(other));
+    const std::string written = rtf(both);
+    EXPECT_EQ(written.find("\\pard\\"), written.rfind("\\pard\\"));
+}
+
+TEST(RTFWriter, PutsPageAndViewOfTheDocumentAttributes) {
+    const Dictionary attributes{{std::string(kPaperSizeDocumentAttribute), "{595, 842}"},
+                                {std::string(kLeftMarginDocumentAttribute), 72},
+                                {std::string(kRightMarginDocumentAttribute), 72.0},
+                                {std::string(kViewSizeDocumentAttribute), "{576, 420}"},
+                                {std::string(kViewModeDocumentAttribute), 0},
+                                {std::string(kDefaultTabIntervalDocumentAttribute), 36.0}};
+    const std::string written = *rtfFromRange(text(u"x"), {0, 1}, attributes);
+    EXPECT_NE(written.find("}\n\\paperw11900\\paperh16840\\margl1440\\margr1440\\vieww11520\\viewh8400\\viewkind0\n"
+                           "\\deftab720\n\\pard"),
+              std::string::npos)
+        << written;
+}
+
+TEST(RTFWriter, LeavesAttachmentsOutOfPlainRTF) {
+    const std::string written = rtf(attachments());
+    EXPECT_EQ(written.find("NeXTGraphic"), std::string::npos);
+    EXPECT_NE(written.find("picture \\\nfile  end}"), std::string::npos) << written;
+}
+
+TEST(RTFDWriter, NamesEachAttachmentOfAPackageOnce) {
+    const AttributedString all = attachments();
+    const auto package = *rtfdFileWrapperFromRange(all, {0, all.length()});
+    const std::vector<std::string> expected{"TXT.rtf", "photo.png", "1__#$!@%!#__photo.png", "R\u00E9sum\u00E9 {1}.txt",
+                                            "1__#$!@%!#__TXT.rtf"};
+    EXPECT_EQ(keys(*package), expected);
+    EXPECT_EQ(package->childNamed("1__#$!@%!#__TXT.rtf")->regularFileContents().bytes(), "not the text");
+}
+
+TEST(RTFDWriter, TakesTheSizeOfAPictureAndAnIconsForOtherFiles) {
+    const AttributedString all = attachments();
+    const std::string written = packageText(**rtfdFileWrapperFromRange(all, {0, all.length()}));
+    EXPECT_NE(written.find("{{\\NeXTGraphic photo.png \\width640 \\height480 \\appleattachmentpadding0 "
+                           "\\appleembedtype0 \\appleaqc\n}\xAC}"),
+              std::string::npos);
+    EXPECT_NE(written.find("__photo.png \\width1280 \\height320 "), std::string::npos);
+    EXPECT_NE(written.find("R\\'c3\\'a9sum\\'c3\\'a9 \\{1\\}.txt \\width"), std::string::npos);
+}
+
+TEST(RTFDWriter, TakesTheNamesThatItsCallerGives) {
+    const AttributedString all = attachments();
+    std::vector<RTFDEntry> entries = rtfdEntriesInRange(all, {0, all.length()});
+    ASSERT_EQ(entries.size(), 4U);
+    EXPECT_EQ(entries[1].position, 9U);
+    entries[1].name = "second.gif";
+    const auto package = *rtfdFileWrapperFromRange(all, {0, all.length()}, {}, entries);
+    EXPECT_TRUE(package->childNamed("second.gif"));
+    EXPECT_NE(packageText(*package).find("{{\\NeXTGraphic second.gif \\width"), std::string::npos);
+    EXPECT_EQ(entries[1].attachment->fileWrapper()->preferredFilename(), "photo.png")
+        << "the note's own file keeps its name";
+}
+
+TEST(RTFDWriter, LeavesAnAttachmentWithoutContentsOut) {
+    AttributedString all = text(u"a");
+    append(all, std::make_shared<TextAttachment>());
+    all.append(u"b", font());
+    EXPECT_TRUE(rtfdEntriesInRange(all, {0, all.length()}).empty());
+    EXPECT_EQ(keys(**rtfdFileWrapperFromRange(all, {0, all.length()})), std::vector<std::string>{"TXT.rtf"});
+}
+
+TEST(RTFWriter, GivesEveryColorItsOwnNumberWithoutSearchingLong) {
+    AttributedString all;
+    constexpr int kColors = 20000;
+    std::vector<TextEdit> edits;
+    for (int i = 0; i < kColors; ++i)
+        edits.push_back(
+            {{0, 0}, text(u"x", with(kForegroundColorAttributeName, Color::sRGB(i / double{kColors}, 0, 0)))});
+    all.applyEdits(edits);
+    EXPECT_NE(rtf(all).find("\\cf20001 "), std::string::npos);
+}
+
+TEST(RTFWriter, KeepsOneListPerChainAndAtMostNineLevels) {
+    std::vector<std::shared_ptr<TextList>> chain;
+    AttributedString all;
+    for (int depth = 0; depth < 12; ++depth) {
+        chain.push_back(std::make_shared<TextList>("{disc}"));
+        ParagraphStyle style;
+        style.textLists = chain;
+        all.append(u"\t\u2022\titem\n", styled(style));
+    }
+    const std::string written = rtf(all);
+    EXPECT_NE(written.find("\\ls1\\ilvl8\\cf0 "), std::string::npos);
+    EXPECT_EQ(written.find("\\ilvl9"), std::string::npos);
+}
+
+} // namespace
+
+} // namespace platform
