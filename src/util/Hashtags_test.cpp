@@ -1,0 +1,130 @@
+#include "util/Hashtags.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+
+#include "platform/base/UTF16.h"
+
+namespace quillet {
+namespace {
+
+struct Row {
+    std::u16string_view text;
+    TagNamesAndRanges expected;
+};
+
+void expectTags(std::initializer_list<Row> rows, NumericHashtags numeric = NumericHashtags::ignored) {
+    for (const Row& row : rows)
+        EXPECT_EQ(tagNamesAndRangesFromHashtags(row.text, numeric), row.expected) << platform::utf8FromUTF16(row.text);
+}
+
+TEST(Hashtags, StandAtTheStartOrAfterWhiteSpace) {
+    expectTags({
+        {u"", {}},
+        {u"#", {}},
+        {u"# tag", {}},
+        {u"#tag", {{u"tag"}, {{0, 4}}}},
+        {u"line\n#tag", {{u"tag"}, {{5, 4}}}},
+        {u"line\u2028#tag", {{u"tag"}, {{5, 4}}}},
+        {u"a\u3000#tag", {{u"tag"}, {{2, 4}}}},
+        {u"x#tag", {}},
+        {u"a#b", {}},
+        {u"(#tag)", {}},
+        {u"#one two #three", {{u"one", u"three"}, {{0, 4}, {9, 6}}}},
+    });
+}
+
+TEST(Hashtags, EndAtTheFirstCharacterThatIsNoneOfAName) {
+    expectTags({
+        {u"#plan!", {{u"plan"}, {{0, 5}}}},
+        {u"#tag.", {{u"tag"}, {{0, 4}}}},
+        {u"#café", {{u"café"}, {{0, 5}}}},
+        {u"#cafe\u0301 x", {{u"cafe\u0301"}, {{0, 6}}}},
+        {u"#to_do", {{u"to do"}, {{0, 6}}}},
+        {u"#_", {{u" "}, {{0, 2}}}},
+        {u"#-", {}},
+        {u"#日本語。", {{u"日本語"}, {{0, 4}}}},
+        {u"#שלום", {{u"שלום"}, {{0, 5}}}},
+        {u"#\U0001D400x", {{u"\U0001D400x"}, {{0, 4}}}},
+        {u"#a👩\u200D👧", {{u"a"}, {{0, 2}}}},
+        {u"#👩\u200D👧", {}},
+        {u"#ａｂ", {{u"ａｂ"}, {{0, 3}}}},
+        {u"#ısı", {{u"ısı"}, {{0, 4}}}},
+    });
+    const std::u16string lone{u'#', u'a', 0xD800, u'b'};
+    expectTags({{lone, {{u"a"}, {{0, 2}}}}});
+}
+
+TEST(Hashtags, NumbersAreTagsOnlyWhenAllowed) {
+    expectTags({{u"#2024", {}},
+                {u"#2024a", {{u"2024a"}, {{0, 6}}}},
+                {u"#٣", {{u"٣"}, {{0, 2}}}},
+                {u"#20_24", {{u"20 24"}, {{0, 6}}}}});
+    expectTags({{u"#2024", {{u"2024"}, {{0, 5}}}}, {u"#!", {}}, {u"#1#2 x", {{u"1", u"2"}, {{0, 2}, {3, 2}}}}},
+               NumericHashtags::allowed);
+}
+
+TEST(Hashtags, PiecesKeepTheirPlaces) {
+    expectTags({
+        {u"#a#b c", {{u"a", u"b"}, {{0, 2}, {3, 2}}}},
+        {u"#a#b", {{u"a"}, {{0, 2}}}},
+        {u"x #a#b", {{u"a"}, {{2, 2}}}},
+        {u"#a#b#c d", {{u"a", u"b", u"c"}, {{0, 2}, {3, 2}, {5, 2}}}},
+        // The second piece is longer than the first: the third is said to be where the second is.
+        {u"#a#bcd#e x", {{u"a", u"bcd", u"e"}, {{0, 2}, {3, 4}, {3, 2}}}},
+        // A longer piece at the end is not lost, and its range ends one unit behind the text.
+        {u"#a#bcd", {{u"a", u"bcd"}, {{0, 2}, {3, 4}}}},
+        {u"##a b", {{u"a"}, {{2, 2}}}},
+        {u"#a##b c", {{u"a", u"b"}, {{0, 2}, {3, 2}}}},
+        {u"#1#b c", {{u"b"}, {{3, 2}}}},
+        {u"#a!#b c", {{u"a", u"b"}, {{0, 2}, {4, 2}}}},
+        {u"#a#", {{u"a"}, {{0, 2}}}},
+    });
+}
+
+TEST(Hashtags, UniqueNamesAreMerged) {
+    EXPECT_EQ(uniqueTagNamesFromHashtags(u"#b #a #b #A", NumericHashtags::ignored),
+              (std::set<std::u16string>{u"A", u"a", u"b"}));
+    EXPECT_TRUE(uniqueTagNamesFromHashtags(u"", NumericHashtags::ignored).empty());
+}
+
+// The arithmetic of the pieces in its plainest form, with a search in each piece.
+TagNamesAndRanges plainTags(std::u16string_view candidate, std::u16string_view text) {
+    TagNamesAndRanges tags;
+    std::size_t position = 0;
+    std::size_t length = candidate.size();
+    for (std::size_t from = 1; from <= candidate.size();) {
+        if (position + length > text.size()) break;
+        const std::size_t to = std::min(candidate.find(u'#', from), candidate.size());
+        const std::u16string_view name = candidate.substr(from, to - from);
+        const std::size_t sign = text.substr(0, position + length).find(u'#', position + 1);
+        if (!name.empty()) {
+            tags.names.emplace_back(name);
+            tags.ranges.push_back({position, name.size() + 1});
+        }
+        length = sign == std::u16string_view::npos ? length + 1 : sign - position;
+        if (sign != std::u16string_view::npos) position = sign + 1;
+        from = to + 1;
+    }
+    return tags;
+}
+
+TEST(Hashtags, PiecesAgreeWithThePlainArithmetic) {
+    rc::check([] {
+        const auto candidate = u'#' + *rc::gen::nonEmpty(rc::gen::container<std::u16string>(
+                                          rc::gen::element<char16_t>(u'#', u'#', u'a', u'b', u'c')));
+        const auto tail = *rc::gen::container<std::u16string>(rc::gen::element<char16_t>(u' ', u'x'));
+        const std::u16string text = tail.empty() ? candidate : candidate + u' ' + tail;
+        RC_ASSERT(tagNamesAndRangesFromHashtags(text, NumericHashtags::ignored) == plainTags(candidate, text));
+    });
+}
+
+TEST(Hashtags, MegabyteTakesNoQuadraticTime) {
+    std::u16string pieces = u"#a#" + std::u16string(300'000, u'b');
+    for (int i = 0; i < 350'000; ++i) pieces += u"#c";
+    EXPECT_EQ(tagNamesAndRangesFromHashtags(pieces, NumericHashtags::ignored).names.size(), 350'002u);
+    EXPECT_TRUE(tagNamesAndRangesFromHashtags(std::u16string(1'000'000, u'#'), NumericHashtags::ignored).names.empty());
+}
+
+} // namespace
+} // namespace quillet
