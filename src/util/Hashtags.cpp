@@ -6,9 +6,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "platform/base/SystemLog.h"
 #include "platform/foundation/CharacterSet.h"
-#include "platform/foundation/RegularExpression.h"
 
 namespace quillet {
 
@@ -87,25 +85,25 @@ void addCandidate(std::u16string_view text, Range candidate, NumericHashtags num
     }
 }
 
-const platform::RegularExpression& candidatePattern() {
-    static const platform::RegularExpression pattern = *platform::RegularExpression::withPattern(u"#\\S+");
-    return pattern;
+// What the pattern "#\S+" takes for a space: the separators of Unicode and four controls.
+const CharacterSet& spaceSet() {
+    static const CharacterSet set = CharacterSet::whitespace()
+                                        .subtracting(CharacterSet::withCharacters(u"\u200B"))
+                                        .united(CharacterSet::withCharacters(u"\n\f\r\u2028\u2029"));
+    return set;
 }
 
 } // namespace
 
+// The candidates are the matches of "#\S+", found by hand: a pattern's matcher keeps a state a character and gives up
+// on a run of a megabyte.
 TagNamesAndRanges tagNamesAndRangesFromHashtags(std::u16string_view text, NumericHashtags numeric) {
     TagNamesAndRanges tags;
-    const auto candidates = candidatePattern().matches(text);
-    if (!candidates) {
-        platform::systemLog(candidates.error().description());
-        return tags;
-    }
-    for (const platform::RegularExpressionMatch& match : *candidates) {
-        const Range candidate = match.range();
-        const std::size_t start = candidate.location;
-        if (start == 0 || CharacterSet::whitespaceAndNewline().containsUnit(text[start - 1]))
-            addCandidate(text, candidate, numeric, tags);
+    for (std::size_t start = text.find(kNumberSign); start < text.size();) {
+        const std::size_t end = std::min(platform::findFirstOf(text, spaceSet(), start), text.size());
+        const bool countsHere = start == 0 || CharacterSet::whitespaceAndNewline().containsUnit(text[start - 1]);
+        if (countsHere && end - start > 1) addCandidate(text, {start, end - start}, numeric, tags);
+        start = text.find(kNumberSign, end);
     }
     return tags;
 }

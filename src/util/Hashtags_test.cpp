@@ -3,7 +3,11 @@
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 
+#include <algorithm>
+
 #include "platform/base/UTF16.h"
+#include "platform/foundation/CharacterSet.h"
+#include "platform/foundation/RegularExpression.h"
 
 namespace quillet {
 namespace {
@@ -116,6 +120,26 @@ TEST(Hashtags, PiecesAgreeWithThePlainArithmetic) {
         const auto tail = *rc::gen::container<std::u16string>(rc::gen::element<char16_t>(u' ', u'x'));
         const std::u16string text = tail.empty() ? candidate : candidate + u' ' + tail;
         RC_ASSERT(tagNamesAndRangesFromHashtags(text, NumericHashtags::ignored) == plainTags(candidate, text));
+    });
+}
+
+TEST(Hashtags, CandidatesAreWhatThePatternMatches) {
+    const auto pattern = platform::RegularExpression::withPattern(u"#\\S+");
+    rc::check([&] {
+        const auto text = *rc::gen::container<std::u16string>(rc::gen::element<char16_t>(
+            u'#', u'a', u' ', u'\t', u'\v', u'\f', 0x85, 0xA0, 0x200B, 0x2028, 0x3000, 0xD800, 0xDC00));
+        std::vector<std::size_t> expected;
+        const auto candidates = pattern->matches(text);
+        for (const auto& match : *candidates) {
+            const std::size_t start = match.range().location;
+            const bool counts =
+                start == 0 || platform::CharacterSet::whitespaceAndNewline().containsUnit(text[start - 1]);
+            if (counts && text[start + 1] == u'a') expected.push_back(start);
+        }
+        std::vector<std::size_t> starts; // of first pieces: those whose range begins at a number sign
+        for (const platform::Range& range : tagNamesAndRangesFromHashtags(text, NumericHashtags::ignored).ranges)
+            if (std::ranges::find(expected, range.location) != expected.end()) starts.push_back(range.location);
+        RC_ASSERT(std::ranges::includes(starts, expected));
     });
 }
 
