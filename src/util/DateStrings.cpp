@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "platform/defaults/UserDefaults.h"
 #include "platform/foundation/Environment.h"
 #include "platform/foundation/StringFormat.h"
 #include "platform/foundation/StringTable.h"
@@ -54,6 +55,13 @@ platform::Dictionary defaultDateFormatPreferences() {
             {std::string(QLTTextTimeFormatStyleKey), static_cast<std::int64_t>(kDefaultTimeStyle)}};
 }
 
+DateFormatPreferences storedDateFormatPreferences() {
+    const platform::UserDefaults& defaults = platform::UserDefaults::standard();
+    return {static_cast<DateFormatterStyle>(defaults.integerForKey(QLTTextDateFormatStyleKey)),
+            static_cast<DateFormatterStyle>(defaults.integerForKey(QLTTextTimeFormatStyleKey)),
+            defaults.boolForKey(QLTUseISODateFormatsKey)};
+}
+
 std::u16string dateAndTimeStringForDateStyle(DateFormatterStyle dateStyle, DateFormatterStyle timeStyle) {
     return platform::localizedDateAndTime(now(), dateStyle, timeStyle);
 }
@@ -77,6 +85,18 @@ std::u16string timeStringForTextView(const DateFormatPreferences& preferences) {
     if (preferences.useISODateFormats) return platform::isoLocalTime(now());
     const bool stored = preferences.timeStyle != DateFormatterStyle::none;
     return dateAndTimeStringForDateStyle(DateFormatterStyle::none, stored ? preferences.timeStyle : kDefaultTimeStyle);
+}
+
+std::u16string dateAndTimeStringForTextView() {
+    return dateAndTimeStringForTextView(storedDateFormatPreferences());
+}
+
+std::u16string dateStringForTextView() {
+    return dateStringForTextView(storedDateFormatPreferences());
+}
+
+std::u16string timeStringForTextView() {
+    return timeStringForTextView(storedDateFormatPreferences());
 }
 
 std::u16string stringForTimeInterval(double seconds) {

@@ -20,6 +20,9 @@ struct DateFormatPreferences {
     bool useISODateFormats = false;
 };
 
+// From the standard user defaults. Styles that no formatter knows count as none.
+DateFormatPreferences storedDateFormatPreferences();
+
 // The two styles that are taken where none is stored, under their keys; for registration as defaults.
 platform::Dictionary defaultDateFormatPreferences();
 
@@ -35,6 +38,11 @@ std::u16string dateAndTimeStringInISOFormat();
 std::u16string dateAndTimeStringForTextView(const DateFormatPreferences& preferences);
 std::u16string dateStringForTextView(const DateFormatPreferences& preferences);
 std::u16string timeStringForTextView(const DateFormatPreferences& preferences);
+
+// The same with the stored preferences.
+std::u16string dateAndTimeStringForTextView();
+std::u16string dateStringForTextView();
+std::u16string timeStringForTextView();
 
 // What is left, in the largest unit of which there is one at least, rounded down; below a minute, seconds rounded up.
 // In the environment's language, where a translation is. Seconds that no integer holds give the nearest one.

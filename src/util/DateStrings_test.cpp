@@ -4,7 +4,9 @@
 
 #include <limits>
 
+#include "platform/defaults/UserDefaults.h"
 #include "platform/foundation/Environment.h"
+#include "tests/support/ScratchDirectory.h"
 
 namespace quillet {
 namespace {
@@ -38,6 +40,22 @@ TEST_F(DateStrings, StoredStylesAreTakenAsTheyAreOrFallBack) {
         EXPECT_EQ(dateStringForTextView(row.preferences), row.date);
         EXPECT_EQ(timeStringForTextView(row.preferences), row.time);
     }
+}
+
+TEST_F(DateStrings, PreferencesComeFromTheUserDefaults) {
+    const tests::ScratchDirectory scratch;
+    environment_->preferencesDirectory = scratch.path().string();
+    auto& defaults = platform::UserDefaults::standard();
+    EXPECT_EQ(dateAndTimeStringForTextView(), u"");
+    EXPECT_EQ(dateStringForTextView(), u"01.05.2024");
+    EXPECT_EQ(timeStringForTextView(), u"09:15");
+    ASSERT_TRUE(defaults.setObject(QLTTextDateFormatStyleKey, 3));
+    ASSERT_TRUE(defaults.setObject(QLTTextTimeFormatStyleKey, 99));
+    EXPECT_EQ(dateAndTimeStringForTextView(), u"1. Mai 2024");
+    EXPECT_EQ(dateStringForTextView(), u"1. Mai 2024");
+    ASSERT_TRUE(defaults.setObject(QLTUseISODateFormatsKey, true));
+    EXPECT_EQ(dateAndTimeStringForTextView(), u"2024-05-01T09:15:02");
+    EXPECT_EQ(timeStringForTextView(), u"09:15:02");
 }
 
 TEST_F(DateStrings, DefaultsAreMediumDatesAndShortTimes) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "platform/defaults/UserDefaults.h"
 #include "platform/foundation/CharacterSet.h"
 
 namespace quillet {
@@ -85,6 +86,11 @@ void addCandidate(std::u16string_view text, Range candidate, NumericHashtags num
     }
 }
 
+NumericHashtags storedPreference() {
+    const bool allowed = platform::UserDefaults::standard().boolForKey(QLTAllowNumericHashtagsKey);
+    return allowed ? NumericHashtags::allowed : NumericHashtags::ignored;
+}
+
 // What the pattern "#\S+" takes for a space: the separators of Unicode and four controls.
 const CharacterSet& spaceSet() {
     static const CharacterSet set = CharacterSet::whitespace()
@@ -111,6 +117,14 @@ TagNamesAndRanges tagNamesAndRangesFromHashtags(std::u16string_view text, Numeri
 std::set<std::u16string> uniqueTagNamesFromHashtags(std::u16string_view text, NumericHashtags numeric) {
     std::vector<std::u16string> names = tagNamesAndRangesFromHashtags(text, numeric).names;
     return {std::make_move_iterator(names.begin()), std::make_move_iterator(names.end())};
+}
+
+TagNamesAndRanges tagNamesAndRangesFromHashtags(std::u16string_view text) {
+    return tagNamesAndRangesFromHashtags(text, storedPreference());
+}
+
+std::set<std::u16string> uniqueTagNamesFromHashtags(std::u16string_view text) {
+    return uniqueTagNamesFromHashtags(text, storedPreference());
 }
 
 } // namespace quillet

@@ -19,11 +19,18 @@ struct TagNamesAndRanges {
     friend bool operator==(const TagNamesAndRanges&, const TagNamesAndRanges&) = default;
 };
 
+// Preference, a boolean: whether a hashtag made of digits only counts.
+inline constexpr std::string_view QLTAllowNumericHashtagsKey = "QLTAllowNumericHashtags";
+
 enum class NumericHashtags { ignored, allowed };
 
 // Linear in the text.
 // @sel tagNamesAndRangesFromHashtags:
 TagNamesAndRanges tagNamesAndRangesFromHashtags(std::u16string_view text, NumericHashtags numeric);
 std::set<std::u16string> uniqueTagNamesFromHashtags(std::u16string_view text, NumericHashtags numeric);
+
+// The same by the preference in the standard user defaults.
+TagNamesAndRanges tagNamesAndRangesFromHashtags(std::u16string_view text);
+std::set<std::u16string> uniqueTagNamesFromHashtags(std::u16string_view text);
 
 } // namespace quillet

@@ -6,8 +6,11 @@
 #include <algorithm>
 
 #include "platform/base/UTF16.h"
+#include "platform/defaults/UserDefaults.h"
 #include "platform/foundation/CharacterSet.h"
+#include "platform/foundation/Environment.h"
 #include "platform/foundation/RegularExpression.h"
+#include "tests/support/ScratchDirectory.h"
 
 namespace quillet {
 namespace {
@@ -66,6 +69,15 @@ TEST(Hashtags, NumbersAreTagsOnlyWhenAllowed) {
                 {u"#20_24", {{u"20 24"}, {{0, 6}}}}});
     expectTags({{u"#2024", {{u"2024"}, {{0, 5}}}}, {u"#!", {}}, {u"#1#2 x", {{u"1", u"2"}, {{0, 2}, {3, 2}}}}},
                NumericHashtags::allowed);
+}
+
+TEST(Hashtags, PreferenceAllowsNumbers) {
+    const tests::ScratchDirectory scratch;
+    platform::ScopedEnvironment environment;
+    environment->preferencesDirectory = scratch.path().string();
+    EXPECT_TRUE(uniqueTagNamesFromHashtags(u"#2024").empty());
+    ASSERT_TRUE(platform::UserDefaults::standard().setObject(QLTAllowNumericHashtagsKey, true));
+    EXPECT_EQ(tagNamesAndRangesFromHashtags(u"#2024").names, std::vector<std::u16string>{u"2024"});
 }
 
 TEST(Hashtags, PiecesKeepTheirPlaces) {
