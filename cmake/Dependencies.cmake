@@ -1,7 +1,6 @@
 # The libraries underneath, each named once. Only directories under src/platform link them (fmt excepted).
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
-find_package(Intl REQUIRED)
 pkg_check_modules(libxml2 REQUIRED IMPORTED_TARGET libxml-2.0)
 pkg_check_modules(icu REQUIRED IMPORTED_TARGET icu-i18n icu-uc)
 pkg_check_modules(crypto REQUIRED IMPORTED_TARGET libcrypto)
