@@ -52,7 +52,7 @@ Result<> readXML(std::string_view xml, XMLTreeBuilder& builder) {
     XMLParser parser(InputStream::inputStreamWithBytes(xml));
     parser.setDelegate(&delegate);
     parser.setDeliversPieces(true);
-    parser.setIgnoresDeclaredEncoding(true);
+    parser.ignoreDeclaredEncoding();
     if (!parser.parse()) return failure(*parser.parserError());
     return {};
 }

@@ -61,7 +61,6 @@ struct XMLParser::Machine {
     std::deque<std::string> joinedNames; // what the views of one tag point into
     std::size_t depth = 0;
     bool deliversPieces = false;
-    bool ignoresDeclaredEncoding = false;
     bool aborted = false;
     std::optional<Error> error;
 
@@ -186,7 +185,7 @@ struct XMLParser::Machine {
                         problem.line, problem.int2);
     }
 
-    bool makeContext();
+    void makeContext();
     void feed(std::string_view bytes, bool last);
     // After each call of libxml2: tells the delegate of what ended the parse. False when the parse is over.
     bool goOn();
@@ -237,15 +236,11 @@ xmlSAXHandler XMLParser::Machine::handlers() {
     return table;
 }
 
-bool XMLParser::Machine::makeContext() {
+void XMLParser::Machine::makeContext() {
     xmlSAXHandler table = handlers();
     context = xmlCreatePushParserCtxt(&table, this, nullptr, 0, nullptr);
-    if (!context) return false;
     // NOENT only keeps "&amp;" in attribute values from being left half-written: there are no other entities.
-    int options = XML_PARSE_HUGE | XML_PARSE_NONET | XML_PARSE_NOENT;
-    if (ignoresDeclaredEncoding) options |= XML_PARSE_IGNORE_ENC;
-    xmlCtxtUseOptions(context, options);
-    return true;
+    if (context) xmlCtxtUseOptions(context, XML_PARSE_HUGE | XML_PARSE_NONET | XML_PARSE_NOENT);
 }
 
 void XMLParser::Machine::feed(std::string_view bytes, bool last) {
@@ -284,7 +279,9 @@ bool XMLParser::Machine::readAll() {
 }
 
 XMLParser::XMLParser(std::unique_ptr<InputStream> stream)
-    : machine_(std::make_unique<Machine>(*this, std::move(stream))) {}
+    : machine_(std::make_unique<Machine>(*this, std::move(stream))) {
+    machine_->makeContext();
+}
 
 XMLParser::~XMLParser() = default;
 
@@ -296,12 +293,12 @@ void XMLParser::setProgressHandler(std::function<void(std::uint64_t)> handler) {
     machine_->progress = std::move(handler);
 }
 
+bool XMLParser::isReady() const {
+    return machine_->context != nullptr;
+}
+
 bool XMLParser::parse() {
     Machine& machine = *machine_;
-    if (!machine.makeContext()) {
-        machine.fail(XML_ERR_NO_MEMORY, "out of memory");
-        return machine.goOn();
-    }
     if (!machine.readAll()) return false;
     machine.aborted = true; // nothing comes after the end, whatever the delegate asks for there
     machine.delegate->parserDidEndDocument(*this);
@@ -318,8 +315,8 @@ void XMLParser::setDeliversPieces(bool pieces) {
     machine_->deliversPieces = pieces;
 }
 
-void XMLParser::setIgnoresDeclaredEncoding(bool ignores) {
-    machine_->ignoresDeclaredEncoding = ignores;
+void XMLParser::ignoreDeclaredEncoding() {
+    xmlCtxtUseOptions(machine_->context, machine_->context->options | XML_PARSE_IGNORE_ENC);
 }
 
 std::int64_t XMLParser::lineNumber() const {

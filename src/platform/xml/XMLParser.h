@@ -75,6 +75,9 @@ class XMLParser {
     XMLParser(const XMLParser&) = delete;
     XMLParser& operator=(const XMLParser&) = delete;
 
+    // False when there was no memory for a parser; it must not be used then.
+    bool isReady() const;
+
     void setDelegate(XMLParserDelegate* delegate); // must outlive the parse
     // Called after each piece of the stream with the number of bytes read so far.
     void setProgressHandler(std::function<void(std::uint64_t)> handler);
@@ -92,7 +95,7 @@ class XMLParser {
     void setDeliversPieces(bool pieces);
 
     // From now on reads the bytes as UTF-8, whatever the document declares. To be called before parse.
-    void setIgnoresDeclaredEncoding(bool ignores);
+    void ignoreDeclaredEncoding();
 
     // Line and column of what is being read, both from 1.
     std::int64_t lineNumber() const;
