@@ -1,0 +1,535 @@
+// Reading an export: what reaches the records, the log, the blocks, in which order, whatever the size of the pieces.
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <fmt/core.h>
+#include <gtest/gtest.h>
+
+#include "enex/EvernoteXMLParseOperation.h"
+#include "platform/base/SystemLog.h"
+#include "platform/base/UTF16.h"
+#include "platform/foundation/Environment.h"
+#include "tests/support/ScratchDirectory.h"
+
+namespace quillet {
+namespace {
+
+using platform::Date;
+using platform::Error;
+using platform::Result;
+using platform::URL;
+
+std::string iso(const std::optional<Date>& date) {
+    return date ? date->iso8601() : "-";
+}
+
+// One note as a line a field, resources with their bytes.
+std::string dump(EvernoteXMLItem& item) {
+    std::string text = fmt::format("title '{}'\ncontent '{}'\ncreated {} updated {}\nsource '{}' url '{}'\n",
+                                   platform::utf8FromUTF16(item.title), item.contentData, iso(item.created),
+                                   iso(item.updated), item.noteAttributes.source, item.noteAttributes.sourceURL);
+    for (const auto& tag : item.tags) text += fmt::format("tag '{}'\n", platform::utf8FromUTF16(tag));
+    for (auto& resource : item.resources) {
+        const auto data = resource.getContentData();
+        text += fmt::format("resource '{}' {}x{} '{}' {} data {}\n", resource.mime, resource.width, resource.height,
+                            platform::utf8FromUTF16(resource.attributes.filename), iso(resource.attributes.timestamp),
+                            data ? std::string(data->bytes()) : data.error().localizedDescription());
+    }
+    return text;
+}
+
+// Runs one import of a text and writes down what it did.
+class Import {
+  public:
+    Import() {
+        environment_->timeZoneName = "UTC";
+        environment_->localeIdentifier = "en_US";
+        environment_->now = [] { return Date::fromUnixTime(0); };
+        saved_ = platform::setSystemLogSink([this](std::string_view entry) { systemLog.emplace_back(entry); });
+    }
+    ~Import() { platform::setSystemLogSink(saved_); }
+    Import(const Import&) = delete;
+    Import& operator=(const Import&) = delete;
+
+    std::string notes;               // dumps
+    std::vector<std::string> blocks; // "entry", "error CODE NAME" and "end" or "end DOMAIN CODE"
+    std::vector<std::string> systemLog;
+    std::string log;
+    bool debug = false;
+    bool asNotes = false;
+    std::size_t pieceSize = platform::InputStream::kPieceSize;
+    std::function<Result<std::optional<ItemEntry>>(EvernoteXMLItem&)> convert;
+    std::function<void(EvernoteXMLParseOperation&)> prepare;
+
+    Import& run(std::string_view enex) {
+        tests::writeFile(scratch_ / "Export.enex", enex);
+        return runFile((scratch_ / "Export.enex").string());
+    }
+
+    Import& runFile(const std::string& path) {
+        const auto logPath = scratch_ / "Export.log";
+        std::filesystem::remove(logPath);
+        auto stream = std::make_shared<OutputStream>(logPath.string());
+        stream->open();
+        const auto operation = EvernoteXMLParseOperation::evernoteParseOperationForFileAtURL(
+            URL::fileURLWithPath(path), URL::fileURLWithPath(scratch_.path().string(), true));
+        operation->setLogStream(stream);
+        operation->setDebugMode(debug);
+        operation->setSaveWebClippingsAsNotes(asNotes);
+        operation->setPieceSize(pieceSize);
+        operation->getItemDict = [this](EvernoteXMLItem& item) -> Result<std::optional<ItemEntry>> {
+            notes += dump(item);
+            if (convert) return convert(item);
+            return ItemEntry{{"name", platform::Value(item.title)}};
+        };
+        operation->parseOperationDidExportItemBlock = [this](const Result<ItemEntry>& entry) {
+            blocks.push_back(entry ? "entry" : lineForError("error", entry.error()));
+        };
+        operation->parseOperationCompletionBlock = [this](const std::optional<Error>& error) {
+            blocks.push_back(error ? lineForError("end", *error) : "end");
+            if (error) endError = *error;
+        };
+        if (prepare) prepare(*operation);
+        operation->start();
+        EXPECT_TRUE(operation->isFinished());
+        EXPECT_FALSE(operation->isExecuting());
+        log = tests::readFile(logPath);
+        return *this;
+    }
+
+    // The log's texts without their dates.
+    std::string logTexts() const {
+        std::string texts;
+        constexpr std::string_view kDate = "1970-01-01 00:00:00 +0000 ";
+        for (std::size_t at = 0; at < log.size();) {
+            const auto end = log.find('\n', at);
+            const auto line = std::string_view(log).substr(at, end - at);
+            texts.append(line.starts_with(kDate) ? line.substr(kDate.size()) : line).append("\n");
+            at = end + 1;
+        }
+        return texts;
+    }
+
+    std::size_t ends() const {
+        return static_cast<std::size_t>(
+            std::ranges::count_if(blocks, [](const auto& block) { return block.starts_with("end"); }));
+    }
+
+    std::optional<Error> endError;
+
+  private:
+    static std::string lineForError(std::string_view kind, const Error& error) {
+        const auto* name = platform::find(error.userInfo, kNoteNameKey);
+        return fmt::format("{} {} {}{}", kind, error.domain, error.code, name ? " '" + name->utf8() + "'" : "");
+    }
+
+    platform::ScopedEnvironment environment_;
+    platform::SystemLogSink saved_;
+    tests::ScratchDirectory scratch_;
+};
+
+std::string exported(std::string_view notes) {
+    return fmt::format("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                       "<!DOCTYPE en-export SYSTEM \"http://xml.evernote.com/pub/evernote-export4.dtd\">\n"
+                       "<en-export export-date=\"20240501T091502Z\" application=\"Evernote\" version=\"10.88.4\">"
+                       "{}</en-export>\n",
+                       notes);
+}
+
+constexpr std::string_view kFullNote =
+    "<note><title>Größe &amp; Maß</title><content><![CDATA[<en-note>a]]><![CDATA[b</en-note>]]></content>"
+    "<created>20240501T091502Z</created><updated> 20240502T101112 pmZ\n</updated>"
+    "<tag> one </tag><tag>two</tag><tag>  </tag>"
+    "<note-attributes><author>x</author><source>web.clip7</source><source-url> https://a.b/?c=d&amp;e=f "
+    "</source-url></note-attributes>"
+    "<resource><data encoding=\"base64\">\nYWJj\nZGVm\n</data><mime> image/png </mime><width>640</width>"
+    "<height>480.5</height><duration>3</duration><recognition><![CDATA[<recoIndex/>]]></recognition>"
+    "<resource-attributes><source-url>u</source-url><timestamp>20240503T000000Z</timestamp>"
+    "<file-name>a b.png</file-name></resource-attributes></resource></note>";
+
+constexpr std::string_view kFullNoteDump =
+    "title 'Größe & Maß'\ncontent '<en-note>ab</en-note>'\ncreated 2024-05-01T09:15:02Z updated -\n"
+    "source 'web.clip7' url 'https://a.b/?c=d&e=f'\ntag 'one'\ntag 'two'\ntag ''\n"
+    "resource 'image/png' 640x480.5 'a b.png' 2024-05-03T00:00:00Z data abcdef\n";
+
+// As exports have it, a blank in front of the marker makes the stamp one of the odd kind only at the very end.
+std::string noteWith(std::string_view markup) {
+    return exported(fmt::format("<note><title>T</title>{}</note>", markup));
+}
+
+TEST(EvernoteXMLParseOperation, FillsEveryField) {
+    Import import;
+    import.run(exported(kFullNote));
+    EXPECT_EQ(import.notes, kFullNoteDump);
+    EXPECT_EQ(import.blocks, (std::vector<std::string>{"entry", "end"}));
+    EXPECT_EQ(import.logTexts(), "ENEX file created by: 10.88.4\nConverting \"Größe & Maß\"\n"
+                                 "Finish parsing ENEX file.\n");
+}
+
+TEST(EvernoteXMLParseOperation, ReadsTheSameWhateverThePieces) {
+    for (const bool debug : {false, true}) {
+        Import whole;
+        whole.debug = debug;
+        whole.run(exported(kFullNote));
+        for (const std::size_t size : {1U, 7U, 300U, 65536U}) {
+            Import pieces;
+            pieces.debug = debug;
+            pieces.pieceSize = size;
+            pieces.run(exported(kFullNote));
+            EXPECT_EQ(pieces.notes, whole.notes) << size;
+            EXPECT_EQ(pieces.blocks, whole.blocks) << size;
+            EXPECT_EQ(pieces.log, whole.log) << size;
+        }
+    }
+}
+
+struct Case {
+    std::string_view markup, expected; // a part of the note's dump
+};
+
+TEST(EvernoteXMLParseOperation, KeepsEachRuleOfItsStates) {
+    const Case cases[] = {
+        // Text behind an end tag still counts for the element that has ended.
+        {"\n  ", "title 'T\n  '\n"},
+        {"<title>U</title>", "title 'TU'\n"},
+        {"<task><title>U</title><created>20240501T091502Z</created></task>", "title 'TU'\n"},
+        {"<task><title>U</title><created>20240501T091502Z</created></task>", "created 2024-05-01T09:15:02Z"},
+        {"<resource><width>640</width>\n<height>480</height>\n<mime>a</mime></resource>", "'a' 0x0"},
+        {"<resource><width>640</width><height>480</height></resource>", "'' 640x480"},
+        {"<resource><width> 640px </width><height>none</height></resource>", "640x0"},
+        {"<resource><width>inf</width><height>-2.5e1</height></resource>", "0x-25"},
+        {"<resource><resource-attributes><file-name> a </file-name>\n</resource-attributes></resource>", "' a \n'"},
+        {"<resource><data>YWJj</data>\n<mime>x/y</mime></resource>", "data abc"},
+        // The body comes from sections alone.
+        {"<content>&lt;en-note/&gt;</content>", "content ''"},
+        {"<content> <![CDATA[a]]> x <![CDATA[b]]></content>", "content 'ab'"},
+        {"<other><![CDATA[a]]></other>", "content ''"},
+        // Dates.
+        {"<created>20240501T091502Z</created>", "created 2024-05-01T09:15:02Z"},
+        {"<created>\n 20240501T091502Z \n</created>", "created 2024-05-01T09:15:02Z"},
+        {"<created>20240501T091502 pmZ</created>", "created 2024-05-01T09:15:02Z"},
+        {"<created>20240501T091502 amZ</created>", "created 2024-05-01T09:15:02Z"},
+        {"<created>20240501T251502Z</created>", "created -"},
+        {"<created>yesterday</created>", "created -"},
+        {"<created>20240501T091502Z</created><created>x</created>", "created -"},
+        {"<updated>20240501T091502Z</updated>\n", "updated 2024-05-01T09:15:02Z"},
+        {"<created>2024<!-- c -->0501T091502Z</created>", "created 2024-05-01T09:15:02Z"},
+        // Tags.
+        {"<tag>\n</tag>", "tag ''\n"},
+        {"<tag> a b </tag>\n ", "tag 'a b'\n"},
+        // Attributes.
+        {"<note-attributes><source>a</source>\n<source> b </source></note-attributes>", "source 'ab'"},
+        {"<note-attributes><source-url>u</source-url><x>y</x></note-attributes>", "url 'u'"},
+        {"<note-attributes><title>x</title></note-attributes>", "title 'T'\n"},
+        {"<source-url>u</source-url>", "url ''"},
+        // Resources.
+        {"<resource><data>YWJj</data><recognition>x</recognition></resource>", "data abc"},
+        {"<resource><data encoding=''>YWJj</data></resource>", "data abc"},
+        {"<resource><data/></resource>", "data No content data for resource."},
+        {"<resource><data>YWJ</data></resource>", "data Invalid content data for resource."},
+        {"<resource><mime>image/</mime><mime> png</mime></resource>", "'image/png'"},
+        {"<resource><mime>no such/type</mime></resource>", "'no such/type'"},
+        {"<resource><unknown/><mime>a/b</mime></resource>", "'a/b'"},
+        {"<resource><mime>a/b</mime><unknown>c</unknown></resource>", "'a/bc'"},
+        {"<resource><resource-attributes><file-name>f</file-name><camera>c</camera></resource-attributes></resource>",
+         "'f'"},
+        // The second row's name is not inside resource-attributes, yet the state is.
+        {"<resource><resource-attributes><x/></resource-attributes><file-name>g</file-name></resource>", "'g'"},
+        {"<NOTE/><Title>x</Title>", "title 'T'\n"},
+    };
+    for (const auto& row : cases) {
+        Import import;
+        import.run(noteWith(row.markup));
+        EXPECT_NE(import.notes.find(row.expected), std::string::npos) << row.markup << "\n" << import.notes;
+        EXPECT_EQ(import.blocks, (std::vector<std::string>{"entry", "end"})) << row.markup;
+    }
+}
+
+TEST(EvernoteXMLParseOperation, TakesBase64InLinesOfAnyLength) {
+    const std::string bytes(1000, 'q');
+    std::string encoded;
+    for (int i = 0; i < 333; ++i) encoded += "cXFx";
+    encoded += "cQ==";
+    for (const std::size_t width : {76U, 80U, 120U, 256U, 100'000U}) {
+        std::string lines;
+        for (std::size_t at = 0; at < encoded.size(); at += width) lines += encoded.substr(at, width) + "\r\n \t";
+        for (const std::size_t size : {7U, 65536U}) {
+            Import import;
+            import.pieceSize = size;
+            import.run(noteWith("<resource><data encoding=\"base64\">" + lines + "</data></resource>"));
+            EXPECT_NE(import.notes.find("data " + bytes + "\n"), std::string::npos) << width;
+        }
+    }
+}
+
+TEST(EvernoteXMLParseOperation, NamesTheProgramThatWroteTheFile) {
+    const char* versions[] = {"10.88.4",
+                              "10.8.5",
+                              "10.0.6",
+                              "Evernote Mac 7.14 (458265)",
+                              "Evernote Mac",
+                              "Evernote/Windows",
+                              "6.25.1.9091",
+                              "5.1",
+                              "4.6.7",
+                              "Evernote Windows 6.x",
+                              "5.x",
+                              "iOS 10.4",
+                              "Yinxiang 6.19",
+                              "3.5",
+                              "NixNote",
+                              "2.1.4",
+                              "",
+                              "Evernote Android 8"};
+    for (const auto* version : versions) {
+        Import import;
+        import.run(fmt::format("<en-export version='{}'/>", version));
+        EXPECT_EQ(import.logTexts(), fmt::format("ENEX file created by: {}\nFinish parsing ENEX file.\n", version));
+    }
+    Import absent;
+    absent.run("<en-export/>");
+    EXPECT_EQ(absent.logTexts(), "ENEX file created by: (null)\nFinish parsing ENEX file.\n");
+    Import twice;
+    twice.run("<en-export version='1'><en-export version='2'/></en-export>");
+    EXPECT_EQ(twice.logTexts(), "ENEX file created by: 1\nENEX file created by: 2\nFinish parsing ENEX file.\n");
+}
+
+TEST(EvernoteXMLParseOperation, LogsEachEventInDebugMode) {
+    Import import;
+    import.debug = true;
+    import.run("<note><title>a &amp; b</title><content><![CDATA[x]]></content></note>");
+    EXPECT_EQ(import.logTexts(), "parser:didStartElement: note\nparser:didStartElement: title\n"
+                                 "parser:foundCharacters:\nparser:didEndElement: title\n"
+                                 "parser:didStartElement: content\nparser:foundCDATA:\n"
+                                 "parser:didEndElement: content\nparser:didEndElement: note\n"
+                                 "Converting \"a & b\"\nFinish parsing ENEX file.\n");
+}
+
+TEST(EvernoteXMLParseOperation, PassesTheDirectoryAndTheOptionToEachNote) {
+    Import import;
+    import.asNotes = true;
+    int notes = 0;
+    import.convert = [&](EvernoteXMLItem& item) -> Result<std::optional<ItemEntry>> {
+        EXPECT_TRUE(item.saveWebClippingsAsNotes);
+        EXPECT_TRUE(item.directoryURL.isFileURL());
+        EXPECT_EQ(item.identifier.size(), 36U);
+        ++notes;
+        return ItemEntry{};
+    };
+    std::string many;
+    for (int i = 0; i < 100; ++i) many += kFullNote;
+    import.run(exported(many));
+    EXPECT_EQ(notes, 100);
+    EXPECT_EQ(import.blocks.size(), 101U);
+}
+
+TEST(EvernoteXMLParseOperation, ReportsANoteThatFailsAndGoesOn) {
+    Import import;
+    int call = 0;
+    import.convert = [&](EvernoteXMLItem&) -> Result<std::optional<ItemEntry>> {
+        switch (call++) {
+        case 0:
+            return platform::failure(Error("domain", 7));
+        case 1:
+            return std::nullopt;
+        case 2:
+            throw std::runtime_error("broken");
+        default:
+            return ItemEntry{};
+        }
+    };
+    import.run("<x><note><title>a</title></note><note><title>b</title></note><note><title>c</title></note>"
+               "<note><title>d</title></note></x>");
+    EXPECT_EQ(import.blocks,
+              (std::vector<std::string>{"error domain 7 'a'", "error EvernoteXMLParseOperationErrorDomain 1005 'b'",
+                                        "error EvernoteXMLParseOperationErrorDomain 1004 'c'", "entry", "end"}));
+    EXPECT_EQ(import.logTexts(), "Converting \"a\"\nSkipping \"a\"\nConverting \"b\"\nSkipping \"b\"\n"
+                                 "Converting \"c\"\nSkipping \"c\"\nConverting \"d\"\nFinish parsing ENEX file.\n");
+}
+
+TEST(EvernoteXMLParseOperation, TakesANoteInsideANoteForItsEnd) {
+    Import import;
+    import.run("<x><note><title>a</title><note/></note></x>");
+    EXPECT_EQ(import.blocks,
+              (std::vector<std::string>{"entry", "error EvernoteXMLParseOperationErrorDomain 1005", "end"}));
+    EXPECT_EQ(import.logTexts(), "Converting \"a\"\nConverting \"(null)\"\nSkipping \"(null)\"\n"
+                                 "Finish parsing ENEX file.\n");
+}
+
+TEST(EvernoteXMLParseOperation, EndsWithOneErrorForTheFile) {
+    const struct {
+        std::string_view xml, expected, description;
+    } rows[] = {
+        {"<x><note><title> A\n</title><b></note></x>", "end EvernoteXMLParseOperationErrorDomain 1006",
+         "There is a problem with the note “A”. Try editing the note and exporting a new ENEX file."},
+        {"<x><note><title> </title><b></note></x>", "end NSXMLParserErrorDomain 76", ""},
+        {"<x><note><b></note></x>", "end NSXMLParserErrorDomain 76", ""},
+        {"<x><b></x>", "end NSXMLParserErrorDomain 76", ""},
+        {"", "end NSXMLParserErrorDomain 5", ""},
+        {"<note><title>A</title><resource><data encoding='Base64'>YWJj</data></resource></note>",
+         "end EvernoteXMLParseOperationErrorDomain 1003", "Cannot parse \"Base64\" data."},
+        {"<!DOCTYPE x [<!ENTITY a 'b'>]><x/>", "end NSXMLParserErrorDomain 1", ""},
+    };
+    for (const auto& row : rows) {
+        Import import;
+        import.run(row.xml);
+        EXPECT_EQ(import.blocks, (std::vector<std::string>{std::string(row.expected)})) << row.xml;
+        ASSERT_TRUE(import.endError);
+        const auto description = import.endError->localizedDescription();
+        EXPECT_TRUE(row.description.empty() || row.description == description) << description;
+        EXPECT_EQ(import.logTexts(), "Finish parsing ENEX file with error: " + import.endError->description() + "\n");
+    }
+    Import titled;
+    titled.run(rows[0].xml);
+    ASSERT_NE(titled.endError->underlyingError(), nullptr);
+    EXPECT_EQ(titled.endError->underlyingError()->code, 76);
+}
+
+TEST(EvernoteXMLParseOperation, KeepsTheNotesBeforeAnError) {
+    Import import;
+    import.run("<x><note><title>a</title></note><note><title>b</title><c></note></x>");
+    EXPECT_EQ(import.blocks, (std::vector<std::string>{"entry", "end EvernoteXMLParseOperationErrorDomain 1006"}));
+}
+
+TEST(EvernoteXMLParseOperation, RefusesAFileThatItCannotRead) {
+    tests::ScratchDirectory scratch;
+    for (const auto& path : {(scratch / "none.enex").string(), scratch.path().string()}) {
+        Import import;
+        import.runFile(path);
+        EXPECT_EQ(import.blocks, (std::vector<std::string>{"end EvernoteXMLParseOperationErrorDomain 1001"}));
+        EXPECT_EQ(import.endError->localizedDescription(), "Cannot create input stream.");
+        EXPECT_NE(import.systemLog.front().find(path), std::string::npos);
+    }
+}
+
+TEST(EvernoteXMLParseOperation, HonoursACancelBetweenNotes) {
+    Import import;
+    EvernoteXMLParseOperation* operation = nullptr;
+    import.prepare = [&](EvernoteXMLParseOperation& prepared) { operation = &prepared; };
+    import.convert = [&](EvernoteXMLItem&) -> Result<std::optional<ItemEntry>> {
+        operation->cancel();
+        return ItemEntry{};
+    };
+    import.run("<x><note><title>a</title></note><note><title>b</title></note></x>");
+    EXPECT_EQ(import.blocks, (std::vector<std::string>{"entry", "end NSXMLParserErrorDomain 512"}));
+    EXPECT_TRUE(operation != nullptr);
+}
+
+TEST(EvernoteXMLParseOperation, TellsHowFarItIs) {
+    Import import;
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> steps;
+    import.pieceSize = 10;
+    import.prepare = [&](EvernoteXMLParseOperation& operation) {
+        operation.progressHandler = [&](std::uint64_t read, std::uint64_t size) { steps.emplace_back(read, size); };
+    };
+    import.run("<x>0123456789</x>");
+    EXPECT_EQ(steps, (std::vector<std::pair<std::uint64_t, std::uint64_t>>{{10, 17}, {17, 17}}));
+}
+
+TEST(EvernoteXMLParseOperation, EndsOnceWhereverTheFileBreaksOff) {
+    const std::string whole = exported(std::string(kFullNote) + std::string(kFullNote));
+    Import import;
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        import.blocks.clear();
+        import.run(std::string_view(whole).substr(0, length));
+        EXPECT_EQ(import.ends(), 1U) << length;
+        EXPECT_TRUE(import.blocks.back().starts_with("end")) << length;
+    }
+}
+
+TEST(EvernoteXMLParseOperation, SurvivesHostileFiles) {
+    std::string deep = "<note><title>t</title>";
+    for (int i = 0; i < 1'000'000; ++i) deep += "<a>";
+    std::string wide = "<note><title>t</title><a";
+    for (int i = 0; i < 100'000; ++i) wide += fmt::format(" a{}=''", i);
+    for (const auto& xml : {deep, wide + "/></note>"}) {
+        Import import;
+        import.run(xml);
+        EXPECT_EQ(import.blocks, (std::vector<std::string>{"end EvernoteXMLParseOperationErrorDomain 1006"}));
+    }
+}
+
+// --- Resources -------------------------------------------------------------------------------------------------------
+
+EvernoteXMLResource resourceWith(std::string_view base64) {
+    EvernoteXMLResource resource;
+    resource.appendBase64Data(base64);
+    return resource;
+}
+
+TEST(EvernoteXMLResource, DecodesWhateverStandsBetweenTheCharacters) {
+    const std::pair<std::string_view, std::string_view> rows[] = {
+        {"YWJj", "abc"}, {"\nYW\r\nJj\n", "abc"}, {"Y W\tJ j", "abc"}, {"YQ==", "a"},
+        {"YWI=", "ab"},  {"Y-W_J.j", "abc"},      {"\n", ""},          {"YWJjZGVm", "abcdef"},
+    };
+    for (const auto& [text, bytes] : rows) {
+        auto resource = resourceWith(text);
+        const auto data = resource.getContentData();
+        ASSERT_TRUE(data) << text;
+        EXPECT_EQ(data->bytes(), bytes) << text;
+    }
+}
+
+TEST(EvernoteXMLResource, FailsAgainWithTheSameError) {
+    for (const auto& [text, code] : {std::pair<std::string_view, int>{"", 1001}, {"YWJ", 1002}, {"Y=Jj", 1002}}) {
+        auto resource = resourceWith(text);
+        for (int i = 0; i < 2; ++i) {
+            const auto data = resource.getContentData();
+            ASSERT_FALSE(data) << text;
+            EXPECT_EQ(data.error().domain, EvernoteXMLResourceErrorDomain);
+            EXPECT_EQ(data.error().code, code);
+            EXPECT_FALSE(resource.md5Hash());
+            EXPECT_FALSE(resource.writeToURL(URL::fileURLWithPath("/dev/null/x")));
+            EXPECT_EQ(resource.base64Data(), text);
+        }
+    }
+}
+
+TEST(EvernoteXMLResource, GivesItsTextAsReadUntilItHasBeenDecoded) {
+    auto resource = resourceWith(" YWJj\nZA==\n");
+    EXPECT_EQ(resource.base64Data(), " YWJj\nZA==\n");
+    ASSERT_TRUE(resource.getContentData());
+    EXPECT_EQ(resource.base64Data(), "YWJjZA==");
+    std::string url = "data:image/png;base64,";
+    resource.appendBase64DataTo(url);
+    EXPECT_EQ(url, "data:image/png;base64,YWJjZA==");
+}
+
+TEST(EvernoteXMLResource, HashesItsBytesInLowerCase) {
+    auto resource = resourceWith("YWJj");
+    EXPECT_EQ(resource.md5Hash(), "900150983cd24fb0d6963f7d28e17f72");
+    EXPECT_EQ(resource.md5Hash(), "900150983cd24fb0d6963f7d28e17f72");
+    EXPECT_EQ(resourceWith("\n").md5Hash(), "d41d8cd98f00b204e9800998ecf8427e");
+}
+
+TEST(EvernoteXMLResource, WritesItsBytesOverAFileButNotThroughALink) {
+    tests::ScratchDirectory scratch;
+    auto resource = resourceWith("YWJj");
+    const auto path = scratch / "a.txt";
+    tests::writeFile(path, "longer than before");
+    EXPECT_TRUE(resource.writeToURL(URL::fileURLWithPath(path.string())));
+    EXPECT_EQ(tests::readFile(path), "abc");
+    std::filesystem::create_symlink(scratch / "target", scratch / "link");
+    EXPECT_FALSE(resource.writeToURL(URL::fileURLWithPath((scratch / "link").string())));
+    EXPECT_FALSE(std::filesystem::exists(scratch / "target"));
+    const auto missing = resource.writeToURL(URL::fileURLWithPath((scratch / "no" / "x").string()));
+    ASSERT_FALSE(missing);
+    EXPECT_EQ(missing.error().domain, platform::kCocoaErrorDomain);
+}
+
+TEST(EvernoteXMLItem, StartsEmptyWithAnIdentifierOfItsOwn) {
+    const URL directory = URL::fileURLWithPath("/tmp", true);
+    const EvernoteXMLItem a(directory);
+    const EvernoteXMLItem b(directory);
+    EXPECT_NE(a.identifier, b.identifier);
+    EXPECT_EQ(a.directoryURL, directory);
+    EXPECT_TRUE(a.title.empty() && a.contentData.empty() && a.tags.empty() && a.resources.empty());
+    EXPECT_FALSE(a.created || a.updated || a.intermediateHTMLDirectoryURL || a.saveWebClippingsAsNotes);
+}
+
+} // namespace
+} // namespace quillet
