@@ -1,0 +1,268 @@
+// An attributed string in an archive is its text, its distinct attribute dictionaries, and a table of runs: for each
+// run its length in UTF-16 units and the number of its dictionary, both as base-128 numbers, low bits first. Text of
+// one run has its one dictionary and no table.
+//
+// A table that does not fit its text is mended rather than refused, since the text is what a reader wants: runs beyond
+// the end are cut, text behind the last run goes on with that run's attributes, and a run whose dictionary does not
+// exist has none.
+
+#include <limits>
+#include <unordered_map>
+
+#include "platform/archive/ArchivedFields.h"
+#include "platform/archive/KeyedArchiver.h"
+#include "platform/base/UTF16.h"
+#include "platform/graphics/GraphicsCoding.h"
+#include "platform/text/ArchivableTextClasses.h"
+#include "platform/text/AttributedString.h"
+#include "platform/text/TextAttachment.h"
+#include "platform/text/TextCoding.h"
+
+namespace platform {
+
+namespace {
+
+// Older documents have another name for the attribute of vertical text.
+constexpr std::string_view kOldVerticalGlyphFormName = "NSVerticalGlyphForm";
+
+std::size_t combined(std::size_t seed, std::size_t hash) {
+    return seed ^ (hash + 0x9E3779B97F4A7C15 + (seed << 6) + (seed >> 2));
+}
+
+// Equal values have equal hashes, integers and reals of one value too.
+std::size_t hashOf(const AttributeValue& value) {
+    struct Hash {
+        std::size_t operator()(std::int64_t integer) const { return std::hash<double>()(static_cast<double>(integer)); }
+        std::size_t operator()(double real) const { return real == real ? std::hash<double>()(real) : 0; }
+        std::size_t operator()(const std::u16string& text) const { return std::hash<std::u16string>()(text); }
+        std::size_t operator()(const URL& url) const { return std::hash<std::string>()(url.absoluteString()); }
+        std::size_t operator()(const Font& font) const {
+            return combined(std::hash<std::string>()(font.fontName()), (*this)(font.pointSize()));
+        }
+        std::size_t operator()(const Color& color) const {
+            std::size_t hash = std::hash<std::string>()(color.colorNameComponent());
+            for (const double component : color.components()) hash = combined(hash, (*this)(component));
+            return hash;
+        }
+        std::size_t operator()(const ParagraphStyleReference& style) const {
+            if (!style) return 0;
+            std::size_t hash = static_cast<std::size_t>(style->alignment);
+            for (const double length : {style->headIndent, style->firstLineHeadIndent, style->paragraphSpacing})
+                hash = combined(hash, (*this)(length));
+            for (const auto& list : style->textLists) hash = combined(hash, std::hash<const void*>()(list.get()));
+            for (const auto& block : style->textBlocks) hash = combined(hash, std::hash<const void*>()(block.get()));
+            return hash;
+        }
+        std::size_t operator()(const TextAttachmentReference& attachment) const {
+            return std::hash<const void*>()(attachment.get());
+        }
+        std::size_t operator()(const Shadow& shadow) const { return (*this)(shadow.blurRadius); }
+        std::size_t operator()(const std::vector<std::int64_t>& numbers) const { return numbers.size(); }
+    };
+    return std::visit(Hash(), value);
+}
+
+struct ValueHash {
+    std::size_t operator()(const AttributeValue& value) const { return hashOf(value); }
+};
+struct ValueEqual {
+    bool operator()(const AttributeValue& a, const AttributeValue& b) const {
+        return a.index() == b.index() && equalAttributeValues(a, b);
+    }
+};
+struct SetHash {
+    std::size_t operator()(const AttributeSet* set) const {
+        std::size_t hash = 0;
+        for (const auto& [name, value] : set->entries())
+            hash = combined(combined(hash, std::hash<const void*>()(&name.string())), hashOf(value));
+        return hash;
+    }
+};
+struct SetEqual {
+    bool operator()(const AttributeSet* a, const AttributeSet* b) const { return a == b || *a == *b; }
+};
+
+// Turns attribute sets into dictionaries of objects; equal values become one object.
+class DictionaryMaker {
+  public:
+    ArchivedObject dictionaryFor(const AttributeSet& set) {
+        auto dictionary = std::make_shared<ObjectDictionary>();
+        dictionary->reserve(set.entries().size());
+        for (const auto& [name, value] : set.entries())
+            dictionary->emplace_back(Value(name.string()), objectFor(value));
+        return ArchivedObject(dictionary);
+    }
+
+  private:
+    ArchivedObject objectFor(const AttributeValue& value) {
+        const auto [entry, isNew] = objects_.try_emplace(value);
+        if (isNew) entry->second = std::visit(Make(), value);
+        return entry->second;
+    }
+
+    struct Make {
+        ArchivedObject operator()(std::int64_t integer) const { return Value(integer); }
+        ArchivedObject operator()(double real) const { return Value(real); }
+        ArchivedObject operator()(const std::u16string& text) const { return Value(text); }
+        ArchivedObject operator()(const ParagraphStyleReference& style) const { return style; }
+        ArchivedObject operator()(const TextAttachmentReference& attachment) const { return attachment; }
+        ArchivedObject operator()(const std::vector<std::int64_t>& numbers) const {
+            return std::make_shared<const ObjectArray>(numbers.begin(), numbers.end());
+        }
+        template<class T>
+        ArchivedObject operator()(const T& object) const {
+            return std::make_shared<const T>(object);
+        }
+    };
+
+    std::unordered_map<AttributeValue, ArchivedObject, ValueHash, ValueEqual> objects_;
+};
+
+void appendBase128(std::string& bytes, std::uint64_t number) {
+    for (; number >= 0x80; number >>= 7) bytes += static_cast<char>((number & 0x7F) | 0x80);
+    bytes += static_cast<char>(number);
+}
+
+void encodeAttributedString(KeyedArchiver& archiver, const AttributedString& text) {
+    archiver.encodeObject("NSString", Value(text.string()));
+    if (text.empty()) return;
+    DictionaryMaker maker;
+    if (text.runs().size() == 1) {
+        archiver.encodeObject("NSAttributes", maker.dictionaryFor(*text.runs().front().attributes));
+        return;
+    }
+    std::unordered_map<const AttributeSet*, std::size_t, SetHash, SetEqual> indices;
+    ObjectArray dictionaries;
+    std::string table;
+    std::size_t start = 0;
+    for (const auto& run : text.runs()) {
+        const auto [entry, isNew] = indices.try_emplace(run.attributes.get(), dictionaries.size());
+        if (isNew) dictionaries.push_back(maker.dictionaryFor(*run.attributes));
+        appendBase128(table, run.end - start);
+        appendBase128(table, entry->second);
+        start = run.end;
+    }
+    archiver.encodeArray("NSAttributes", std::move(dictionaries));
+    archiver.encodeObject("NSAttributeInfo", Value(Data(std::move(table))));
+}
+
+std::vector<std::int64_t> numbersFrom(const ObjectArray& objects) {
+    std::vector<std::int64_t> numbers;
+    for (const ArchivedObject& object : objects)
+        if (const auto value = object.as<Value>()) numbers.push_back(value->integerValue());
+    return numbers;
+}
+
+std::optional<AttributeValue> attributeFrom(const Value& value) {
+    if (const auto* text = value.as<std::u16string>()) return *text;
+    if (const auto* real = value.as<double>()) return *real;
+    if (const auto* integer = value.as<std::int64_t>()) return *integer;
+    if (const auto* boolean = value.as<bool>()) return std::int64_t{*boolean};
+    return std::nullopt;
+}
+
+// Nothing for an object of a class that is no attribute value here.
+std::optional<AttributeValue> attributeFrom(const ArchivedObject& object) {
+    if (const auto value = object.as<Value>()) return attributeFrom(*value);
+    if (const auto font = object.as<Font>()) return *font;
+    if (const auto color = object.as<Color>()) return *color;
+    if (auto style = object.as<ParagraphStyle>()) return style;
+    if (const auto url = object.as<URL>()) return *url;
+    if (auto attachment = object.asMutable<TextAttachment>()) return attachment;
+    if (const auto shadow = object.as<Shadow>()) return *shadow;
+    if (const auto array = object.as<ObjectArray>()) return numbersFrom(*array);
+    return std::nullopt;
+}
+
+AttributeSet::Reference setFrom(const ObjectDictionary& dictionary) {
+    std::vector<AttributeSet::Entry> entries;
+    entries.reserve(dictionary.size());
+    for (const auto& [key, object] : dictionary) {
+        const auto name = key.as<Value>();
+        if (!name || !name->as<std::u16string>()) continue;
+        const std::string spelling = name->utf8();
+        auto value = attributeFrom(object);
+        if (!value) continue;
+        entries.emplace_back(spelling == kOldVerticalGlyphFormName ? kVerticalGlyphFormAttributeName
+                                                                   : AttributeName(spelling),
+                             *std::move(value));
+    }
+    return std::make_shared<const AttributeSet>(std::move(entries));
+}
+
+// The numbers of a run table, one after the other; nothing behind the last whole one.
+class RunTableReader {
+  public:
+    explicit RunTableReader(std::string_view bytes) : bytes_(bytes) {}
+
+    std::optional<std::uint64_t> next() {
+        std::uint64_t number = 0;
+        for (unsigned shift = 0; position_ < bytes_.size() && shift < 64; shift += 7) {
+            const auto byte = static_cast<std::uint8_t>(bytes_[position_++]);
+            number |= std::uint64_t{byte & 0x7Fu} << shift;
+            if (byte < 0x80) return number;
+        }
+        return std::nullopt;
+    }
+
+  private:
+    std::string_view bytes_;
+    std::size_t position_ = 0;
+};
+
+AttributedString textFrom(std::u16string_view text, const std::vector<AttributeSet::Reference>& sets,
+                          std::string_view table) {
+    AttributedString result;
+    RunTableReader reader(table);
+    AttributeSet::Reference set = AttributeSet::empty();
+    while (!text.empty()) {
+        const auto length = reader.next();
+        const auto index = reader.next();
+        if (!length || !index) break;
+        set = *index < sets.size() ? sets[*index] : AttributeSet::empty();
+        const std::size_t taken = *length < text.size() ? static_cast<std::size_t>(*length) : text.size();
+        result.append(text.substr(0, taken), set);
+        text.remove_prefix(taken);
+    }
+    result.append(text, set);
+    return result;
+}
+
+Result<ArchivedObject> decodeAttributedString(const ArchivedFields& fields) {
+    std::u16string text = fields.decodeString("NSString").value_or(std::u16string());
+    const ArchivedObject attributes = fields.decodeObject("NSAttributes");
+    if (const auto dictionary = attributes.as<ObjectDictionary>())
+        return ArchivedObject(std::make_shared<const AttributedString>(std::move(text), setFrom(*dictionary)));
+    const auto dictionaries = attributes.as<ObjectArray>();
+    if (!dictionaries) return ArchivedObject(std::make_shared<const AttributedString>(std::move(text)));
+    std::vector<AttributeSet::Reference> sets;
+    sets.reserve(dictionaries->size());
+    for (const ArchivedObject& object : *dictionaries) {
+        const auto dictionary = object.as<ObjectDictionary>();
+        sets.push_back(dictionary ? setFrom(*dictionary) : AttributeSet::empty());
+    }
+    const std::string_view table = fields.decodeBytes("NSAttributeInfo").value_or(std::string_view());
+    return ArchivedObject(std::make_shared<const AttributedString>(textFrom(text, sets, table)));
+}
+
+} // namespace
+
+std::vector<ArchivableClass> archivableAttributedStringClasses() {
+    // Written as the mutable class: whoever asks for either gets what was asked for.
+    return {{"NSMutableAttributedString",
+             {"NSMutableAttributedString", "NSAttributedString", "NSObject"},
+             {"NSAttributedString", "NSTextStorage"},
+             typeid(AttributedString),
+             true,
+             encoderOf<AttributedString>(encodeAttributedString),
+             decodeAttributedString}};
+}
+
+void registerArchivableTextClasses() {
+    registerArchivableGraphicsClasses();
+    for (const auto& classes : {archivableAttributedStringClasses(), archivableParagraphStyleClasses(),
+                                archivableTextBlockClasses(), archivableTextAttachmentClasses()})
+        for (const ArchivableClass& archivable : classes) ClassRegistry::shared().add(archivable);
+}
+
+} // namespace platform
