@@ -12,6 +12,7 @@
 #include "platform/archive/ArchivedFields.h"
 #include "platform/archive/KeyedArchiver.h"
 #include "platform/base/UTF16.h"
+#include "platform/files/FileWrapperCoding.h"
 #include "platform/graphics/GraphicsCoding.h"
 #include "platform/text/ArchivableTextClasses.h"
 #include "platform/text/AttributedString.h"
@@ -259,6 +260,8 @@ std::vector<ArchivableClass> archivableAttributedStringClasses() {
 }
 
 void registerArchivableTextClasses() {
+    registerFoundationClasses();
+    registerArchivableFileWrapper();
     registerArchivableGraphicsClasses();
     for (const auto& classes : {archivableAttributedStringClasses(), archivableParagraphStyleClasses(),
                                 archivableTextBlockClasses(), archivableTextAttachmentClasses()})

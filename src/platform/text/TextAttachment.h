@@ -33,14 +33,15 @@ class TextAttachment {
     virtual std::shared_ptr<TextAttachment> sameClassWithFileWrapper(std::shared_ptr<FileWrapper> fileWrapper) const;
 
     const std::shared_ptr<FileWrapper>& fileWrapper() const { return fileWrapper_; }
-    // The file type follows the wrapper's name (its extension's uniform type), unless it was set.
     virtual void setFileWrapper(std::shared_ptr<FileWrapper> fileWrapper);
 
     const std::optional<Data>& contents() const { return contents_; }
     void setContents(std::optional<Data> contents) { contents_ = std::move(contents); }
-    // A uniform type identifier, "" when there is none.
-    const std::string& fileType() const { return fileType_; }
-    void setFileType(std::string fileType) { fileType_ = std::move(fileType); }
+    // A uniform type identifier: the one that was set, or else that of the extension of the wrapper's preferred name;
+    // "" when there is none.
+    std::string fileType() const;
+    const std::optional<std::string>& ownFileType() const { return ownFileType_; } // only what was set
+    void setFileType(std::string fileType) { ownFileType_ = std::move(fileType); }
 
     // The cell that draws the attachment; null when none is set. Derived classes make theirs at first use.
     virtual std::shared_ptr<TextAttachmentCell> attachmentCell() { return cell_; }
@@ -49,7 +50,7 @@ class TextAttachment {
   private:
     std::shared_ptr<FileWrapper> fileWrapper_;
     std::optional<Data> contents_;
-    std::string fileType_;
+    std::optional<std::string> ownFileType_;
     std::shared_ptr<TextAttachmentCell> cell_;
 };
 

@@ -12,7 +12,7 @@ namespace platform {
 void encodeTextAttachment(KeyedArchiver& archiver, const TextAttachment& attachment) {
     archiver.encodeObject("NSFileWrapper", attachment.fileWrapper());
     if (attachment.contents()) archiver.encodeObject("NSContents", Value(*attachment.contents()));
-    if (!attachment.fileType().empty()) archiver.encodeObject("NSFileType", Value(attachment.fileType()));
+    if (attachment.ownFileType()) archiver.encodeObject("NSFileType", Value(*attachment.ownFileType()));
 }
 
 void decodeTextAttachment(const ArchivedFields& fields, TextAttachment& attachment) {

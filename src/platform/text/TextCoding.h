@@ -8,8 +8,8 @@ class KeyedArchiver;
 class TextAttachment;
 
 // NSAttributedString, NSParagraphStyle, NSTextTab, NSTextList, NSTextBlock, NSTextTable, NSTextTableBlock,
-// NSTextAttachment and NSShadow, with their mutable subclasses; fonts and colors as well. Classes of the Foundation and
-// file wrappers are registered by their own libraries.
+// NSTextAttachment and NSShadow, with their mutable subclasses; and all that they refer to: fonts, colors, file
+// wrappers and the Foundation's classes.
 void registerArchivableTextClasses();
 
 // The fields that every attachment class shares, for the coding functions of derived classes. Decoding takes the file

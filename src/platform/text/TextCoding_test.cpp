@@ -5,6 +5,7 @@
 
 #include "platform/archive/KeyedArchiver.h"
 #include "platform/archive/KeyedUnarchiver.h"
+#include "platform/files/FileWrapper.h"
 #include "platform/plist/PropertyList.h"
 #include "platform/text/AttributedString.h"
 #include "platform/text/TextDump.h"
@@ -14,14 +15,9 @@
 namespace platform {
 namespace {
 
-void registerAll() {
-    registerFoundationClasses();
-    registerArchivableTextClasses();
-}
-
 class TextCoding : public testing::Test {
   protected:
-    static void SetUpTestSuite() { registerAll(); }
+    static void SetUpTestSuite() { registerArchivableTextClasses(); }
 };
 
 std::string archiveOf(const AttributedString& text) {
@@ -143,6 +139,19 @@ TEST_F(TextCoding, SharedListsAndTablesStayShared) {
     EXPECT_EQ(tables[0], tables[1]);
 }
 
+TEST_F(TextCoding, AttachmentsKeepTheirFile) {
+    const auto wrapper = FileWrapper::regularFile(Data("three"));
+    wrapper->setPreferredFilename("plän.pdf");
+    const AttributedString text = AttributedString::withAttachment(std::make_shared<TextAttachment>(wrapper));
+    const std::string archive = archiveOf(text);
+    const AttributedString back = textFrom(archive);
+    EXPECT_EQ(textDump(back), "\"\\ufffc\"  attachment A1 NSTextAttachment \"plän.pdf\" 5 bytes\n");
+    const auto& attachment = *back.attributesAt(0).find<TextAttachmentReference>(kAttachmentAttributeName);
+    EXPECT_EQ(attachment->fileType(), "com.adobe.pdf");
+    EXPECT_EQ(attachment->fileWrapper()->regularFileContents().bytes(), "three");
+    EXPECT_EQ(archiveOf(back), archive);
+}
+
 TEST_F(TextCoding, EmptyAndOneRunTextsHaveNoRunTable) {
     EXPECT_EQ(textFrom(archiveOf(AttributedString())), AttributedString());
     const AttributedString one(u"one", setOf({{kKernAttributeName, std::int64_t{1}}}));
@@ -215,7 +224,7 @@ TEST_F(TextCoding, ReadsRunTablesAndMendsThoseThatDoNotFit) {
 }
 
 RC_GTEST_PROP(TextCodingProperties, AnyTextComesBack, ()) {
-    registerAll();
+    registerArchivableTextClasses();
     AttributedString text;
     const auto runs = *rc::gen::container<std::vector<std::pair<std::uint8_t, std::int8_t>>>(
         rc::gen::pair(rc::gen::arbitrary<std::uint8_t>(), rc::gen::arbitrary<std::int8_t>()));

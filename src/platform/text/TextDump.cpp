@@ -241,7 +241,7 @@ std::string Dump::attachment(const TextAttachmentReference& attachment) {
     } else {
         out += " without file";
     }
-    if (!attachment->fileType().empty()) out += " " + attachment->fileType();
+    if (attachment->ownFileType()) out += " " + *attachment->ownFileType();
     if (const std::string more = attachment->dumpDescription(); !more.empty()) out += " (" + more + ")";
     return out;
 }
