@@ -1,0 +1,80 @@
+#include "platform/files/FileManager.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <gtest/gtest.h>
+
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/ResourceValues.h"
+#include "platform/foundation/URL.h"
+#include "tests/support/ScratchDirectory.h"
+
+using namespace platform;
+
+namespace {
+
+URL urlOf(const std::filesystem::path& path) {
+    return URL::fileURLWithPath(path.string());
+}
+
+} // namespace
+
+TEST(FileManager, TakesADanglingLinkForPresent) {
+    const tests::ScratchDirectory scratch;
+    std::filesystem::create_symlink("nowhere", scratch / "link");
+    EXPECT_TRUE(resourceIsReachable(urlOf(scratch / "link")));
+    EXPECT_FALSE(resourceIsReachable(urlOf(scratch / "nowhere")));
+    EXPECT_TRUE(isDirectory(urlOf(scratch.path())));
+    EXPECT_FALSE(isDirectory(urlOf(scratch / "link")));
+}
+
+TEST(FileManager, ReadsAndWritesRegularFilesOnly) {
+    const tests::ScratchDirectory scratch;
+    ASSERT_TRUE(writeContents("a longer text", urlOf(scratch / "file")));
+    ASSERT_TRUE(writeContents("short", urlOf(scratch / "file")));
+    EXPECT_EQ(contentsAtURL(urlOf(scratch / "file"))->bytes(), "short");
+    EXPECT_EQ(contentsAtURL(urlOf(scratch / "file"), 4).error().underlyingError()->code, EFBIG);
+    ASSERT_EQ(::mkfifo((scratch / "fifo").c_str(), 0600), 0);
+    std::filesystem::create_symlink("file", scratch / "link");
+    EXPECT_TRUE(contentsAtURL(urlOf(scratch / "link")));
+    EXPECT_FALSE(contentsAtURL(urlOf(scratch / "fifo")));
+    EXPECT_FALSE(contentsAtURL(urlOf(scratch.path())));
+    EXPECT_EQ(contentsAtURL(urlOf(scratch / "none")).error().code, 260);
+    for (const auto* name : {"fifo", "link"}) EXPECT_FALSE(writeContents("x", urlOf(scratch / name))) << name;
+    EXPECT_FALSE(writeContents("x", urlOf(scratch.path())));
+    EXPECT_EQ(writeContents("x", urlOf(scratch / "no" / "file")).error().code, 4);
+    EXPECT_EQ(tests::readFile(scratch / "file"), "short");
+}
+
+TEST(FileManager, ReportsAFullDisk) {
+    if (!std::filesystem::exists("/dev/full")) GTEST_SKIP();
+    const FileDescriptor full = openAt(-1, "/dev/full", O_WRONLY);
+    const auto written = writeAll(full.get(), "x", "/dev/full");
+    ASSERT_FALSE(written);
+    EXPECT_EQ(written.error().code, 640);
+    EXPECT_EQ(written.error().underlyingError()->code, ENOSPC);
+}
+
+TEST(FileManager, MakesAndRemovesDirectories) {
+    const tests::ScratchDirectory scratch;
+    ASSERT_TRUE(createDirectoryAtURL(urlOf(scratch / "d")));
+    EXPECT_EQ(createDirectoryAtURL(urlOf(scratch / "d")).error().code, 516);
+    EXPECT_EQ(createDirectoryAtURL(urlOf(scratch / "x" / "d")).error().code, 4);
+    tests::writeFile(scratch / "d" / "file", "");
+    EXPECT_TRUE(removeItemAtURL(urlOf(scratch / "d")));
+    EXPECT_TRUE(removeItemAtURL(urlOf(scratch / "d")));
+    EXPECT_TRUE(std::filesystem::is_empty(scratch.path()));
+}
+
+TEST(FileManager, ShowsNamesWithoutAHiddenExtension) {
+    const tests::ScratchDirectory scratch;
+    tests::writeFile(scratch / "Report.pdf", "");
+    const std::string path = (scratch / "Report.pdf").string();
+    EXPECT_EQ(displayNameAtPath(path), "Report.pdf");
+    ASSERT_TRUE(setResourceValuesOfItemAtURL({true, {}, {}, {}, {}}, URL::fileURLWithPath(path)));
+    EXPECT_EQ(displayNameAtPath(path), "Report");
+    EXPECT_EQ(displayNameAtPath("/nowhere/a.b"), "a.b");
+}
