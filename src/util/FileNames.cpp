@@ -1,14 +1,18 @@
 #include "util/FileNames.h"
 
 #include <algorithm>
-#include <iterator>
+#include <cstring>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include "platform/base/UTF16.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/ResourceValues.h"
 #include "platform/foundation/PathString.h"
 #include "platform/foundation/Scanner.h"
 #include "platform/foundation/SentenceTokenizer.h"
+#include "platform/foundation/TextFolding.h"
 
 namespace quillet {
 
@@ -169,6 +173,29 @@ std::u16string UniqueFilenames::makeFilenameUnique(std::u16string_view name) {
     return sanitizedLastComponent(free.name);
 }
 
+bool isEqualToFilename(std::u16string_view name, std::u16string_view other) {
+    return platform::equalAsFilenames(name, other);
+}
+
+bool isCaseInsensitiveEqualToString(std::u16string_view text, std::u16string_view other) {
+    return platform::equalAsFilenames(text, other);
+}
+
+std::u16string fileSystemRepresentationString(std::u16string_view text) {
+    text = text.substr(0, text.find(u'\0'));
+    return platform::utf16FromUTF8(platform::utf8FromUTF16(platform::decomposedText(text)));
+}
+
+std::u16string fileDisplayName(std::u16string_view path) {
+    const std::u16string name = platform::lastPathComponent(path);
+    const std::string bytes = platform::utf8FromUTF16(path);
+    if (bytes.empty() || bytes.find('\0') != std::string::npos) return name;
+    // A pipe under that name must not make this wait for its writer.
+    const platform::FileDescriptor file = platform::openAt(AT_FDCWD, bytes.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    const bool hidden = file && platform::hasHiddenExtension(file.get());
+    return hidden ? platform::deletingPathExtension(name) : name;
+}
+
 std::u16string stringByTruncatingMiddleWithMaxLength(std::u16string_view text, std::size_t maximum) {
     if (text.size() <= maximum) return std::u16string(text);
     const std::size_t half = maximum / 2;
@@ -247,6 +274,12 @@ std::u16string stringWithoutAttachments(std::u16string_view text) {
 
 std::string percentEncodedURLString(std::u16string_view text) {
     return platform::URL::fromDataRepresentation(platform::utf8FromUTF16(text)).absoluteString();
+}
+
+std::optional<std::u16string> stringWithCString(const char* bytes, platform::TextEncoding encoding,
+                                                std::size_t length) {
+    if (!bytes) return u"";
+    return platform::decodedText({bytes, strnlen(bytes, length)}, encoding);
 }
 
 std::u16string fixedInvalidDateString(std::u16string_view text) {

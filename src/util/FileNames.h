@@ -11,6 +11,7 @@
 #include <unordered_map>
 
 #include "platform/foundation/CharacterSet.h"
+#include "platform/foundation/TextEncoding.h"
 #include "platform/foundation/URL.h"
 
 namespace quillet {
@@ -48,6 +49,21 @@ class UniqueFilenames {
     std::unordered_map<std::u16string, long> firstUntried_; // by name
 };
 
+// Whether a file system would take the two for one name: case, diacritics and character width are ignored, in every
+// locale alike. "ø" and "o" are two names.
+// @sel isEqualToFilename:
+bool isEqualToFilename(std::u16string_view name, std::u16string_view other);
+// The same comparison; despite its name it ignores diacritics and width too.
+// @sel isCaseInsensitiveEqualToString:
+bool isCaseInsensitiveEqualToString(std::u16string_view text, std::u16string_view other);
+
+// The decomposed form in which file systems of the notes' origin store a name. Lone surrogates become U+FFFD, and the
+// text ends at its first NUL.
+std::u16string fileSystemRepresentationString(std::u16string_view text);
+
+// The last component of the path, without its extension when the file is there and marked to hide it.
+std::u16string fileDisplayName(std::u16string_view path);
+
 // At most `maximum` units; a longer text becomes its first and last half of `maximum`, rounded down, joined by "…":
 // 2m + 1 units, which is one more than an even maximum.
 // @sel stringByTruncatingMiddleWithMaxLength:
@@ -81,6 +97,10 @@ std::u16string stringWithoutAttachments(std::u16string_view text);
 
 // The text's UTF-8 with what a URL may not hold percent-encoded.
 std::string percentEncodedURLString(std::u16string_view text);
+
+// At most `length` bytes, up to a zero byte. "" for null or a length of 0; nothing when the bytes are not valid.
+// @sel stringWithCString:encoding:length:
+std::optional<std::u16string> stringWithCString(const char* bytes, platform::TextEncoding encoding, std::size_t length);
 
 // Some exporters end time stamps in " amZ" or " pmZ". In a text that does, the first such four units become "Z".
 std::u16string fixedInvalidDateString(std::u16string_view text);

@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+
 #include "platform/base/UTF16.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/ResourceValues.h"
+#include "platform/foundation/Environment.h"
 #include "tests/support/ScratchDirectory.h"
 
 namespace quillet {
@@ -245,6 +250,70 @@ TEST(FileNames, CleansReaderAddresses) {
         EXPECT_EQ(URLCleanedForImport(*URL::fromString(row.input))->absoluteString(), row.expected) << row.input;
     EXPECT_FALSE(URLCleanedForImport(*URL::fromString("about:reader?url=a%20b")));
     EXPECT_FALSE(URLCleanedForImport(*URL::fromString("about:reader?url=")));
+}
+
+TEST(FileNames, CompareWithoutCaseDiacriticsAndWidthInEveryLocale) {
+    platform::ScopedEnvironment environment;
+    for (const char* locale : {"en_US_POSIX", "en_US", "de_DE", "tr_TR", "ja_JP"}) {
+        environment->localeIdentifier = locale;
+        for (const auto compare : {isEqualToFilename, isCaseInsensitiveEqualToString}) {
+            EXPECT_TRUE(compare(u"ＮOTÉ.txt", u"note.TXT"));
+            EXPECT_TRUE(compare(u"TITLE", u"title"));
+            EXPECT_FALSE(compare(u"øre", u"ore"));
+            EXPECT_TRUE(compare(u"", u""));
+        }
+    }
+}
+
+TEST(FileNames, FileSystemFormIsDecomposed) {
+    expectRows(fileSystemRepresentationString, {
+                                                   {u"", u""},
+                                                   {u"é", u"e\u0301"},
+                                                   {u"e\u0301", u"e\u0301"},
+                                                   {u"한", u"\u1112\u1161\u11AB"},
+                                                   {u"a\U0001F600", u"a\U0001F600"},
+                                                   {std::u16string(u"a\0b", 3), u"a"},
+                                                   {std::u16string{u'a', 0xD800}, u"a\uFFFD"},
+                                               });
+}
+
+TEST(FileNames, DisplayNameHidesTheExtensionThatTheFileHides) {
+    const tests::ScratchDirectory scratch;
+    tests::writeFile(scratch / "Note.x.qltnote", "");
+    const std::string path = (scratch / "Note.x.qltnote").string();
+    EXPECT_EQ(fileDisplayName(platform::utf16FromUTF8(path)), u"Note.x.qltnote");
+    EXPECT_EQ(fileDisplayName(u"/nonexistent/a.b"), u"a.b");
+    EXPECT_EQ(fileDisplayName(u""), u"");
+
+    platform::ResourceValues hiding;
+    hiding.hasHiddenExtension = true;
+    const platform::FileDescriptor file = platform::openAt(AT_FDCWD, path.c_str(), O_RDWR);
+    if (!platform::setResourceValues(file.get(), hiding).empty()) GTEST_SKIP() << "no extended attributes here";
+    EXPECT_EQ(fileDisplayName(platform::utf16FromUTF8(path)), u"Note.x");
+}
+
+TEST(FileNames, ReadsCStringsUpToLengthOrZero) {
+    using enum platform::TextEncoding;
+    EXPECT_EQ(stringWithCString(nullptr, utf8, 3), u"");
+    EXPECT_EQ(stringWithCString("abc", utf8, 0), u"");
+    EXPECT_EQ(stringWithCString("abc", utf8, 2), u"ab");
+    EXPECT_EQ(stringWithCString("ab\0c", utf8, 4), u"ab");
+    EXPECT_EQ(stringWithCString("\xC3\xA9", utf8, 2), u"é");
+    EXPECT_EQ(stringWithCString("\xC3\xA9", utf8, 1), std::nullopt);
+    EXPECT_EQ(stringWithCString("\xE9", isoLatin1, 1), u"é");
+    EXPECT_EQ(stringWithCString("\xE9", ascii, 1), std::nullopt);
+    EXPECT_EQ(stringWithCString("\x8E", macOSRoman, 1), u"é");
+    EXPECT_EQ(stringWithCString("\x80", windowsCP1252, 1), u"€");
+    EXPECT_EQ(stringWithCString("\x93\xFA", shiftJIS, 2), u"日");
+    EXPECT_EQ(stringWithCString("a", static_cast<platform::TextEncoding>(777), 1), std::nullopt);
+}
+
+TEST(FileNames, MegabyteTakesNoQuadraticTime) {
+    const std::u16string blanks(1'000'000, u' ');
+    EXPECT_EQ(stringByRemovingNewlinesAndTabs(u"a" + blanks + u"b"), u"a b");
+    EXPECT_EQ(generateFilename(blanks), u"");
+    EXPECT_EQ(generateFilename(std::u16string(1'000'000, u'x')), std::u16string(255, u'x'));
+    EXPECT_EQ(stringSanitizedForFileName(std::u16string(1'000'000, u'.')), std::u16string(255, u'-'));
 }
 
 } // namespace
