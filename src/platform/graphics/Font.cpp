@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "platform/graphics/FontTable.h"
+#include "platform/graphics/InstalledFonts.h"
 
 namespace platform {
 
@@ -14,6 +15,18 @@ struct FontName {
     std::string name;
     const FontFamily* family = nullptr; // null: not in the table
     const FontFace* face = nullptr;
+
+    // What this machine says of a font outside the table, asked once, when somebody first wants to know.
+    const std::optional<InstalledFont>& installed() const {
+        std::call_once(asked_, [this] {
+            if (!face) installed_ = installedFontNamed(name);
+        });
+        return installed_;
+    }
+
+  private:
+    mutable std::once_flag asked_;
+    mutable std::optional<InstalledFont> installed_;
 };
 
 namespace {
@@ -47,7 +60,8 @@ const FontName* interned(std::string_view name) {
 }
 
 const FontMetrics& metricsOf(const FontName& font) {
-    return font.family ? font.family->metrics : interned(kFallbackFont)->family->metrics;
+    if (font.family) return font.family->metrics;
+    return font.installed() ? font.installed()->metrics : interned(kFallbackFont)->family->metrics;
 }
 
 double scaled(int units, const FontName& font, double pointSize) {
@@ -84,7 +98,7 @@ Font::Font(std::string_view postScriptName, double pointSize) : Font(interned(po
 
 std::optional<Font> Font::named(std::string_view postScriptName, double pointSize) {
     const FontName* name = interned(postScriptName);
-    if (!name->face) return std::nullopt;
+    if (!name->face && !name->installed()) return std::nullopt;
     return Font(name, pointSize);
 }
 
@@ -101,15 +115,18 @@ const std::string& Font::fontName() const {
 }
 
 std::string Font::familyName() const {
-    return name_->family ? std::string(name_->family->name) : name_->name;
+    if (name_->family) return std::string(name_->family->name);
+    return name_->installed() ? name_->installed()->family : name_->name;
 }
 
 std::uint32_t Font::traits() const {
-    return name_->face ? name_->face->traits : 0;
+    if (name_->face) return name_->face->traits;
+    return name_->installed() ? name_->installed()->traits : 0;
 }
 
 int Font::weight() const {
-    return name_->face ? name_->face->weight : kRegularWeight;
+    if (name_->face) return name_->face->weight;
+    return name_->installed() ? name_->installed()->weight : kRegularWeight;
 }
 
 double Font::ascender() const {

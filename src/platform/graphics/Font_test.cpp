@@ -77,6 +77,21 @@ TEST(Fonts, MeasureByTheTable) {
     }
 }
 
+TEST(Fonts, OutsideTheTableMeasureLikeTheUserFontUnlessInstalled) {
+    const Font font("NoSuchFontAnywhere-Regular", 12);
+    EXPECT_FALSE(Font::named("NoSuchFontAnywhere-Regular", 12));
+    EXPECT_EQ(font.familyName(), "NoSuchFontAnywhere-Regular");
+    EXPECT_EQ(font.ascender(), Font::userFont(12).ascender());
+    EXPECT_EQ(font.traits(), 0u);
+
+    const std::optional<Font> installed = Font::named("DejaVuSansMono-Bold", 12);
+    if (!installed) GTEST_SKIP() << "this machine has no DejaVu fonts";
+    EXPECT_EQ(installed->familyName(), "DejaVu Sans Mono");
+    EXPECT_EQ(installed->traits(), kBoldFontTrait | kFixedPitchFontTrait);
+    EXPECT_EQ(installed->weight(), 9);
+    EXPECT_NEAR(installed->ascender(), 12 * 1901.0 / 2048, 1e-9); // its "hhea" table, the same as Menlo's
+}
+
 TEST(Fonts, ChangeOneTraitWithinTheirFamily) {
     const Font regular("HelveticaNeue", 12);
     const Font bold = convertFontToHaveTrait(regular, kBoldFontTrait);
