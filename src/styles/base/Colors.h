@@ -36,6 +36,7 @@ platform::Color purpleHighlightColor();
 
 // In the order of the types 1 to 5.
 std::vector<platform::Color> allHighlightColors();
+std::vector<std::u16string> allHighlightColorNames(); // localized
 inline constexpr std::array<HighlightColorType, 5> allHighlightColorTypes{1, 2, 3, 4, 5};
 
 // Nothing for another number than 1 to 5.

@@ -49,6 +49,11 @@ TEST(HighlightColors, FiveTypesEachWithItsNamedColor) {
     }
 }
 
+TEST(HighlightColors, TheFirstIsShownAsOrange) {
+    EXPECT_EQ(allHighlightColorNames(),
+              (std::vector<std::u16string>{u"Orange", u"Green", u"Blue", u"Pink", u"Purple"}));
+}
+
 TEST(HighlightColors, OtherNumbersAndOtherColorsHaveNone) {
     EXPECT_FALSE(colorForHighlightColorType(0));
     EXPECT_FALSE(colorForHighlightColorType(6));

@@ -1,4 +1,6 @@
-// The five highlight colors: one table from number to asset and values.
+// The five highlight colors: one table from number to asset, display name and values.
+#include "platform/base/UTF16.h"
+#include "platform/foundation/StringTable.h"
 #include "styles/base/Colors.h"
 
 namespace quillet {
@@ -9,14 +11,17 @@ namespace {
 
 struct HighlightColor {
     const char* assetName;
-    Color::RGBA components; // in light and dark appearance alike
+    std::string_view displayName; // key of the string table
+    Color::RGBA components;       // in light and dark appearance alike
 };
 
-// By type, from 1.
+// By type, from 1. The first is named yellow and shown as orange: that is what its highlight looks like.
 constexpr HighlightColor kHighlightColors[] = {
-    {"YellowHighlightColor", {1, 0.624, 0.04, 1}},      {"GreenHighlightColor", {0, 0.78, 0.745, 1}},
-    {"BlueHighlightColor", {0, 0.478, 1, 1}},           {"PinkHighlightColor", {1, 0.176, 0.333, 1}},
-    {"PurpleHighlightColor", {0.686, 0.322, 0.871, 1}},
+    {"YellowHighlightColor", platform::localizable("Orange"), {1, 0.624, 0.04, 1}},
+    {"GreenHighlightColor", platform::localizable("Green"), {0, 0.78, 0.745, 1}},
+    {"BlueHighlightColor", platform::localizable("Blue"), {0, 0.478, 1, 1}},
+    {"PinkHighlightColor", platform::localizable("Pink"), {1, 0.176, 0.333, 1}},
+    {"PurpleHighlightColor", platform::localizable("Purple"), {0.686, 0.322, 0.871, 1}},
 };
 static_assert(std::size(kHighlightColors) == allHighlightColorTypes.size());
 
@@ -58,6 +63,13 @@ Color purpleHighlightColor() {
 
 std::vector<Color> allHighlightColors() {
     return highlightColors();
+}
+
+std::vector<std::u16string> allHighlightColorNames() {
+    std::vector<std::u16string> names;
+    for (const HighlightColor& each : kHighlightColors)
+        names.push_back(platform::utf16FromUTF8(platform::localizedString(each.displayName)));
+    return names;
 }
 
 std::optional<Color> colorForHighlightColorType(HighlightColorType type) {
