@@ -44,7 +44,10 @@ struct XMLParser::Machine {
         xmlInitParser();
     }
     ~Machine() {
-        if (context) xmlFreeParserCtxt(context);
+        if (!context) return;
+        // For an entity declaration libxml2 makes a document behind our back, which it leaves to its caller.
+        if (context->myDoc) xmlFreeDoc(context->myDoc);
+        xmlFreeParserCtxt(context);
     }
     Machine(const Machine&) = delete;
     Machine& operator=(const Machine&) = delete;
