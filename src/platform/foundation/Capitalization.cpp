@@ -40,4 +40,23 @@ std::u16string localizedCapitalized(std::u16string_view text) {
     return {title.getBuffer(), static_cast<std::size_t>(title.length())};
 }
 
+std::u16string localizedWordStartsCapitalized(std::u16string_view text) {
+    WordRules& rules = wordRules();
+    icu::UnicodeString title(text.data(), static_cast<int32_t>(text.size()));
+    title.toTitle(rules.words.get(), rules.locale, U_TITLECASE_NO_LOWERCASE);
+    return {title.getBuffer(), static_cast<std::size_t>(title.length())};
+}
+
+std::u16string localizedUppercased(std::u16string_view text) {
+    icu::UnicodeString upper(text.data(), static_cast<int32_t>(text.size()));
+    upper.toUpper(wordRules().locale);
+    return {upper.getBuffer(), static_cast<std::size_t>(upper.length())};
+}
+
+std::u16string localizedLowercased(std::u16string_view text) {
+    icu::UnicodeString lower(text.data(), static_cast<int32_t>(text.size()));
+    lower.toLower(wordRules().locale);
+    return {lower.getBuffer(), static_cast<std::size_t>(lower.length())};
+}
+
 } // namespace platform
