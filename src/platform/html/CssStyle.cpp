@@ -1,0 +1,378 @@
+// A style is computed from the winning declaration of each property: all declarations of an element are laid over each
+// other from the weakest to the strongest, then each winner is computed in the order of CssProperty.
+#include "platform/html/CssStyle.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <utility>
+
+#include "platform/html/HTMLPresentation.h"
+
+namespace platform {
+
+namespace {
+
+using P = CssProperty;
+
+constexpr std::array<double, 8> kSizes{9, 9, 10, 12, 14, 18, 24, 36};       // by CssFontKeyword, default 12
+constexpr std::array<double, 8> kFixedSizes{9, 10, 12, 13, 16, 20, 26, 39}; // default 13
+constexpr double kQuirksLargest = 37;
+constexpr double kFixedFactor = 13.0 / 12;
+constexpr double kStep = 1.2;       // of smaller and larger
+constexpr double kSmallestSize = 9; // of keywords
+
+using Winners = std::array<const CssValue*, kCssPropertyCount>;
+
+// One element's computation.
+class Computation {
+  public:
+    Computation(CssStyle& style, const CssStyle& parent, const Winners& winners, double rootFontSize, bool quirks)
+        : style_(style), parent_(parent), winners_(winners), rootFontSize_(rootFontSize), quirks_(quirks) {}
+
+    void run() {
+        font();
+        color();
+        keywords();
+        lengths();
+        borders();
+    }
+
+  private:
+    const CssValue* winner(P property) const { return winners_[static_cast<std::size_t>(property)]; }
+    const CssValue* winner(P top, std::size_t edge) const { return winners_[static_cast<std::size_t>(top) + edge]; }
+
+    // The value to compute; null when the property keeps what the style has (inherited, or its initial value).
+    static bool isCommon(const CssValue& value) {
+        return value.kind == CssValueKind::inherit || value.kind == CssValueKind::initial ||
+               value.kind == CssValueKind::unset;
+    }
+
+    // Applies a winner to a member: the common words, else the given way.
+    template<class M, class F>
+    void apply(const CssValue* value, M CssStyle::* member, bool inherited, F compute) {
+        if (!value) return;
+        static const CssStyle kInitial;
+        if (!isCommon(*value)) {
+            style_.*member = compute(*value);
+        } else if (value->kind == CssValueKind::inherit || (value->kind == CssValueKind::unset && inherited)) {
+            style_.*member = parent_.*member;
+        } else {
+            style_.*member = kInitial.*member;
+        }
+    }
+
+    template<class E>
+    void applyKeyword(P property, E CssStyle::* member, bool inherited) {
+        apply(winner(property), member, inherited, [](const CssValue& value) { return static_cast<E>(value.keyword); });
+    }
+
+    double px(const CssValue& value) const {
+        if (value.unit == CssUnit::em) return value.number * style_.fontSize;
+        if (value.unit == CssUnit::rem) return value.number * rootFontSize_;
+        return value.number;
+    }
+    CssLength length(const CssValue& value) const {
+        if (value.kind == CssValueKind::automatic) return {0, false, true};
+        if (value.unit == CssUnit::percent) return {value.number, true, false};
+        return {px(value), false, false};
+    }
+    CssRGBA rgba(const CssValue& value) const {
+        return value.kind == CssValueKind::currentColor ? style_.color : value.color;
+    }
+
+    double keywordSize(CssFontKeyword keyword) const {
+        const auto index = static_cast<std::size_t>(keyword);
+        if (style_.isMonospace()) return kFixedSizes[index];
+        return quirks_ && keyword == CssFontKeyword::xxxLarge ? kQuirksLargest : kSizes[index];
+    }
+
+    void font() {
+        apply(winner(P::fontFamily), &CssStyle::families, true, [](const CssValue& value) { return value.families; });
+        fontSize();
+        apply(winner(P::fontWeight), &CssStyle::fontWeight, true, [this](const CssValue& value) {
+            if (value.kind == CssValueKind::number) return value.number;
+            const double now = parent_.fontWeight;
+            const bool bolder = value.keyword == 1;
+            if (bolder) return now < 350 ? 400.0 : now < 550 ? 700.0 : std::max(now, 900.0);
+            return now < 550 ? std::min(now, 100.0) : now < 750 ? 400.0 : 700.0;
+        });
+        applyKeyword(P::fontStyle, &CssStyle::isItalic, true);
+        applyKeyword(P::fontVariantLigatures, &CssStyle::ligatures, true);
+    }
+
+    void setKeywordSize(CssFontKeyword keyword) {
+        style_.fontSize = keywordSize(keyword);
+        style_.sizeKeyword = keyword;
+        style_.sizeIsKeyword = true;
+        style_.sizeIsAbsolute = false;
+    }
+
+    void fontSize() {
+        const CssValue* value = winner(P::fontSize);
+        if (!value || value->kind == CssValueKind::inherit || value->kind == CssValueKind::unset) {
+            // The fixed-width family has its own default; a size in absolute units is one whatever the family.
+            if (style_.isMonospace() == parent_.isMonospace() || style_.sizeIsAbsolute) return;
+            if (style_.sizeIsKeyword) {
+                style_.fontSize = keywordSize(style_.sizeKeyword);
+            } else {
+                style_.fontSize *= style_.isMonospace() ? kFixedFactor : 1 / kFixedFactor;
+            }
+            return;
+        }
+        if (value->kind == CssValueKind::initial) return setKeywordSize(CssFontKeyword::medium);
+        if (value->kind == CssValueKind::keyword) {
+            const auto keyword = static_cast<CssFontKeyword>(value->keyword);
+            if (keyword < CssFontKeyword::smaller) return setKeywordSize(keyword);
+            const double size =
+                keyword == CssFontKeyword::smaller ? parent_.fontSize / kStep : parent_.fontSize * kStep;
+            style_.fontSize = std::max(size, std::min(kSmallestSize, parent_.fontSize));
+            style_.sizeIsKeyword = false;
+        } else {
+            style_.fontSize = value->unit == CssUnit::percent ? parent_.fontSize * value->number / 100
+                              : value->unit == CssUnit::em    ? parent_.fontSize * value->number
+                                                              : px(*value);
+            style_.sizeIsKeyword = false;
+            if (value->unit == CssUnit::px || value->unit == CssUnit::rem) {
+                style_.sizeIsAbsolute = true;
+                return;
+            }
+        }
+        if (!style_.sizeIsAbsolute && style_.isMonospace() != parent_.isMonospace())
+            style_.fontSize *= style_.isMonospace() ? kFixedFactor : 1 / kFixedFactor;
+    }
+
+    void color() {
+        apply(winner(P::color), &CssStyle::color, true, [this](const CssValue& value) {
+            return value.kind == CssValueKind::currentColor ? parent_.color : value.color;
+        });
+        apply(winner(P::textShadow), &CssStyle::shadow, true, [this](const CssValue& value) {
+            if (!value.shadow || !value.shadow->usesCurrentColor) return value.shadow;
+            auto colored = std::make_shared<CssShadow>(*value.shadow);
+            colored->color = style_.color;
+            colored->usesCurrentColor = false;
+            return std::shared_ptr<const CssShadow>(std::move(colored));
+        });
+        apply(winner(P::backgroundColor), &CssStyle::background, false,
+              [this](const CssValue& value) { return rgba(value); });
+    }
+
+    void keywords() {
+        applyKeyword(P::direction, &CssStyle::direction, true);
+        applyKeyword(P::unicodeBidi, &CssStyle::unicodeBidi, false);
+        applyKeyword(P::whiteSpace, &CssStyle::whiteSpace, true);
+        applyKeyword(P::nbspMode, &CssStyle::breaksNbsp, true);
+        applyKeyword(P::textAlign, &CssStyle::textAlign, true);
+        applyKeyword(P::textTransform, &CssStyle::textTransform, true);
+        applyKeyword(P::textDecorationLine, &CssStyle::decoration, false);
+        applyKeyword(P::display, &CssStyle::display, false);
+        applyKeyword(P::cssFloat, &CssStyle::cssFloat, false);
+        applyKeyword(P::borderCollapse, &CssStyle::collapsesBorders, true);
+        applyKeyword(P::emptyCells, &CssStyle::hidesEmptyCells, true);
+        applyKeyword(P::tableLayout, &CssStyle::fixedTableLayout, false);
+        applyKeyword(P::hyphens, &CssStyle::hyphenates, true);
+        applyKeyword(P::listStyleType, &CssStyle::listStyle, true);
+        if (style_.textAlign == CssTextAlign::matchParent) {
+            style_.textAlign = parent_.textAlign;
+            const bool startsRight = parent_.direction == CssDirection::rtl;
+            if (style_.textAlign == CssTextAlign::start)
+                style_.textAlign = startsRight ? CssTextAlign::right : CssTextAlign::left;
+            if (style_.textAlign == CssTextAlign::end)
+                style_.textAlign = startsRight ? CssTextAlign::left : CssTextAlign::right;
+        }
+        const CssValue* align = winner(P::verticalAlign);
+        apply(align, &CssStyle::verticalAlign, false, [](const CssValue& value) {
+            return value.kind == CssValueKind::length ? CssVerticalAlign::length
+                                                      : static_cast<CssVerticalAlign>(value.keyword);
+        });
+        // A percentage of the line's height sets nothing.
+        if (align && align->kind == CssValueKind::length)
+            style_.verticalOffset = align->unit == CssUnit::percent ? 0 : px(*align);
+        adjustDisplay();
+    }
+
+    // What floats, lies out of the flow or is laid out in a flexible box is a block.
+    void adjustDisplay() {
+        const CssValue* position = winner(P::position);
+        const bool outOfFlow = position && position->kind == CssValueKind::keyword &&
+                               static_cast<CssPosition>(position->keyword) == CssPosition::outOfFlow;
+        const CssDisplay outer = parent_.display;
+        const bool inFlexibleBox = outer == CssDisplay::flex || outer == CssDisplay::inlineFlex ||
+                                   outer == CssDisplay::grid || outer == CssDisplay::inlineGrid;
+        if (!outOfFlow && !inFlexibleBox && style_.cssFloat == CssFloat::none) return;
+        switch (style_.display) {
+        case CssDisplay::none:
+        case CssDisplay::contents:
+        case CssDisplay::listItem:
+        case CssDisplay::table:
+        case CssDisplay::block:
+        case CssDisplay::flowRoot:
+        case CssDisplay::flex:
+        case CssDisplay::grid:
+        case CssDisplay::box:
+            return;
+        case CssDisplay::inlineTable:
+            style_.display = CssDisplay::table;
+            return;
+        case CssDisplay::inlineFlex:
+            style_.display = CssDisplay::flex;
+            return;
+        case CssDisplay::inlineGrid:
+            style_.display = CssDisplay::grid;
+            return;
+        case CssDisplay::inlineBox:
+            style_.display = CssDisplay::box;
+            return;
+        default:
+            style_.display = CssDisplay::block;
+        }
+    }
+
+    void lengths() {
+        const auto compute = [this](const CssValue& value) { return length(value); };
+        apply(winner(P::textIndent), &CssStyle::textIndent, true, compute);
+        apply(winner(P::width), &CssStyle::width, false, compute);
+        apply(winner(P::minWidth), &CssStyle::minWidth, false, compute);
+        apply(winner(P::maxWidth), &CssStyle::maxWidth, false, compute);
+        for (std::size_t edge = 0; edge < 4; ++edge) {
+            const auto edgeLength = [&](P top, const std::array<CssLength, 4>& parents, CssLength& to) {
+                const CssValue* value = winner(top, edge);
+                if (!value) return;
+                if (isCommon(*value)) {
+                    to = value->kind == CssValueKind::inherit ? parents[edge] : CssLength{};
+                } else {
+                    to = length(*value);
+                }
+            };
+            edgeLength(P::marginTop, parent_.margin, style_.margin[edge]);
+            edgeLength(P::paddingTop, parent_.padding, style_.padding[edge]);
+        }
+    }
+
+    void borders() {
+        constexpr double kMedium = 3;
+        for (std::size_t edge = 0; edge < 4; ++edge) {
+            const CssValue* style = winner(P::borderTopStyle, edge);
+            const CssValue* width = winner(P::borderTopWidth, edge);
+            const CssValue* color = winner(P::borderTopColor, edge);
+            const bool isVisible = style && style->kind == CssValueKind::keyword &&
+                                   static_cast<CssBorderStyle>(style->keyword) == CssBorderStyle::visible;
+            if (isVisible) style_.borderWidth[edge] = width && !isCommon(*width) ? px(*width) : kMedium;
+            style_.borderColor[edge] = color && !isCommon(*color) ? rgba(*color) : style_.color;
+        }
+    }
+
+    CssStyle& style_;
+    const CssStyle& parent_;
+    const Winners& winners_;
+    double rootFontSize_;
+    bool quirks_;
+};
+
+// What a child starts from: the inherited half of its parent.
+CssStyle inheritingFrom(const CssStyle& parent) {
+    CssStyle style;
+    style.families = parent.families;
+    style.fontSize = parent.fontSize;
+    style.fontWeight = parent.fontWeight;
+    style.color = parent.color;
+    style.shadow = parent.shadow;
+    style.textIndent = parent.textIndent;
+    style.sizeKeyword = parent.sizeKeyword;
+    style.sizeIsKeyword = parent.sizeIsKeyword;
+    style.sizeIsAbsolute = parent.sizeIsAbsolute;
+    style.isItalic = parent.isItalic;
+    style.ligatures = parent.ligatures;
+    style.listDepth = parent.listDepth;
+    style.collapsesBorders = parent.collapsesBorders;
+    style.hidesEmptyCells = parent.hidesEmptyCells;
+    style.hyphenates = parent.hyphenates;
+    style.breaksNbsp = parent.breaksNbsp;
+    style.direction = parent.direction;
+    style.whiteSpace = parent.whiteSpace;
+    style.textAlign = parent.textAlign;
+    style.textTransform = parent.textTransform;
+    style.listStyle = parent.listStyle;
+    return style;
+}
+
+bool isList(HTMLTag tag) {
+    return tag == HTMLTag::ul || tag == HTMLTag::ol || tag == HTMLTag::menu || tag == HTMLTag::dir;
+}
+
+} // namespace
+
+CssStyleResolver::CssStyleResolver(const HTMLDocument& page) : page_(page) {
+    for (HTMLDocument::NodeIndex at = page.root(); at != HTMLDocument::kNone; at = page.following(at, page.root()))
+        if (page.isElement(at) && page[at].tag == HTMLTag::style) sheet_.append(page.textContent(at));
+}
+
+std::size_t CssStyleResolver::KeyHash::operator()(const Key& key) const {
+    std::size_t hash = std::hash<const void*>()(key.parent);
+    for (const std::size_t part : {std::hash<const void*>()(key.hints), std::hash<const void*>()(key.inlineStyle),
+                                   static_cast<std::size_t>(key.tag)})
+        hash = hash * 1099511628211U ^ part;
+    return hash;
+}
+
+const CssDeclarations* CssStyleResolver::parsed(std::string_view text) {
+    const auto [entry, isNew] = declarations_.try_emplace(std::string(text));
+    if (isNew) entry->second = std::make_unique<const CssDeclarations>(cssDeclarations(text));
+    return entry->second.get();
+}
+
+const CssStyle* CssStyleResolver::style(HTMLDocument::NodeIndex element, const CssStyle* parent) {
+    hintText_.clear();
+    appendPresentation(hintText_, page_, element);
+    const CssDeclarations* hints = hintText_.empty() ? nullptr : parsed(hintText_);
+    const auto styleText = page_.attribute(element, HTMLAttribute::style);
+    const CssDeclarations* inlineStyle = styleText && !styleText->empty() ? parsed(*styleText) : nullptr;
+    sheet_.match(page_, element, matched_);
+    const HTMLTag tag = page_[element].tag;
+    const bool isLink = tag == HTMLTag::a && page_.attribute(element, HTMLAttribute::href).has_value();
+    if (!matched_.empty()) { // what rules match is not part of the key
+        styles_.push_back(computed(element, parent, hints, inlineStyle));
+        return &styles_.back();
+    }
+    const Key key{parent, hints, inlineStyle, static_cast<std::uint32_t>(tag) * 2 + (isLink ? 1 : 0)};
+    const auto [entry, isNew] = shared_.try_emplace(key, nullptr);
+    if (isNew) {
+        styles_.push_back(computed(element, parent, hints, inlineStyle));
+        entry->second = &styles_.back();
+    }
+    return entry->second;
+}
+
+CssStyle CssStyleResolver::computed(HTMLDocument::NodeIndex element, const CssStyle* parent,
+                                    const CssDeclarations* hints, const CssDeclarations* inlineStyle) {
+    static const CssStyle kInitial;
+    const CssStyle& outer = parent ? *parent : kInitial;
+    const HTMLTag tag = page_[element].tag;
+    Winners winners{};
+    const auto lay = [&winners](const CssDeclarations& declarations, bool important) {
+        for (const CssDeclaration& declaration : declarations)
+            if (declaration.important == important)
+                winners[static_cast<std::size_t>(declaration.property)] = &declaration.value;
+    };
+    lay(builtInDeclarations(tag), false);
+    if (tag == HTMLTag::a && page_.attribute(element, HTMLAttribute::href)) lay(builtInLinkDeclarations(), false);
+    if (tag == HTMLTag::table && page_.quirksMode()) lay(builtInQuirksTableDeclarations(), false);
+    if (hints) lay(*hints, false);
+    for (const CssDeclarations* rule : matched_) lay(*rule, false);
+    if (inlineStyle) lay(*inlineStyle, false);
+    for (const CssDeclarations* rule : matched_) lay(*rule, true);
+    if (inlineStyle) lay(*inlineStyle, true);
+
+    CssStyle style = inheritingFrom(outer);
+    if (isList(tag)) {
+        if (style.listDepth < 255) ++style.listDepth;
+        style.listStyle = style.listDepth == 1   ? CssListStyle::disc
+                          : style.listDepth == 2 ? CssListStyle::circle
+                                                 : CssListStyle::square;
+    }
+    Computation(style, outer, winners, rootFontSize_, page_.quirksMode()).run();
+    if (element == page_.root()) rootFontSize_ = style.fontSize;
+    return style;
+}
+
+} // namespace platform

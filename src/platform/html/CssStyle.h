@@ -1,0 +1,102 @@
+// The style that an element has in the end: the computed values of what the HTML reader uses, and the way there.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/html/CssDeclarations.h"
+#include "platform/html/CssStyleSheet.h"
+#include "platform/xml/HTMLDocument.h"
+
+namespace platform {
+
+struct CssLength {
+    double value = 0; // px, or percent
+    bool isPercentage = false;
+    bool isAutomatic = false;
+};
+
+// Edges in the order top, right, bottom, left. Lengths in px, which count as points.
+struct CssStyle {
+    // Inherited
+    std::shared_ptr<const CssFamilies> families; // null: the default family
+    double fontSize = 12;
+    double fontWeight = 400;
+    CssRGBA color{0, 0, 0, 1};
+    std::shared_ptr<const CssShadow> shadow;
+    CssLength textIndent;
+    CssFontKeyword sizeKeyword = CssFontKeyword::medium; // the size when it is still one of the keywords'
+    bool sizeIsKeyword = true;
+    bool sizeIsAbsolute = false;
+    bool isItalic = false;
+    std::uint8_t ligatures = 0; // 1 on, 2 off
+    std::uint8_t listDepth = 0; // lists around, this one included
+    bool collapsesBorders = false;
+    bool hidesEmptyCells = false;
+    bool hyphenates = false;
+    bool breaksNbsp = false;
+    CssDirection direction = CssDirection::ltr;
+    CssWhiteSpace whiteSpace = CssWhiteSpace::normal;
+    CssTextAlign textAlign = CssTextAlign::start;
+    CssTextTransform textTransform = CssTextTransform::none;
+    CssListStyle listStyle = CssListStyle::disc;
+    // The element's own
+    CssDisplay display = CssDisplay::inline_;
+    CssFloat cssFloat = CssFloat::none;
+    CssUnicodeBidi unicodeBidi = CssUnicodeBidi::normal;
+    CssVerticalAlign verticalAlign = CssVerticalAlign::baseline;
+    std::uint8_t decoration = 0; // CssTextDecoration bits
+    bool fixedTableLayout = false;
+    double verticalOffset = 0; // for CssVerticalAlign::length
+    CssRGBA background{0, 0, 0, 0};
+    std::array<CssLength, 4> margin, padding;
+    std::array<double, 4> borderWidth{};
+    std::array<CssRGBA, 4> borderColor{};
+    CssLength width{0, false, true}, minWidth{0, false, true}, maxWidth{0, false, true};
+
+    // Whether the family list is nothing but the generic fixed-width family, which has a default size of its own.
+    bool isMonospace() const { return families && families->size() == 1 && families->front() == "monospace"; }
+};
+
+// Computes styles for one page. Declarations are parsed once for each distinct text, and elements that have the same
+// parent style, name and declarations share one style object: equal pointers mean equal styles.
+class CssStyleResolver {
+  public:
+    explicit CssStyleResolver(const HTMLDocument& page);
+
+    // The parent style is null for the root. The result lives as long as the resolver.
+    const CssStyle* style(HTMLDocument::NodeIndex element, const CssStyle* parent);
+
+  private:
+    struct Key {
+        const CssStyle* parent;
+        const CssDeclarations* hints;
+        const CssDeclarations* inlineStyle;
+        std::uint32_t tag; // HTMLTag and the flag of a link
+        friend bool operator==(const Key&, const Key&) = default;
+    };
+    struct KeyHash {
+        std::size_t operator()(const Key& key) const;
+    };
+
+    const CssDeclarations* parsed(std::string_view text);
+    CssStyle computed(HTMLDocument::NodeIndex element, const CssStyle* parent, const CssDeclarations* hints,
+                      const CssDeclarations* inlineStyle);
+
+    const HTMLDocument& page_;
+    CssStyleSheet sheet_;
+    std::deque<CssStyle> styles_;
+    std::unordered_map<std::string, std::unique_ptr<const CssDeclarations>> declarations_;
+    std::unordered_map<Key, const CssStyle*, KeyHash> shared_;
+    std::vector<const CssDeclarations*> matched_;
+    std::string hintText_;
+    double rootFontSize_ = 12;
+};
+
+} // namespace platform
