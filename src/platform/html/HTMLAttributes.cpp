@@ -1,0 +1,208 @@
+#include "platform/html/HTMLAttributes.h"
+
+#include <array>
+#include <cmath>
+#include <functional>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+constexpr double kLayoutWidth = 784; // of the page's content; what percentages of paragraphs count of
+constexpr double kTabInterval = 36;
+
+struct GenericFamily {
+    std::string_view name, family;
+};
+
+constexpr auto kGenericFamilies = std::to_array<GenericFamily>({
+    {"serif", "Times"},
+    {"sans-serif", "Helvetica"},
+    {"monospace", "Courier"},
+    {"cursive", "Apple Chancery"},
+    {"fantasy", "Papyrus"},
+    {"system-ui", ".SFNS-Regular"},
+    {"-apple-system", ".SFNS-Regular"},
+    {"ui-sans-serif", ".SFNS-Regular"},
+    {"blinkmacsystemfont", ".SFNS-Regular"},
+});
+
+// Near a half or a tenth of a point is that; everything else stays.
+double roundedFontSize(double size) {
+    const double half = std::round(size * 2) / 2, tenth = std::round(size * 10) / 10;
+    if (std::abs(size - half) <= 0.05 + 1e-9) return half;
+    if (std::abs(size - tenth) <= 0.005 + 1e-9) return tenth;
+    return size;
+}
+
+// To a thousandth: what arithmetic leaves behind that is no length.
+double roundedLength(double points) {
+    constexpr double kSteps = 1000;
+    return std::round(points * kSteps) / kSteps;
+}
+
+int fontManagerWeight(double cssWeight) {
+    constexpr int kBold = 9, kMedium = 6, kRegular = 5, kLight = 3, kUltraLight = 1;
+    if (cssWeight >= 600) return kBold;
+    if (cssWeight >= 500) return kMedium;
+    if (cssWeight >= 400) return kRegular;
+    return cssWeight >= 200 ? kLight : kUltraLight;
+}
+
+double resolved(const CssLength& length) {
+    return length.isPercentage ? length.value / 100 * kLayoutWidth : length.value;
+}
+
+bool isBlack(const CssRGBA& color) {
+    return color == CssRGBA{0, 0, 0, 1};
+}
+
+TextAlignment alignmentOf(const CssStyle& style) {
+    switch (style.textAlign) {
+    case CssTextAlign::left:
+        return TextAlignment::left;
+    case CssTextAlign::right:
+        return TextAlignment::right;
+    case CssTextAlign::center:
+        return TextAlignment::center;
+    case CssTextAlign::justify:
+        return TextAlignment::justified;
+    case CssTextAlign::end:
+        return style.direction == CssDirection::rtl ? TextAlignment::left : TextAlignment::right;
+    default:
+        return TextAlignment::natural;
+    }
+}
+
+bool carriesMargins(HTMLTag tag) {
+    return tag == HTMLTag::p || tag == HTMLTag::li || tag == HTMLTag::blockquote || headingLevel(tag) != 0;
+}
+
+// Only the second and later lines are indented by a margin alone.
+void setIndents(ParagraphStyle& paragraph, const CssStyle& block) {
+    const double left = resolved(block.margin[3]), right = resolved(block.margin[1]),
+                 bottom = resolved(block.margin[2]);
+    const double indent = resolved(block.textIndent);
+    if (left > 0) paragraph.headIndent = roundedLength(left);
+    if (indent > 0) paragraph.firstLineHeadIndent = roundedLength(paragraph.headIndent + indent);
+    if (right > 0) paragraph.tailIndent = -roundedLength(right);
+    if (bottom > 0) paragraph.paragraphSpacing = roundedLength(bottom);
+}
+
+} // namespace
+
+Color colorFromCss(const CssRGBA& color) {
+    return Color::sRGB(color.red, color.green, color.blue, color.alpha);
+}
+
+int headingLevel(HTMLTag tag) {
+    if (tag < HTMLTag::h1 || tag > HTMLTag::h6) return 0;
+    return static_cast<int>(tag) - static_cast<int>(HTMLTag::h1) + 1;
+}
+
+Font fontForStyle(const CssStyle& style) {
+    const double size = roundedFontSize(style.fontSize);
+    constexpr double kBoldFrom = 600;
+    std::uint32_t traits = style.isItalic ? std::uint32_t{kItalicFontTrait} : 0;
+    if (style.fontWeight >= kBoldFrom) traits |= kBoldFontTrait;
+    const int weight = fontManagerWeight(style.fontWeight);
+    if (style.families)
+        for (const std::string& name : *style.families) {
+            std::string_view family = name;
+            const std::string lower = asciiLowerCase(name);
+            for (const GenericFamily& generic : kGenericFamilies)
+                if (generic.name == lower) family = generic.family;
+            if (const auto font = fontWithFamily(family, traits, weight, size)) return *font;
+        }
+    return fontWithFamily("Times", traits, weight, size).value_or(Font("Times-Roman", size));
+}
+
+std::size_t HTMLAttributes::KeyHash::operator()(const Key& key) const {
+    std::size_t hash = std::hash<const void*>()(key.first);
+    hash = hash * 1099511628211U ^ std::hash<const void*>()(key.second);
+    return hash * 1099511628211U ^ static_cast<std::size_t>(key.third);
+}
+
+AttributeSet HTMLAttributes::madeCharacters(const CssStyle& style, HTMLTag tag) {
+    std::vector<AttributeSet::Entry> entries;
+    const auto add = [&entries](AttributeName name, AttributeValue value) {
+        entries.emplace_back(name, std::move(value));
+    };
+    add(kFontAttributeName, fontForStyle(style));
+    add(kKernAttributeName, 0.0);
+    add(kStrokeWidthAttributeName, 0.0);
+    add(kStrokeColorAttributeName, colorFromCss(style.color));
+    // Black, the color of text that says nothing, is not said.
+    if (!isBlack(style.color) && style.color.alpha > 0) add(kForegroundColorAttributeName, colorFromCss(style.color));
+    const bool ownsBackground = tag != HTMLTag::html && tag != HTMLTag::body && style.display < CssDisplay::table;
+    if (ownsBackground && style.background.alpha > 0)
+        add(kBackgroundColorAttributeName, colorFromCss(style.background));
+    if (style.decoration & kCssUnderline) add(kUnderlineStyleAttributeName, std::int64_t{1});
+    if (style.decoration & kCssLineThrough) add(kStrikethroughStyleAttributeName, std::int64_t{1});
+    if (style.verticalAlign == CssVerticalAlign::super) add(kSuperscriptAttributeName, std::int64_t{1});
+    if (style.verticalAlign == CssVerticalAlign::sub) add(kSuperscriptAttributeName, std::int64_t{-1});
+    if (style.verticalAlign == CssVerticalAlign::length && style.verticalOffset != 0)
+        add(kBaselineOffsetAttributeName, roundedLength(style.verticalOffset));
+    if (style.ligatures != 0) add(kLigatureAttributeName, std::int64_t{style.ligatures == 1 ? 1 : 0});
+    if (style.shadow) {
+        constexpr double kAlphaUnit = 255; // the platform takes the alpha for a byte
+        CssRGBA color = style.shadow->color;
+        color.alpha /= kAlphaUnit;
+        add(kShadowAttributeName, Shadow{style.shadow->x, -style.shadow->y, style.shadow->blur, colorFromCss(color)});
+    }
+    return AttributeSet(std::move(entries));
+}
+
+HTMLAttributes::Reference HTMLAttributes::characters(const CssStyle& style, HTMLTag tag) {
+    const bool isPage = tag == HTMLTag::html || tag == HTMLTag::body;
+    Reference& made = characters_[{&style, nullptr, isPage ? 1U : 0U}];
+    if (!made) made = std::make_shared<const AttributeSet>(madeCharacters(style, tag));
+    return made;
+}
+
+HTMLAttributes::Reference HTMLAttributes::united(const Reference& outer, const Reference& inner) {
+    if (!outer || outer == inner) return inner;
+    Reference& made = united_[{outer.get(), inner.get(), 0}];
+    if (made) return made;
+    AttributeSet sum = outer->merging(*inner);
+    // Often the inner set says all that the outer one does.
+    made = sum == *inner ? inner : std::make_shared<const AttributeSet>(std::move(sum));
+    return made;
+}
+
+ParagraphStyleReference HTMLAttributes::paragraph(const CssStyle& block, HTMLTag tag,
+                                                  const HTMLParagraphContext& context) {
+    const auto kind = static_cast<std::uint64_t>(headingLevel(tag)) * 2 + (carriesMargins(tag) ? 1 : 0);
+    ParagraphStyleReference& made = paragraphs_[{&block, nullptr, std::uint64_t{context.number} << 8 | kind}];
+    if (made) return made;
+    auto style = std::make_shared<ParagraphStyle>();
+    style->tabStops.clear();
+    style->defaultTabInterval = kTabInterval;
+    style->baseWritingDirection =
+        block.direction == CssDirection::rtl ? WritingDirection::rightToLeft : WritingDirection::leftToRight;
+    style->alignment = alignmentOf(block);
+    style->headerLevel = headingLevel(tag);
+    if (block.hyphenates) style->hyphenationFactor = 1;
+    if (carriesMargins(tag)) setIndents(*style, block);
+    style->textLists = context.lists;
+    style->textBlocks = context.blocks;
+    made = std::move(style);
+    return made;
+}
+
+HTMLAttributes::Reference HTMLAttributes::complete(const Reference& characters,
+                                                   const ParagraphStyleReference& paragraph,
+                                                   const std::vector<std::int64_t>& directions) {
+    std::uint64_t number = 0;
+    if (!directions.empty()) number = directions_.try_emplace(directions, directions_.size() + 1).first->second;
+    Reference& made = complete_[{characters.get(), paragraph.get(), number}];
+    if (made) return made;
+    std::vector<AttributeSet::Entry> entries = characters->entries();
+    entries.emplace_back(kParagraphStyleAttributeName, paragraph);
+    if (!directions.empty()) entries.emplace_back(kWritingDirectionAttributeName, directions);
+    made = std::make_shared<const AttributeSet>(std::move(entries));
+    return made;
+}
+
+} // namespace platform

@@ -1,0 +1,118 @@
+#include "platform/html/HTMLImages.h"
+
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "platform/base/SystemLog.h"
+#include "platform/files/FileWrapper.h"
+#include "platform/files/UTType.h"
+#include "platform/foundation/Base64.h"
+#include "platform/foundation/Percent.h"
+#include "platform/html/CssTokenizer.h"
+
+namespace platform {
+
+namespace {
+
+constexpr std::string_view kDataScheme = "data:";
+constexpr std::string_view kUnnamed = "unknown"; // of what has no name, before its extension
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view kBlanks = " \t\n\r\f";
+    const std::size_t start = text.find_first_not_of(kBlanks);
+    if (start == std::string_view::npos) return {};
+    return text.substr(start, text.find_last_not_of(kBlanks) - start + 1);
+}
+
+bool isDataAddress(std::string_view address) {
+    return address.size() > kDataScheme.size() && asciiLowerCase(address.substr(0, kDataScheme.size())) == kDataScheme;
+}
+
+// The bytes that stand in the address itself; null when they cannot be read.
+std::shared_ptr<FileWrapper> fileInAddress(std::string_view address) {
+    address.remove_prefix(kDataScheme.size());
+    const std::size_t comma = address.find(',');
+    if (comma == std::string_view::npos) return nullptr;
+    const std::string head = asciiLowerCase(address.substr(0, comma));
+    const std::string_view body = address.substr(comma + 1);
+    const std::string_view type = trimmed(std::string_view(head).substr(0, head.find(';')));
+    std::optional<std::string> bytes;
+    if (trimmed(head).ends_with(";base64")) {
+        // Percent sequences in base64 are rare: only then is the text copied.
+        bytes =
+            body.find('%') == std::string_view::npos ? base64Decoded(body) : base64Decoded(percentDecodedBytes(body));
+    } else {
+        bytes = percentDecodedBytes(body);
+    }
+    if (!bytes) return nullptr;
+    auto wrapper = FileWrapper::regularFile(Data(std::move(*bytes)));
+    std::string name(kUnnamed);
+    const auto uniformType = UTType::typeWithMIMEType(type.empty() ? "text/plain" : type);
+    if (const auto extension = uniformType ? uniformType->preferredFilenameExtension() : std::nullopt)
+        name += "." + *extension;
+    wrapper->setPreferredFilename(std::move(name));
+    return wrapper;
+}
+
+} // namespace
+
+HTMLImages::HTMLImages(std::optional<URL> base, std::optional<URL> readAccess)
+    : base_(std::move(base)), readAccess_(std::move(readAccess)) {}
+
+std::optional<URL> HTMLImages::resolved(std::string_view address) const {
+    std::string cleaned;
+    for (const char c : trimmed(address))
+        if (c != '\n' && c != '\t' && c != '\r') cleaned += c;
+    if (cleaned.empty()) return std::nullopt;
+    const std::string encoded = URL::fromDataRepresentation(cleaned).absoluteString();
+    return base_ ? URL::fromString(encoded, *base_) : URL::fromString(encoded);
+}
+
+void HTMLImages::setBase(std::string_view address) {
+    if (auto base = resolved(address); base && !base->scheme().empty()) base_ = std::move(base);
+}
+
+// The file, if it lies below the directory that may be read once every link in both paths is followed.
+std::shared_ptr<FileWrapper> HTMLImages::fileAt(const URL& url) const {
+    if (!url.isFileURL() || !readAccess_ || !readAccess_->isFileURL()) return nullptr;
+    std::error_code error;
+    const auto directory = std::filesystem::canonical(readAccess_->path(), error);
+    if (error) return nullptr;
+    const auto file = std::filesystem::canonical(url.path(), error);
+    if (error || !std::filesystem::is_regular_file(file, error)) return nullptr;
+    const auto relative = file.lexically_relative(directory);
+    if (relative.empty() || *relative.begin() == "..") return nullptr;
+    auto wrapper = FileWrapper::readingURL(URL::fileURLWithPath(file.string()));
+    if (!wrapper) {
+        systemLog("Couldn't read image: " + wrapper.error().description());
+        return nullptr;
+    }
+    (*wrapper)->setPreferredFilename(url.lastPathComponent());
+    return std::move(*wrapper);
+}
+
+std::optional<HTMLImage> HTMLImages::object(std::string_view address) const {
+    std::shared_ptr<FileWrapper> wrapper;
+    if (const std::string_view text = trimmed(address); isDataAddress(text)) {
+        wrapper = fileInAddress(text);
+    } else if (const auto url = resolved(address)) {
+        wrapper = fileAt(*url);
+    }
+    if (!wrapper) return std::nullopt;
+    return HTMLImage{std::make_shared<TextAttachment>(std::move(wrapper)), std::nullopt};
+}
+
+HTMLImage HTMLImages::image(std::string_view address) const {
+    if (auto found = object(address)) return std::move(*found);
+    HTMLImage missing{std::make_shared<TextAttachment>(), std::nullopt};
+    if (isDataAddress(trimmed(address))) return missing;
+    if (auto url = resolved(address); url && !url->scheme().empty() && !url->isFileURL()) {
+        systemLog("Not fetched: " + url->absoluteString());
+        missing.link = std::move(url);
+    }
+    return missing;
+}
+
+} // namespace platform

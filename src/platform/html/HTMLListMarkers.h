@@ -1,0 +1,21 @@
+// The markers that the HTML reader writes into the text of lists, once the whole text is there.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <unordered_map>
+
+#include "platform/html/HTMLTextBuilder.h"
+#include "platform/text/AttributedString.h"
+#include "platform/text/TextList.h"
+
+namespace platform {
+
+// The link around a list, which its markers take; lists without one have no entry.
+using HTMLListLinks = std::unordered_map<const TextList*, AttributeValue>;
+
+// The text with "tab, marker, tab" at the start of every paragraph of a list, indented and with tab stops by its level.
+// Numbers go on after nested lists. One pass.
+AttributedString textWithListMarkers(const HTMLTextBuilder& written, const HTMLListLinks& links);
+
+} // namespace platform

@@ -1,0 +1,114 @@
+#include "platform/html/HTMLTextBuilder.h"
+
+#include <algorithm>
+#include <iterator>
+#include <memory>
+#include <unordered_map>
+
+#include "platform/base/UTF16.h"
+
+namespace platform {
+
+namespace {
+
+constexpr char16_t kLineSeparator = 0x2028, kParagraphSeparator = 0x2029, kNextLine = 0x85, kZeroWidthSpace = 0x200B;
+
+bool collapses(char16_t unit) {
+    return unit == u' ' || unit == u'\n' || unit == u'\r' || unit == u'\t' || unit == u'\f' || unit == kZeroWidthSpace;
+}
+
+bool endsLine(char16_t unit) {
+    return unit == u'\n' || unit == u'\r' || unit == u'\t' || unit == u'\f' || unit == kLineSeparator ||
+           unit == kParagraphSeparator || unit == kNextLine;
+}
+
+} // namespace
+
+std::u16string HTMLTextBuilder::collapsed(std::string_view utf8) const {
+    std::u16string units = utf16FromUTF8(utf8);
+    const bool dropsLeading = endsLine(lastUnit()) || (isSoft_ && lastUnit() == u' ');
+    std::size_t kept = 0;
+    bool hasBlank = false;
+    for (const char16_t unit : units) {
+        if (collapses(unit)) {
+            hasBlank = kept > 0 || !dropsLeading;
+            continue;
+        }
+        if (hasBlank) units[kept++] = u' ';
+        hasBlank = false;
+        units[kept++] = unit;
+    }
+    if (hasBlank) units[kept++] = u' ';
+    units.resize(kept);
+    return units;
+}
+
+void HTMLTextBuilder::append(std::u16string_view text, const Attributes& attributes) {
+    if (text.empty()) return;
+    text_ += text;
+    if (!runs_.empty() && runs_.back().attributes == attributes) {
+        runs_.back().end = text_.size();
+    } else {
+        runs_.push_back({text_.size(), attributes});
+    }
+}
+
+void HTMLTextBuilder::removeLast() {
+    text_.pop_back();
+    const std::size_t before = runs_.size() > 1 ? runs_[runs_.size() - 2].end : 0;
+    if (--runs_.back().end == before) runs_.pop_back();
+}
+
+void HTMLTextBuilder::appendCollapsed(std::u16string_view text, const Attributes& attributes) {
+    if (text.empty()) return;
+    append(text, attributes);
+    isSoft_ = text.back() == u' ';
+}
+
+void HTMLTextBuilder::appendPreserved(std::u16string_view text, const Attributes& attributes) {
+    if (text.empty()) return;
+    if (isSoft_ && !text_.empty() && (text.front() == u'\n' || text.front() == u'\r')) removeLast();
+    append(text, attributes);
+    isSoft_ = false;
+}
+
+void HTMLTextBuilder::appendObject(std::u16string_view text, const Attributes& attributes) {
+    append(text, attributes);
+    isSoft_ = false;
+}
+
+void HTMLTextBuilder::dropSoftEnd() {
+    if (isSoft_ && !text_.empty() && (text_.back() == u' ' || text_.back() == kLineSeparator)) removeLast();
+}
+
+void HTMLTextBuilder::appendNewline(Newline when, bool replacesSoft, const Attributes& attributes) {
+    if (when == Newline::ifMissing && endsInNewline()) return;
+    if (replacesSoft) dropSoftEnd();
+    append(u"\n", attributes);
+    isSoft_ = true;
+}
+
+void HTMLTextBuilder::appendLineSeparator(const Attributes& attributes) {
+    append(std::u16string_view(&kLineSeparator, 1), attributes);
+    isSoft_ = true;
+}
+
+void HTMLTextBuilder::appendTab(const Attributes& attributes) {
+    append(u"\t", attributes);
+    isSoft_ = true;
+}
+
+void HTMLTextBuilder::addAttribute(std::size_t start, AttributeName name, const AttributeValue& value) {
+    if (start >= text_.size()) return;
+    auto first = std::ranges::upper_bound(runs_, start, {}, &AttributedString::Run::end);
+    const std::size_t begin = first == runs_.begin() ? 0 : std::prev(first)->end;
+    if (begin < start) first = std::next(runs_.insert(first, {start, first->attributes}));
+    std::unordered_map<const AttributeSet*, Attributes> changed;
+    for (; first != runs_.end(); ++first) {
+        Attributes& made = changed[first->attributes.get()];
+        if (!made) made = std::make_shared<const AttributeSet>(first->attributes->with(name, value));
+        first->attributes = made;
+    }
+}
+
+} // namespace platform
