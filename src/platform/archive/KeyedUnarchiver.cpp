@@ -15,7 +15,6 @@ namespace platform {
 namespace {
 
 constexpr std::string_view kClassKey = "$class";
-constexpr std::string_view kNullObject = "$null";
 
 // Classes that any archive may hold without being named.
 constexpr std::string_view kAlwaysAllowed[]{"NSString", "NSNumber", "NSData", "NSDate"};
