@@ -53,6 +53,12 @@ Result<std::string> readAll(int descriptor, std::size_t limit, std::string_view 
     return bytes;
 }
 
+Result<std::string> contentsOfFile(const std::string& path, std::size_t limit) {
+    const FileDescriptor descriptor = openAt(AT_FDCWD, path.c_str(), O_RDONLY);
+    if (!descriptor) return failure(errorFromErrno(errno, FileAccess::reading, path));
+    return readAll(descriptor.get(), limit, path);
+}
+
 bool isPathComponent(std::string_view name) {
     return !name.empty() && name != "." && name != ".." && name.find('/') == std::string_view::npos &&
            name.find('\0') == std::string_view::npos;

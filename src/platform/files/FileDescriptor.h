@@ -42,6 +42,9 @@ Result<> writeAll(int descriptor, std::string_view bytes, std::string_view path)
 // From the descriptor's position to the end. More than `limit` bytes is EFBIG.
 Result<std::string> readAll(int descriptor, std::size_t limit, std::string_view path);
 
+// The whole content of the file at a path, which may be reached through links.
+Result<std::string> contentsOfFile(const std::string& path, std::size_t limit = std::size_t{1} << 30);
+
 // One path component that names an entry: not empty, ".", "..", nor with "/" or NUL inside.
 bool isPathComponent(std::string_view name);
 
