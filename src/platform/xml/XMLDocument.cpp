@@ -92,11 +92,19 @@ std::string XMLDocument::XMLString() const {
     return result;
 }
 
-std::string XMLDocument::prettyPrintedPage() const {
+std::string XMLDocument::laidOut(PageLayout layout) const {
     std::string result = documentType_;
     if (!result.empty()) result += '\n';
-    if (root_) writePage(*root_, PageLayout::indented, result);
+    if (root_) writePage(*root_, layout, result);
     return result += '\n';
+}
+
+std::string XMLDocument::page() const {
+    return laidOut(PageLayout::plain);
+}
+
+std::string XMLDocument::prettyPrintedPage() const {
+    return laidOut(PageLayout::indented);
 }
 
 } // namespace platform

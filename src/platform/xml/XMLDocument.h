@@ -19,6 +19,8 @@ enum class XMLDocumentParsing {
     tidyHTML, // as HTML: missing tags are added, the root is html
 };
 
+enum class PageLayout;
+
 class XMLDocument {
   public:
     // The text is UTF-8, whatever it declares. An error is the XML parser's; with tidying only a text without any
@@ -40,11 +42,15 @@ class XMLDocument {
 
     // Document type and root in expanded form.
     std::string XMLString() const;
-    // Document type and root as a page, indented where that changes nothing. @sel XMLDataWithOptions:
+    // Document type and root as a page; pretty printed it is indented where that changes nothing.
+    // @sel XMLDataWithOptions:
+    std::string page() const;
     std::string prettyPrintedPage() const;
 
   private:
     friend class XMLTreeBuilder;
+    std::string laidOut(PageLayout layout) const;
+
     std::string documentType_;
     std::unique_ptr<XMLElement> root_;
 };

@@ -70,8 +70,7 @@ void appendAttributes(const XMLElement& element, std::string& out) {
         out += ' ';
         out += attribute.name;
         out += "=\"";
-        // A reader turns bare line breaks and tabs in a value into blanks.
-        appendReplacing(attribute.value, "&<>\"\t\n\r", escape, out);
+        appendEscapedAttribute(attribute.value, out);
         out += '"';
     }
 }
@@ -176,6 +175,11 @@ class PageWriter {
 
 void appendEscapedText(std::string_view text, std::string& out) {
     appendReplacing(text, "&<>\r", escape, out);
+}
+
+// A reader turns bare line breaks and tabs in a value into blanks.
+void appendEscapedAttribute(std::string_view value, std::string& out) {
+    appendReplacing(value, "&<>\"\t\n\r", escape, out);
 }
 
 void writeXML(const XMLNode& root, std::string& out) {

@@ -59,5 +59,7 @@ void writePage(const XMLNode& node, PageLayout layout, std::string& out);
 
 // Text with "&", "<" and ">" escaped, appended.
 void appendEscapedText(std::string_view text, std::string& out);
+// A value for double quotes, escaped so that a reader gives it back to the letter, appended.
+void appendEscapedAttribute(std::string_view value, std::string& out);
 
 } // namespace platform
