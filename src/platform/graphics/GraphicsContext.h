@@ -2,7 +2,7 @@
 // surface. Coordinates in points, the origin at the top left, y downwards.
 #pragma once
 
-#include <memory>
+#include <span>
 
 #include "platform/graphics/Color.h"
 #include "platform/graphics/Geometry.h"
@@ -26,6 +26,8 @@ class GraphicsContext {
     void fillOval(const Rect& rect, const Color& color);
     // Half the line lies inside the oval, half outside.
     void strokeOval(const Rect& rect, double lineWidth, const Color& color);
+    // One line through the points, with round ends and corners.
+    void strokeLines(std::span<const Point> points, double lineWidth, const Color& color);
     // Scaled to the rectangle.
     void drawImage(const Image& image, const Rect& rect);
 

@@ -73,6 +73,17 @@ void GraphicsContext::strokeOval(const Rect& rect, double lineWidth, const Color
     cairo_stroke(cairo(native_));
 }
 
+void GraphicsContext::strokeLines(std::span<const Point> points, double lineWidth, const Color& color) {
+    cairo_t* const context = cairo(native_);
+    if (points.empty() || !setColor(context, color)) return;
+    cairo_new_path(context);
+    for (const Point& point : points) cairo_line_to(context, point.x, point.y);
+    cairo_set_line_width(context, lineWidth);
+    cairo_set_line_cap(context, CAIRO_LINE_CAP_ROUND);
+    cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
+    cairo_stroke(context);
+}
+
 void GraphicsContext::drawImage(const Image& image, const Rect& rect) {
     if (isEmpty(rect) || image.empty()) return;
     cairo_t* const context = cairo(native_);

@@ -1,0 +1,19 @@
+// What a file looks like in an icon view. Drawn here, so that it does not depend on a desktop's icon theme.
+#pragma once
+
+#include <string_view>
+
+#include "platform/graphics/Image.h"
+
+namespace platform {
+
+class FileWrapper;
+
+inline constexpr double kFileIconSide = 32; // points
+
+// A folder for a directory, else a page in the color of the file's kind, by the extension of its name.
+Image iconForFileWrapper(const FileWrapper& wrapper);
+// A page in the color of that uniform type's kind; a plain page for an unknown one.
+Image iconForContentType(std::string_view typeIdentifier);
+
+} // namespace platform
