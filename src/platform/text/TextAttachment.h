@@ -41,11 +41,13 @@ class TextAttachment {
     // "" when there is none.
     std::string fileType() const;
     const std::optional<std::string>& ownFileType() const { return ownFileType_; } // only what was set
-    void setFileType(std::string fileType) { ownFileType_ = std::move(fileType); }
+    void setFileType(std::optional<std::string> fileType) { ownFileType_ = std::move(fileType); }
 
     // The cell that draws the attachment; null when none is set. Derived classes make theirs at first use.
     virtual std::shared_ptr<TextAttachmentCell> attachmentCell() { return cell_; }
     void setAttachmentCell(std::shared_ptr<TextAttachmentCell> cell) { cell_ = std::move(cell); }
+    // The cell as it stands, without making one.
+    const std::shared_ptr<TextAttachmentCell>& cell() const { return cell_; }
 
   private:
     std::shared_ptr<FileWrapper> fileWrapper_;
