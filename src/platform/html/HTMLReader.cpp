@@ -263,7 +263,7 @@ bool PageWalk::processByTag(Frame& frame) {
         const auto type = page_.attribute(frame.node, HTMLAttribute::type);
         const auto value = page_.attribute(frame.node, HTMLAttribute::value);
         if (value && (!type || type->empty() || asciiLowerCase(*type) == "text"))
-            text_.appendCollapsed(text_.collapsed(*value), textAttributes(frame));
+            text_.appendObject(utf16FromUTF8(*value), textAttributes(frame));
         return false;
     }
     case HTMLTag::iframe:
@@ -422,11 +422,12 @@ void PageWalk::writeText(NodeIndex node) {
                            whiteSpace != CssWhiteSpace::breakSpaces;
     std::u16string text = preserves ? utf16FromUTF8(page_.text(node)) : text_.collapsed(page_.text(node));
     if (text.empty()) return;
+    const bool endsSoft = text.back() == u' ';
     transform(text, frame);
     if (preserves) {
         text_.appendPreserved(text, textAttributes(frame));
     } else {
-        text_.appendCollapsed(text, textAttributes(frame));
+        text_.appendCollapsed(text, endsSoft, textAttributes(frame));
     }
 }
 

@@ -59,10 +59,10 @@ void HTMLTextBuilder::removeLast() {
     if (--runs_.back().end == before) runs_.pop_back();
 }
 
-void HTMLTextBuilder::appendCollapsed(std::u16string_view text, const Attributes& attributes) {
+void HTMLTextBuilder::appendCollapsed(std::u16string_view text, bool endsSoft, const Attributes& attributes) {
     if (text.empty()) return;
     append(text, attributes);
-    isSoft_ = text.back() == u' ';
+    isSoft_ = endsSoft;
 }
 
 void HTMLTextBuilder::appendPreserved(std::u16string_view text, const Attributes& attributes) {

@@ -21,8 +21,9 @@ class HTMLTextBuilder {
     // Text with collapsing white space, in UTF-8: returns what is to be written, with blanks reduced and leading ones
     // dropped where the text so far allows none.
     std::u16string collapsed(std::string_view utf8) const;
-    // Writes the result of collapsed(); a blank at its end is soft: a block's edge replaces it.
-    void appendCollapsed(std::u16string_view text, const Attributes& attributes);
+    // Writes the result of collapsed(), perhaps transformed; whether it ended in a blank before that, which is soft
+    // then: a block's edge replaces it.
+    void appendCollapsed(std::u16string_view text, bool endsSoft, const Attributes& attributes);
     // Writes text with its white space as it stands.
     void appendPreserved(std::u16string_view text, const Attributes& attributes);
     // An object and what follows it; nothing of that is soft.
