@@ -30,6 +30,18 @@ bool isDataAddress(std::string_view address) {
     return address.size() > kDataScheme.size() && asciiLowerCase(address.substr(0, kDataScheme.size())) == kDataScheme;
 }
 
+// A file of that name; without one it is called by its type.
+std::shared_ptr<FileWrapper> fileNamed(std::string name, std::string_view mimeType, Data bytes) {
+    auto wrapper = FileWrapper::regularFile(std::move(bytes));
+    if (name.empty()) {
+        name = kUnnamed;
+        const auto type = UTType::typeWithMIMEType(mimeType);
+        if (const auto extension = type ? type->preferredFilenameExtension() : std::nullopt) name += "." + *extension;
+    }
+    wrapper->setPreferredFilename(std::move(name));
+    return wrapper;
+}
+
 // The bytes that stand in the address itself; null when they cannot be read.
 std::shared_ptr<FileWrapper> fileInAddress(std::string_view address) {
     address.remove_prefix(kDataScheme.size());
@@ -47,19 +59,13 @@ std::shared_ptr<FileWrapper> fileInAddress(std::string_view address) {
         bytes = percentDecodedBytes(body);
     }
     if (!bytes) return nullptr;
-    auto wrapper = FileWrapper::regularFile(Data(std::move(*bytes)));
-    std::string name(kUnnamed);
-    const auto uniformType = UTType::typeWithMIMEType(type.empty() ? "text/plain" : type);
-    if (const auto extension = uniformType ? uniformType->preferredFilenameExtension() : std::nullopt)
-        name += "." + *extension;
-    wrapper->setPreferredFilename(std::move(name));
-    return wrapper;
+    return fileNamed({}, type.empty() ? "text/plain" : type, Data(std::move(*bytes)));
 }
 
 } // namespace
 
-HTMLImages::HTMLImages(std::optional<URL> base, std::optional<URL> readAccess)
-    : base_(std::move(base)), readAccess_(std::move(readAccess)) {}
+HTMLImages::HTMLImages(const HTMLReadOptions& options)
+    : base_(options.baseURL), readAccess_(options.readAccessURL), resourceForURL_(options.resourceForURL) {}
 
 std::optional<URL> HTMLImages::resolved(std::string_view address) const {
     std::string cleaned;
@@ -95,7 +101,10 @@ std::shared_ptr<FileWrapper> HTMLImages::fileAt(const URL& url) const {
 
 std::optional<HTMLImage> HTMLImages::object(std::string_view address) const {
     std::shared_ptr<FileWrapper> wrapper;
-    if (const std::string_view text = trimmed(address); isDataAddress(text)) {
+    const std::string_view text = trimmed(address);
+    if (auto resource = resourceForURL_ ? resourceForURL_(text) : std::nullopt) {
+        wrapper = fileNamed(std::move(resource->name), resource->mimeType, std::move(resource->bytes));
+    } else if (isDataAddress(text)) {
         wrapper = fileInAddress(text);
     } else if (const auto url = resolved(address)) {
         wrapper = fileAt(*url);

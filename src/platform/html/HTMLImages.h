@@ -19,7 +19,7 @@ struct HTMLImage {
 
 class HTMLImages {
   public:
-    HTMLImages(std::optional<URL> base, std::optional<URL> readAccess);
+    explicit HTMLImages(const HTMLReadOptions& options);
 
     // An address of the page, resolved; nothing when it cannot be. Blanks around it are ignored, characters that an
     // address may not hold are encoded.
@@ -35,6 +35,7 @@ class HTMLImages {
     std::shared_ptr<FileWrapper> fileAt(const URL& url) const;
 
     std::optional<URL> base_, readAccess_;
+    std::function<std::optional<HTMLResource>(std::string_view)> resourceForURL_;
 };
 
 } // namespace platform

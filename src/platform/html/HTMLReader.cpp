@@ -55,7 +55,7 @@ constexpr auto kMarkerFormats = std::to_array<std::string_view>({
 class PageWalk {
   public:
     PageWalk(const HTMLDocument& page, const HTMLReadOptions& options)
-        : page_(page), resolver_(page), tables_(page), images_(options.baseURL, options.readAccessURL) {}
+        : page_(page), resolver_(page), tables_(page), images_(options) {}
 
     void run();
     const HTMLTextBuilder& written() const { return text_; }

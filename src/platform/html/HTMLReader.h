@@ -3,7 +3,9 @@
 // its images as attachments. Nothing is ever fetched from a network.
 #pragma once
 
+#include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "platform/base/Data.h"
@@ -14,11 +16,21 @@
 
 namespace platform {
 
+// Bytes that stand behind an address of the page.
+struct HTMLResource {
+    Data bytes;
+    std::string mimeType;
+    std::string name; // what the attachment's file is called; "" for the name that a data: URL gives
+};
+
 struct HTMLReadOptions {
     // What relative addresses are resolved against (NSBaseURLDocumentOption). A file's own URL when absent.
     std::optional<URL> baseURL;
     // The directory below which files may be read (NSReadAccessURLDocumentOption). Without it no file is.
     std::optional<URL> readAccessURL;
+    // Asked first for the address of each image, as it stands in the page: a caller that has the bytes already need
+    // not put them into the page as a data: URL. May be empty.
+    std::function<std::optional<HTMLResource>(std::string_view address)> resourceForURL = nullptr;
 };
 
 // Keys of HTMLDocumentText::documentAttributes.
