@@ -1,0 +1,190 @@
+// Each conversion walks the text as it was, collects what changes line by line, and applies it in one pass. State that
+// the walk carries from item to item (the lists of the item before, for example) depends on the items alone, never on
+// text already changed.
+#include "richtext/Checklists.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "documents/attachments/AttachmentConstants.h"
+#include "documents/attachments/QLTChecklistTextAttachment.h"
+#include "platform/text/AttributedString.h"
+#include "platform/text/TextList.h"
+#include "richtext/TextEditing.h"
+#include "styles/base/ParagraphStyles.h"
+#include "util/Markdown.h"
+
+namespace quillet {
+
+using platform::AttributedString;
+using platform::AttributeSet;
+using platform::Line;
+using platform::ParagraphStyle;
+using platform::ParagraphStyleReference;
+using platform::Range;
+using platform::TextEdit;
+using platform::TextList;
+
+namespace {
+
+using TextLists = std::vector<std::shared_ptr<TextList>>;
+
+// The typed form of a checkbox in a list paragraph: the marker between two tabs.
+std::u16string listPrefix(std::string_view markerFormat) {
+    return u"\t" + TextList(markerFormat).markerForItemNumber(0) + u"\t";
+}
+
+struct ChecklistPrefixes {
+    std::u16string ticked = listPrefix(platform::kTextListMarkerCheck);
+    std::u16string open = listPrefix(platform::kTextListMarkerCircle);
+};
+
+// Whether a line is a checklist item and ticked: its innermost list decides first, then the typed prefix, the ticked
+// form before the open one.
+std::optional<bool> checklistState(const TextList* list, std::u16string_view line, const ChecklistPrefixes& prefixes) {
+    const std::string_view format = list ? std::string_view(list->markerFormat()) : std::string_view();
+    if (format == platform::kTextListMarkerCheck || line.starts_with(prefixes.ticked)) return true;
+    if (format == platform::kTextListMarkerCircle || line.starts_with(prefixes.open)) return false;
+    return std::nullopt;
+}
+
+std::size_t prefixLength(std::u16string_view line, const ChecklistPrefixes& prefixes) {
+    if (line.starts_with(prefixes.ticked)) return prefixes.ticked.size();
+    if (line.starts_with(prefixes.open)) return prefixes.open.size();
+    return 0;
+}
+
+TextEdit checklistLine(const AttributedString& text, Range line, std::size_t prefix, bool isOn, std::size_t listCount) {
+    const auto box = std::make_shared<QLTChecklistTextAttachment>();
+    box->setOn(isOn);
+    const std::uint64_t level = listCount == 0 ? 0 : listCount - 1;
+    box->setIndentationLevel(std::min<std::uint64_t>(QLTChecklistMaxIndentationLevel, level));
+
+    AttributedString item = AttributedString::withAttachment(box);
+    item.append(text.substring({line.location + prefix, line.length - prefix}));
+    item.addAttribute(platform::kParagraphStyleAttributeName, box->checklistParagraphStyle(), {0, item.length()});
+    return {line, std::move(item)};
+}
+
+// The lists of an item's paragraph but its own, from those of the item before. Coming back to an outer level keeps one
+// ancestor fewer than that level has.
+TextLists enclosingLists(const TextLists& previous, std::uint64_t previousLevel, std::uint64_t level) {
+    std::size_t kept = previous.size();
+    if (level < previousLevel) {
+        kept = level == 0 ? 0 : static_cast<std::size_t>(level) - 1;
+    } else if (level == previousLevel) {
+        kept = previous.size() < 2 ? 0 : previous.size() - 1;
+    }
+    kept = std::min(kept, previous.size());
+    return TextLists(previous.begin(), previous.begin() + static_cast<std::ptrdiff_t>(kept));
+}
+
+// Moves both indents so that the text hangs at the next tab stop behind the head indent.
+void indentToNextTabStop(ParagraphStyle& style) {
+    const auto stop =
+        std::ranges::find_if(style.tabStops, [&](const auto& tab) { return tab.location > style.headIndent; });
+    double target = 0;
+    if (stop != style.tabStops.end() && stop->location != 0) {
+        target = stop->location;
+    } else if (style.headIndent + style.defaultTabInterval > 0) {
+        target = style.headIndent + style.defaultTabInterval;
+    } else {
+        target = ParagraphStyle::defaultParagraphStyle()->tabStops.front().location;
+    }
+    const double distance = target - style.headIndent;
+    style.headIndent += distance;
+    style.firstLineHeadIndent += distance;
+}
+
+// A checkbox of the text and the line on which it stands.
+struct ChecklistItem {
+    Range range;
+    std::shared_ptr<QLTChecklistTextAttachment> box;
+};
+
+std::vector<ChecklistItem> checklistItems(const AttributedString& text) {
+    std::vector<ChecklistItem> items;
+    for (const AttachmentRun& run : attachmentsOf(text))
+        if (auto box = std::dynamic_pointer_cast<QLTChecklistTextAttachment>(run.attachment))
+            items.push_back({run.range, std::move(box)});
+    return items;
+}
+
+// Replaces each checkbox by its text form and gives its line the style that goes with it; of two boxes in one line the
+// later one's style stays.
+template<class Form, class Style>
+void replaceChecklistItems(AttributedString& text, Form textForm, Style paragraphStyle) {
+    const std::vector<ChecklistItem> items = checklistItems(text);
+    std::vector<TextEdit> lines;
+    for (auto item = items.begin(); item != items.end();) {
+        const Range line = platform::lineAt(text.string(), item->range.location).enclosing;
+        std::vector<TextEdit> boxes;
+        ParagraphStyleReference style;
+        for (; item != items.end() && line.contains(item->range.location); ++item) {
+            AttributeSet attributes =
+                text.attributesAt(item->range.location).without(platform::kAttachmentAttributeName);
+            boxes.push_back(
+                {{item->range.location - line.location, item->range.length},
+                 AttributedString(textForm(*item->box), std::make_shared<const AttributeSet>(std::move(attributes)))});
+            style = paragraphStyle(*item->box, paragraphStyleAt(text, item->range.location));
+        }
+        AttributedString replaced = text.substring(line);
+        replaced.applyEdits(boxes);
+        replaced.addAttribute(platform::kParagraphStyleAttributeName, std::move(style), {0, replaced.length()});
+        lines.push_back({line, std::move(replaced)});
+    }
+    text.applyEdits(lines);
+}
+
+} // namespace
+
+void convertTextListsToChecklistAttachments(AttributedString& text) {
+    const ChecklistPrefixes prefixes;
+    const std::u16string_view characters = text.string();
+    std::vector<TextEdit> edits;
+    for (const auto& [range, style] : paragraphStyleRuns(text, {0, text.length()})) {
+        const TextList* list = style && !style->textLists.empty() ? style->textLists.back().get() : nullptr;
+        const std::size_t listCount = style ? style->textLists.size() : 0;
+        for (const Line& line : platform::linesInRange(characters, range)) {
+            const auto contents = characters.substr(line.contents.location, line.contents.length);
+            if (const auto isOn = checklistState(list, contents, prefixes))
+                edits.push_back(checklistLine(text, line.contents, prefixLength(contents, prefixes), *isOn, listCount));
+        }
+    }
+    text.applyEdits(edits);
+}
+
+void convertChecklistAttachmentsToTextLists(AttributedString& text) {
+    const ChecklistPrefixes prefixes;
+    std::uint64_t previousLevel = 0;
+    TextLists previousLists;
+    replaceChecklistItems(
+        text, [&](const QLTChecklistTextAttachment& box) { return box.isOn() ? prefixes.ticked : prefixes.open; },
+        [&](const QLTChecklistTextAttachment& box, const ParagraphStyle& current) {
+            ParagraphStyle style = listParagraphStyle();
+            style.textLists = enclosingLists(previousLists, previousLevel, box.indentationLevel());
+            style.textLists.push_back(std::make_shared<TextList>(box.isOn() ? platform::kTextListMarkerCheck
+                                                                            : platform::kTextListMarkerCircle));
+            previousLists = style.textLists;
+            previousLevel = box.indentationLevel();
+            indentToNextTabStop(style);
+            style.textBlocks = current.textBlocks;
+            return std::make_shared<const ParagraphStyle>(std::move(style));
+        });
+}
+
+void convertChecklistAttachmentsToMarkdownSyntax(AttributedString& text) {
+    replaceChecklistItems(
+        text,
+        [](const QLTChecklistTextAttachment& box) {
+            std::u16string form;
+            for (std::uint64_t level = 0; level < box.indentationLevel(); ++level)
+                form += QLTMarkdownChecklistIndentString;
+            return form.append(box.isOn() ? QLTMarkdownChecklistOnString : QLTMarkdownChecklistOffString);
+        },
+        [](const QLTChecklistTextAttachment&, const ParagraphStyle&) {
+            return ParagraphStyle::defaultParagraphStyle();
+        });
+}
+
+} // namespace quillet

@@ -1,0 +1,80 @@
+#include "richtext/TextEditing.h"
+
+namespace quillet {
+
+using platform::AttributedString;
+using platform::AttributeSet;
+using platform::AttributeValue;
+using platform::ParagraphStyle;
+using platform::ParagraphStyleReference;
+using platform::Range;
+using platform::TextAttachmentReference;
+using platform::TextEdit;
+
+const ParagraphStyle& paragraphStyleAt(const AttributedString& text, std::size_t position) {
+    if (position < text.length()) {
+        const AttributeSet& attributes = text.attributesAt(position);
+        const auto* style = attributes.find<ParagraphStyleReference>(platform::kParagraphStyleAttributeName);
+        if (style && *style) return **style;
+    }
+    return *ParagraphStyle::defaultParagraphStyle();
+}
+
+bool beginsWith(std::u16string_view text, Range range, std::u16string_view prefix) {
+    return text.substr(range.location, range.length).starts_with(prefix);
+}
+
+TextEdit insertion(const AttributedString& text, std::size_t position, std::u16string_view inserted) {
+    AttributeSet::Reference attributes = AttributeSet::empty();
+    if (!text.empty())
+        attributes = std::make_shared<const AttributeSet>(text.attributesAt(position == 0 ? 0 : position - 1));
+    return {{position, 0}, AttributedString(std::u16string(inserted), std::move(attributes))};
+}
+
+TextEdit paragraphStyleEdit(const AttributedString& text, Range range, ParagraphStyleReference style) {
+    AttributedString styled = text.substring(range);
+    styled.addAttribute(platform::kParagraphStyleAttributeName, std::move(style), {0, styled.length()});
+    return {range, std::move(styled)};
+}
+
+TextEdit attachmentEdit(const AttributedString& text, Range range, TextAttachmentReference attachment) {
+    auto attributes = std::make_shared<const AttributeSet>(
+        text.attributesAt(range.location).with(platform::kAttachmentAttributeName, std::move(attachment)));
+    return {range,
+            AttributedString(std::u16string(range.length, platform::kAttachmentCharacter), std::move(attributes))};
+}
+
+void setParagraphStyles(AttributedString& text, const std::vector<StyledRange>& styles) {
+    std::vector<TextEdit> edits;
+    for (const auto& [range, style] : styles) {
+        if (!edits.empty() && range.location < edits.back().range.end()) edits.pop_back();
+        edits.push_back(paragraphStyleEdit(text, range, style));
+    }
+    text.applyEdits(edits);
+}
+
+std::vector<AttachmentRun> attachmentsInRange(const AttributedString& text, Range range) {
+    std::vector<AttachmentRun> attachments;
+    text.enumerateAttribute(platform::kAttachmentAttributeName, range, [&](const AttributeValue* value, Range run) {
+        const auto* attachment = value ? std::get_if<TextAttachmentReference>(value) : nullptr;
+        if (attachment && *attachment) attachments.push_back({run, *attachment});
+        return true;
+    });
+    return attachments;
+}
+
+std::vector<AttachmentRun> attachmentsOf(const AttributedString& text) {
+    return attachmentsInRange(text, {0, text.length()});
+}
+
+std::vector<ParagraphStyleRun> paragraphStyleRuns(const AttributedString& text, Range range) {
+    std::vector<ParagraphStyleRun> runs;
+    text.enumerateAttribute(platform::kParagraphStyleAttributeName, range, [&](const AttributeValue* value, Range run) {
+        const auto* style = value ? std::get_if<ParagraphStyleReference>(value) : nullptr;
+        runs.push_back({run, style ? *style : nullptr});
+        return true;
+    });
+    return runs;
+}
+
+} // namespace quillet

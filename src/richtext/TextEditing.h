@@ -1,0 +1,53 @@
+// Small tools that every rewriting of rich text here uses: collecting edits for one pass over the text.
+#pragma once
+
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/text/AttributedString.h"
+
+namespace quillet {
+
+// The paragraph style at a position; the platform's default where the text has none.
+const platform::ParagraphStyle& paragraphStyleAt(const platform::AttributedString& text, std::size_t position);
+
+// Whether the stretch of text begins with the prefix.
+bool beginsWith(std::u16string_view text, platform::Range range, std::u16string_view prefix);
+
+// An insertion, with the attributes that the platform gives to typed-in characters: those of the character before, at
+// the start of the text those of the one behind.
+platform::TextEdit insertion(const platform::AttributedString& text, std::size_t position,
+                             std::u16string_view inserted);
+
+// The range with a paragraph style set over all of it, everything else kept.
+platform::TextEdit paragraphStyleEdit(const platform::AttributedString& text, platform::Range range,
+                                      platform::ParagraphStyleReference style);
+
+// The edit that puts another attachment on an attachment's characters, all other attributes kept.
+platform::TextEdit attachmentEdit(const platform::AttributedString& text, platform::Range range,
+                                  platform::TextAttachmentReference attachment);
+
+// Sets each style over its range, in one pass. Ranges ascend; where two touch the same text the later one wins.
+using StyledRange = std::pair<platform::Range, platform::ParagraphStyleReference>;
+void setParagraphStyles(platform::AttributedString& text, const std::vector<StyledRange>& styles);
+
+// One attachment of the text with the characters on which it stands (as a rule one).
+struct AttachmentRun {
+    platform::Range range;
+    platform::TextAttachmentReference attachment;
+};
+
+// All attachments in the range, in text order.
+std::vector<AttachmentRun> attachmentsInRange(const platform::AttributedString& text, platform::Range range);
+std::vector<AttachmentRun> attachmentsOf(const platform::AttributedString& text);
+
+// Every run of one paragraph style, in text order; null where the text has none.
+struct ParagraphStyleRun {
+    platform::Range range;
+    platform::ParagraphStyleReference style;
+};
+std::vector<ParagraphStyleRun> paragraphStyleRuns(const platform::AttributedString& text, platform::Range range);
+
+} // namespace quillet
