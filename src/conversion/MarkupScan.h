@@ -1,0 +1,32 @@
+// Literal rewriting of serialised markup, in one pass: what was scanned or replaced is never scanned again, so the cost
+// is linear in the markup whatever the number of tags.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/base/Result.h"
+
+namespace quillet {
+
+// One kind of tag to rewrite.
+struct TagRewriting {
+    std::string_view opening; // the literal with which a tag begins
+    // Where the tag that begins at `start` ends (exclusive), or nothing when its end is missing.
+    std::function<std::optional<std::size_t>(std::string_view markup, std::size_t start)> findEnd;
+    // Appends what stands in the tag's place; `tag` is its whole text.
+    std::function<platform::Result<>(std::string_view tag, std::string& out)> replace;
+    // The error for a tag whose end is missing.
+    std::function<platform::Error()> missingEnd;
+};
+
+// The markup with every tag of that kind replaced, in order. Without such a tag the markup is handed back uncopied.
+platform::Result<std::string> rewriteTags(std::string markup, const TagRewriting& rewriting);
+
+// Every occurrence replaced, left to right, without looking into what was put in. Uncopied when there is none.
+std::string replaceAll(std::string markup, std::string_view literal, std::string_view replacement);
+
+} // namespace quillet

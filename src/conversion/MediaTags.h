@@ -1,0 +1,17 @@
+// What an en-media tag of the note markup becomes.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "conversion/NoteMarkup.h"
+#include "platform/base/Result.h"
+
+namespace quillet {
+
+// The markup with each en-media tag replaced: by an image, by an attachment marker, or by the text that says that the
+// attachment is missing.
+platform::Result<std::string> replaceMediaTags(std::string markup, EvernoteXMLItem& item, NoteScratch& scratch,
+                                               UseInlineImages useInlineImages, InlineImages& images);
+
+} // namespace quillet

@@ -1,0 +1,114 @@
+#include "conversion/NoteCreation.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "conversion/ConversionErrors.h"
+#include "conversion/NoteMarkup.h"
+#include "conversion/NoteOutput.h"
+#include "conversion/NoteScratch.h"
+#include "conversion/RichTextImport.h"
+#include "documents/QLTNoteFile.h"
+#include "enex/EvernoteXMLItem.h"
+#include "platform/base/SystemLog.h"
+#include "platform/files/FileWrapper.h"
+#include "platform/files/ResourceValues.h"
+#include "platform/files/UTType.h"
+#include "platform/foundation/PathString.h"
+#include "platform/foundation/StringFormat.h"
+#include "platform/foundation/StringTable.h"
+#include "platform/xml/XMLDocument.h"
+#include "util/FileNames.h"
+
+namespace quillet {
+
+using platform::Result;
+using platform::URL;
+
+namespace {
+
+constexpr std::string_view kUntitled = platform::localizable("Untitled");
+constexpr std::string_view kCouldNotConvert = "Couldn't convert HTML file to note: %@";
+constexpr std::string_view kCouldNotCopyFallback = "Couldn't copy fallback HTML file: %@";
+
+bool allResourcesAreImages(const EvernoteXMLItem& item) {
+    return std::ranges::all_of(item.resources, [](const auto& resource) {
+        return platform::mimeTypeConformsTo(resource.mime, platform::kUTTypeImage);
+    });
+}
+
+std::u16string withExtension(std::u16string_view name, std::string_view extension) {
+    return platform::appendingPathExtension(name, platform::utf16FromUTF8(extension));
+}
+
+// The extension that the HTML type prefers.
+std::string pageExtension() {
+    return platform::UTType::typeWithIdentifier(platform::kUTTypeHTML)->preferredFilenameExtension().value();
+}
+
+// The page as it was read, kept in place of the note that it could not become.
+Result<URL> keepPage(const EvernoteXMLItem& item, NoteOutput& output, const NotePage& page,
+                     const platform::Error& readerError) {
+    platform::systemLog(platform::formatted(kCouldNotConvert, {readerError.description()}));
+    if (!allResourcesAreImages(item)) return platform::failure(noPageError());
+    // Deliberately not sanitized: a name that would leave the destination fails the note.
+    const std::u16string name = item.title.empty() ? platform::utf16FromUTF8(item.identifier + ".html")
+                                                   : withExtension(item.title, pageExtension());
+    const std::string markup = TRY(page.images.filledIn(page.markup));
+    Result<URL> copied = output.writeFile(stringByTrimmingWhitespace(name), markup, resourceValuesForItem(item));
+    if (!copied) platform::systemLog(platform::formatted(kCouldNotCopyFallback, {copied.error().description()}));
+    return copied;
+}
+
+} // namespace
+
+Result<URL> createNoteForElement(EvernoteXMLItem& item, NoteScratch& scratch, NoteOutput& output,
+                                 const platform::XMLElement& noteElement) {
+    const NotePage page =
+        TRY(notePageFromNoteElement(item, scratch, noteElement, UseInlineImages::yes, ConvertDividers::yes));
+    ImportedPage imported = TRY(importRichText(item, scratch, page));
+    if (!imported.text) return keepPage(item, output, page, *imported.readerError);
+
+    QLTNoteFile note;
+    note.setNoteText(*std::move(imported.text));
+    const std::u16string name = stringSanitizedForFileName(withExtension(item.title, QLTNoteFileExtension));
+    return output.writePackage(name, *TRY(note.fileWrapper()), resourceValuesForItem(item));
+}
+
+Result<URL> createHTMLForElement(EvernoteXMLItem& item, NoteScratch& scratch, NoteOutput& output,
+                                 const platform::XMLElement& noteElement) {
+    if (!allResourcesAreImages(item)) return platform::failure(noPageError());
+    const NotePage page =
+        TRY(notePageFromNoteElement(item, scratch, noteElement, UseInlineImages::yes, ConvertDividers::no));
+    const platform::XMLDocument document =
+        TRY(platform::XMLDocument::initWithXMLString(page.markup, platform::XMLDocumentParsing::tidyHTML));
+    const std::string markup = TRY(page.images.filledIn(document.page()));
+    const std::u16string name = stringSanitizedForFileName(withExtension(item.title, pageExtension()));
+    return output.writeFile(name, markup, resourceValuesForItem(item));
+}
+
+Result<URL> processSingleResource(EvernoteXMLItem& item, NoteOutput& output) {
+    EvernoteXMLResource& resource = item.resources.front();
+    const std::u16string filename = stringByTrimmingWhitespace(resource.attributes.filename);
+    std::u16string name =
+        platform::appendingPathExtension(item.title, platform::pathExtension(std::u16string_view(filename)));
+    if (name.empty()) name = platform::utf16FromUTF8(platform::localizedString(kUntitled));
+    if (platform::pathExtension(std::u16string_view(name)).empty() && !resource.mime.empty()) {
+        const auto type = platform::UTType::typeWithMIMEType(resource.mime);
+        if (const auto extension = type ? type->preferredFilenameExtension() : std::nullopt)
+            name = withExtension(name, *extension);
+    }
+    const platform::Data bytes = TRY(resource.getContentData());
+    return output.writeFile(stringSanitizedForFileName(name), bytes.bytes(), resourceValuesForItem(item));
+}
+
+platform::ResourceValues resourceValuesForItem(const EvernoteXMLItem& item) {
+    platform::ResourceValues values;
+    values.hasHiddenExtension = true;
+    values.creationDate = item.created;
+    values.contentModificationDate = item.updated;
+    if (!item.tags.empty()) values.tagNames = item.tags;
+    return values;
+}
+
+} // namespace quillet

@@ -1,0 +1,79 @@
+#include "conversion/NoteOutput.h"
+
+#include <utility>
+
+#include "conversion/OutputNames.h"
+#include "platform/base/SystemLog.h"
+#include "platform/files/FileWrapper.h"
+#include "platform/files/ResourceValues.h"
+#include "platform/foundation/StringFormat.h"
+
+namespace quillet {
+
+using platform::PendingOutput;
+using platform::ResourceValues;
+using platform::Result;
+using platform::URL;
+
+namespace {
+
+constexpr std::string_view kCouldNotSetValues = "Couldn't set resource values on %@";
+
+} // namespace
+
+NoteOutput::NoteOutput(const URL& url) : url_(url), directory_(platform::OutputDirectory::openURL(url)) {
+    if (directory_) directory_->removeLeftovers();
+}
+
+Result<platform::OutputDirectory*> NoteOutput::directory() {
+    if (!directory_) return platform::failure(directory_.error());
+    return &*directory_;
+}
+
+Result<URL> NoteOutput::writeFile(std::u16string_view name, std::string_view bytes, const ResourceValues& values) {
+    PendingOutput pending = TRY(TRY(directory())->createFile());
+    TRY(pending.write(bytes));
+    return publish(std::move(pending), name, values);
+}
+
+Result<URL> NoteOutput::writePackage(std::u16string_view name, const platform::FileWrapper& package,
+                                     const ResourceValues& values) {
+    PendingOutput pending = TRY(TRY(directory())->createPackage());
+    TRY(pending.writeChildren(package));
+    ResourceValues packageValues = values;
+    packageValues.isPackage = true;
+    return publish(std::move(pending), name, packageValues);
+}
+
+// A name that something else has taken since it was found free leads to the next one.
+Result<URL> NoteOutput::publish(PendingOutput pending, std::u16string_view name, const ResourceValues& values) {
+    const auto refused = platform::setResourceValues(pending.descriptor(), values);
+    for (;;) {
+        const std::string free = freeNameInDirectory(*directory_, name);
+        const Result<> moved = pending.moveIntoPlace(free);
+        if (!moved && moved.error().code == static_cast<std::int64_t>(platform::CocoaError::fileWriteFileExists))
+            continue;
+        if (!moved) return platform::failure(moved.error());
+        const URL written = urlOf(free);
+        if (!refused.empty())
+            platform::systemLog(platform::formatted(kCouldNotSetValues, {written.absoluteString()}) + ": " +
+                                platform::descriptionOfRefused(refused));
+        return written;
+    }
+}
+
+URL NoteOutput::urlOf(std::string_view name) const {
+    return url_.appendingPathComponent(name);
+}
+
+void NoteOutput::overwriteLog(std::string_view name, std::string_view text) {
+    if (!directory_) return;
+    const auto log = directory_->openLogFile(name);
+    if (log) (void)platform::writeAll(log->get(), text, name);
+}
+
+Result<> NoteOutput::flush() {
+    return directory_ ? directory_->flush() : Result<>();
+}
+
+} // namespace quillet

@@ -1,0 +1,45 @@
+// The XHTML page of a note while it is worked on. Inline images are slots: an address of a few characters stands for
+// the data: URL, so that an attachment of 50 MB does not travel through parsers and serialisers; it is filled in once,
+// at the end.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/base/Result.h"
+
+namespace quillet {
+
+class EvernoteXMLResource;
+
+struct InlineImage {
+    std::string mimeType; // as it stands in the data: URL
+    EvernoteXMLResource* resource;
+};
+
+class InlineImages {
+  public:
+    // The identifier is in every slot's address; it must be one that no note markup can know beforehand.
+    explicit InlineImages(std::string_view identifier);
+
+    // The address of a new slot. It needs no escaping in markup.
+    std::string addSlot(InlineImage image);
+    // The image that an address stands for, or null.
+    const InlineImage* imageAt(std::string_view address) const;
+    // The markup with each slot's address replaced by its data: URL, escaped for an attribute. Without slots the markup
+    // is handed back uncopied. The error is a resource's, when it has no bytes.
+    platform::Result<std::string> filledIn(std::string markup) const;
+
+  private:
+    std::string prefix_;
+    std::vector<InlineImage> images_;
+};
+
+struct NotePage {
+    std::string markup;
+    InlineImages images;
+};
+
+} // namespace quillet

@@ -1,0 +1,141 @@
+#include "conversion/RichTextImport.h"
+
+#include <memory>
+#include <utility>
+
+#include "conversion/NoteMarkup.h"
+#include "conversion/NoteScratch.h"
+#include "documents/attachments/AttachmentConstants.h"
+#include "documents/attachments/QLTChecklistTextAttachment.h"
+#include "documents/attachments/QLTDividerTextAttachment.h"
+#include "documents/attachments/QLTFileAttachment.h"
+#include "enex/EvernoteXMLItem.h"
+#include "platform/files/FileWrapper.h"
+#include "platform/files/UTType.h"
+#include "platform/foundation/PathString.h"
+#include "platform/foundation/Percent.h"
+#include "platform/html/HTMLReader.h"
+#include "platform/operations/OperationQueue.h"
+#include "service/operations/OperationQueueWaits.h"
+#include "util/FileNames.h"
+
+namespace quillet {
+
+using platform::AttributedString;
+using platform::AttributeSet;
+using platform::FileWrapper;
+using platform::Range;
+using platform::Result;
+using platform::TextAttachment;
+using platform::TextEdit;
+
+namespace {
+
+// The bytes behind an inline image's address. The attachment gets the resource's name; without one the reader's.
+std::optional<platform::HTMLResource> imageBehind(const InlineImages& images, std::string_view address) {
+    const InlineImage* image = images.imageAt(address);
+    if (!image) return std::nullopt;
+    Result<platform::Data> bytes = image->resource->getContentData();
+    if (!bytes) return std::nullopt;
+    const std::u16string name = stringByTrimmingWhitespace(image->resource->attributes.filename);
+    return platform::HTMLResource{*std::move(bytes), image->mimeType,
+                                  platform::utf8FromUTF16(stringSanitizedForFileName(name))};
+}
+
+// HTML is read on the main thread only; this thread waits for it.
+Result<platform::HTMLDocumentText> readPageOnMainQueue(const NotePage& page, const platform::URL& directory) {
+    platform::HTMLReadOptions options;
+    options.baseURL = directory;
+    options.readAccessURL = directory;
+    options.resourceForURL = [&page](std::string_view address) { return imageBehind(page.images, address); };
+    std::optional<Result<platform::HTMLDocumentText>> read;
+    addOperationWithBlockAndWaitUntilFinished(platform::OperationQueue::mainQueue(), [&] {
+        read = platform::attributedStringFromHTMLData(page.markup, options);
+    });
+    return *std::move(read);
+}
+
+// PDFs, images and movies are shown in the text itself, everything else as a file.
+std::shared_ptr<TextAttachment> attachmentFor(const std::shared_ptr<FileWrapper>& wrapper) {
+    const auto type = platform::UTType::typeWithFilenameExtension(
+        platform::pathExtension(std::string_view(wrapper->preferredFilename())));
+    if (type && !type->conformsTo(platform::kUTTypePDF) &&
+        QLTFileAttachment::shouldUseForFileType(type->identifier())) {
+        auto file = std::make_shared<QLTFileAttachment>();
+        file->setFileWrapper(wrapper);
+        return file;
+    }
+    return std::make_shared<TextAttachment>(wrapper);
+}
+
+} // namespace
+
+Result<> replaceAttachmentMarkers(AttributedString& text, const NoteScratch& scratch) {
+    static const std::u16string opening = platform::utf16FromUTF8(kAttachmentOpeningFence);
+    static const std::u16string closing = platform::utf16FromUTF8(kAttachmentClosingFence);
+    const std::u16string& characters = text.string();
+    std::vector<TextEdit> edits;
+    std::size_t start = characters.find(opening);
+    while (start != std::u16string::npos) {
+        const std::size_t nameStart = start + opening.size();
+        const std::size_t nameEnd = characters.find(closing, nameStart);
+        if (nameEnd == std::u16string::npos) break;
+        const std::string encoded = platform::utf8FromUTF16(characters.substr(nameStart, nameEnd - nameStart));
+        const std::string name = platform::removingPercentEncoding(encoded).value_or(encoded);
+        const std::size_t end = nameEnd + closing.size();
+        edits.push_back(
+            {{start, end - start}, AttributedString::withAttachment(attachmentFor(TRY(scratch.fileWrapper(name))))});
+        start = characters.find(opening, end);
+    }
+    text.applyEdits(edits);
+    return {};
+}
+
+void replaceCheckboxMarkers(AttributedString& text) {
+    const std::u16string_view characters = text.string();
+    std::vector<TextEdit> edits;
+    for (const platform::Line& line : platform::linesOf(characters)) {
+        const auto contents = characters.substr(line.contents.location, line.contents.length);
+        const bool isOn = contents.starts_with(QLTChecklistOnValueReplacementString);
+        if (!isOn && !contents.starts_with(QLTChecklistOffValueReplacementString)) continue;
+        auto box = std::make_shared<QLTChecklistTextAttachment>();
+        box->setOn(isOn);
+        edits.push_back({{line.contents.location, QLTChecklistOnValueReplacementString.size()},
+                         AttributedString::withAttachment(std::move(box))});
+    }
+    text.applyEdits(edits);
+}
+
+// A divider stands on a line of its own. A marker at the end of a longer line gains a newline too, and with it an
+// empty line behind the divider.
+void replaceDividerMarkers(AttributedString& text) {
+    static const std::u16string marker = platform::utf16FromUTF8(kDividerMarker);
+    const std::u16string_view characters = text.string();
+    std::vector<TextEdit> edits;
+    for (const platform::Line& line : platform::linesOf(characters)) {
+        const auto contents = characters.substr(line.contents.location, line.contents.length);
+        const std::size_t offset = contents.find(marker);
+        if (offset == std::u16string_view::npos) continue;
+        const Range range{line.contents.location + offset, marker.size()};
+        const auto around = std::make_shared<const AttributeSet>(text.attributesAt(range.location));
+        AttributedString divider;
+        if (offset != 0) divider.append(u"\n", around);
+        divider.append(AttributedString::withAttachment(std::make_shared<QLTDividerTextAttachment>()));
+        if (contents.size() != marker.size()) divider.append(u"\n", around);
+        edits.push_back({range, std::move(divider)});
+    }
+    text.applyEdits(edits);
+}
+
+Result<ImportedPage> importRichText(EvernoteXMLItem& item, NoteScratch& scratch, const NotePage& page) {
+    TRY(scratch.writeFile(item.identifier + ".html", page.markup));
+    Result<platform::HTMLDocumentText> read = readPageOnMainQueue(page, scratch.url());
+    if (!read) return ImportedPage{std::nullopt, std::move(read).error()};
+    AttributedString text = std::move(read->text);
+    TRY(replaceAttachmentMarkers(text, scratch));
+    replaceCheckboxMarkers(text);
+    replaceDividerMarkers(text);
+    return ImportedPage{std::move(text), std::nullopt};
+}
+
+} // namespace quillet
