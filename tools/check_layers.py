@@ -40,6 +40,7 @@ LAYERS = {
     "service": ["service/operations", "conversion", "platform/ipc"],
     "programs/export": ["documents"],
     "programs": ["programs/export", "service"],
+    "programs/main": ["programs"],
 }
 
 # A library header may be included only below its folder (nothing of the libraries leaks upwards).
@@ -50,7 +51,7 @@ LIBRARY_HEADERS = [
     (re.compile(r"(gio|glib)/|g(io|lib)(-unix)?\.h"), ["platform/ipc"]),
     (re.compile(r"plist/"), ["platform/plist"]),
     (re.compile(r"openssl/"), ["platform/foundation"]),
-    (re.compile(r"nlohmann/|CLI/"), ["programs", "programs/export"]),
+    (re.compile(r"nlohmann/|CLI/"), ["programs/main", "programs/export"]),
 ]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')

@@ -1,0 +1,52 @@
+#include "programs/export/JSONForm.h"
+
+#include <nlohmann/json.hpp>
+
+#include "platform/base/Error.h"
+#include "platform/foundation/Base64.h"
+
+namespace quillet {
+
+using nlohmann::json;
+using platform::Dictionary;
+using platform::Error;
+using platform::Value;
+
+namespace {
+
+// Values are a few levels deep by construction: entries in lists in a reply, errors under errors.
+struct Converter {
+    json operator()(std::monostate) const { return nullptr; }
+    json operator()(bool boolean) const { return boolean; }
+    json operator()(std::int64_t integer) const { return integer; }
+    json operator()(double real) const { return real; }
+    json operator()(const std::u16string& text) const { return platform::utf8FromUTF16(text); }
+    json operator()(const platform::Data& data) const { return platform::base64Encoded(data.bytes()); }
+    json operator()(const platform::Date& date) const { return date.iso8601(); }
+    json operator()(platform::UID uid) const { return uid.value; }
+    json operator()(const platform::Array& array) const {
+        json list = json::array();
+        for (const Value& value : array) list.push_back(std::visit(*this, value.variant()));
+        return list;
+    }
+    json operator()(const Dictionary& dictionary) const {
+        json object = json::object();
+        for (const auto& [key, value] : dictionary) object[key] = std::visit(*this, value.variant());
+        return object;
+    }
+    json operator()(const Value::ErrorReference& error) const {
+        return {{"domain", error->domain},
+                {"code", error->code},
+                {"localizedDescription", error->localizedDescription()},
+                {"userInfo", (*this)(error->userInfo)}};
+    }
+};
+
+} // namespace
+
+std::string jsonLine(const Dictionary& dictionary) {
+    // Ill-formed UTF-8 cannot come from UTF-16; keys are ours. The replacing mode keeps a surprise from being thrown.
+    return Converter()(dictionary).dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
+} // namespace quillet

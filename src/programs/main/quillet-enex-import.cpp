@@ -1,0 +1,242 @@
+// The command-line client: imports exports into a directory, in its own process.
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include "platform/base/Error.h"
+#include "platform/base/SystemLog.h"
+#include "platform/foundation/Environment.h"
+#include "platform/foundation/URL.h"
+#include "platform/operations/OperationQueue.h"
+#include "programs/ProgressBar.h"
+#include "programs/RegisterClasses.h"
+#include "programs/export/JSONForm.h"
+#include "service/Quillet_ENEX_Import.h"
+
+namespace quillet {
+namespace {
+
+using platform::Dictionary;
+using platform::URL;
+using platform::Value;
+
+// Exit statuses.
+constexpr int kAllWritten = 0;
+constexpr int kNotesFailed = 1;
+constexpr int kImportFailed = 2;
+constexpr int kWrongUsage = 64; // EX_USAGE
+constexpr int kSignalBase = 128;
+
+struct Options {
+    bool debug = false;
+    bool webClippingsAsNotes = false;
+    bool json = false;
+    bool verbose = false;
+    bool quiet = false;
+    std::vector<std::string> files;
+    std::string directory;
+};
+
+// Waits for SIGINT and SIGTERM on a thread of its own. The first one cancels the import: the note under way is
+// finished. A second one ends the process at once.
+class Interruption {
+  public:
+    Interruption() {
+        sigemptyset(&signals_);
+        sigaddset(&signals_, SIGINT);
+        sigaddset(&signals_, SIGTERM);
+        // Blocked before any other thread starts, so that all of them leave the signals to the waiting one.
+        pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
+        std::thread([this] { wait(); }).detach();
+    }
+
+    void setImport(std::shared_ptr<Quillet_ENEX_Import> import) {
+        const std::lock_guard lock(mutex_);
+        import_ = std::move(import);
+        if (signal_ != 0 && import_) import_->cancel();
+    }
+    int signal() const { return signal_; }
+
+  private:
+    void wait() {
+        for (;;) {
+            int received = 0;
+            if (sigwait(&signals_, &received) != 0) continue;
+            if (signal_.exchange(received) != 0) std::_Exit(kSignalBase + received);
+            const std::lock_guard lock(mutex_);
+            if (import_) import_->cancel();
+        }
+    }
+
+    sigset_t signals_{};
+    std::atomic<int> signal_ = 0;
+    std::mutex mutex_;
+    std::shared_ptr<Quillet_ENEX_Import> import_; // guarded by mutex_
+};
+
+void printMessage(std::string_view message) {
+    fmt::print(stderr, "quillet-enex-import: {}\n", platform::escapedForTerminal(message));
+}
+
+// Runs one import to its reply, with the main queue on this thread.
+Dictionary runImport(const Options& options, const std::string& file, Interruption& interruption) {
+    const auto import = Quillet_ENEX_Import::create();
+    std::unique_ptr<ProgressBar> bar;
+    if (!options.quiet && ::isatty(STDERR_FILENO) != 0) {
+        bar = std::make_unique<ProgressBar>(std::filesystem::path(file).filename().string());
+        import->setProgressBlock([&bar](const ImportProgress& progress) { bar->show(progress); });
+    }
+    const Dictionary importOptions{
+        {std::string(kDebugOption), Value(options.debug)},
+        {std::string(QLTImportENEXOptionWebClippingsAsNotes), Value(options.webClippingsAsNotes)}};
+    std::optional<Dictionary> result;
+    std::atomic<bool> replied = false;
+    import->importENEXFile(URL::fileURLWithPath(file), importOptions, URL::fileURLWithPath(options.directory, true),
+                           [&](Dictionary reply) {
+                               result = std::move(reply);
+                               replied = true;
+                               platform::wakeMainQueue();
+                           });
+    interruption.setImport(import);
+    platform::runMainQueueUntil([&] { return replied.load(); });
+    interruption.setImport(nullptr);
+    return *std::move(result);
+}
+
+const platform::Array& listUnder(const Dictionary& reply, std::string_view key) {
+    static const platform::Array none;
+    const Value* value = platform::find(reply, key);
+    const auto* list = value ? value->as<platform::Array>() : nullptr;
+    return list ? *list : none;
+}
+
+std::string logPath(const Dictionary& reply) {
+    const Value* log = platform::find(reply, kLogFileReplyKey);
+    const auto url = log ? URL::fromString(log->utf8()) : std::nullopt;
+    return url ? url->path() : std::string();
+}
+
+void printSummary(const std::string& file, const Dictionary& reply) {
+    const auto shown = [](std::string_view text) { return platform::escapedForTerminal(text); };
+    fmt::print("{}\n", shown(file));
+    if (platform::find(reply, kErrorReplyKey) == nullptr) {
+        const platform::Array& failed = listUnder(reply, kErrorNotesReplyKey);
+        fmt::print("  notes written: {}\n  notes failed: {}\n", listUnder(reply, kItemsReplyKey).size(), failed.size());
+        for (const Value& title : failed) fmt::print("    {}\n", shown(title.utf8()));
+    } else {
+        fmt::print("  not imported completely; notes already written stay in place\n");
+    }
+    fmt::print("  log: {}\n", shown(logPath(reply)));
+}
+
+// The reply's part of the exit status; reports its error.
+int statusOf(const std::string& file, const Dictionary& reply) {
+    if (const Value* value = platform::find(reply, kErrorReplyKey)) {
+        if (const platform::Error* error = value->asError()) printMessage(file + ": " + error->description());
+        return kImportFailed;
+    }
+    return listUnder(reply, kErrorNotesReplyKey).empty() ? kAllWritten : kNotesFailed;
+}
+
+void warnOfSharedLogs(const std::vector<std::string>& files) {
+    std::set<std::filesystem::path> stems;
+    for (const std::string& file : files)
+        if (!stems.insert(std::filesystem::path(file).stem()).second)
+            printMessage(file + ": another FILE has the same base name; its log will be overwritten");
+}
+
+int importAll(const Options& options, Interruption& interruption) {
+    std::error_code failure;
+    std::filesystem::create_directories(options.directory, failure);
+    if (failure) printMessage(options.directory + ": cannot be made: " + failure.message());
+    warnOfSharedLogs(options.files);
+
+    int status = kAllWritten;
+    for (const std::string& file : options.files) {
+        const Dictionary reply = runImport(options, file, interruption);
+        status = std::max(status, statusOf(file, reply));
+        if (options.json) {
+            fmt::print("{}\n", jsonLine(reply));
+        } else if (!options.quiet) {
+            printSummary(file, reply);
+        }
+        std::fflush(stdout);
+        if (interruption.signal() != 0) return kSignalBase + interruption.signal();
+    }
+    return status;
+}
+
+// The last positional argument is the directory; CLI11 cannot say that of itself.
+bool splitArguments(std::vector<std::string> arguments, Options& options) {
+    if (arguments.size() < 2) return false;
+    options.directory = std::move(arguments.back());
+    arguments.pop_back();
+    options.files = std::move(arguments);
+    return true;
+}
+
+// The usage line, which the library cannot derive: the last argument is of another kind than those before it.
+class UsageFormatter : public CLI::Formatter {
+  public:
+    std::string make_usage(const CLI::App*, std::string) const override {
+        return "Usage: quillet-enex-import [OPTIONS] FILE... DIRECTORY\n";
+    }
+};
+
+std::optional<int> parseCommandLine(int argc, char** argv, Options& options) {
+    CLI::App app{
+        "Imports Evernote exports (ENEX) into a directory: note packages, HTML pages of web clippings, single files.",
+        "quillet-enex-import"};
+    std::vector<std::string> arguments;
+    app.formatter(std::make_shared<UsageFormatter>());
+    app.add_option("FILE... DIRECTORY", arguments, "exports to read, and where their notes go; made when missing");
+    app.add_flag("--debug", options.debug, "log every event of the parser");
+    app.add_flag("--web-clippings-as-notes", options.webClippingsAsNotes,
+                 "make notes of web clippings, not HTML pages");
+    app.add_flag("--json", options.json, "print each import's reply as one line of JSON, and nothing else");
+    app.add_flag("-v,--verbose", options.verbose, "send the system log to standard error");
+    app.add_flag("-q,--quiet", options.quiet, "no progress, no summary");
+    app.set_version_flag("--version", "quillet-enex-import " + platform::Environment::current().bundleShortVersion);
+    app.footer("Exit status: 0 every note was written; 1 a note failed; 2 an export could not be read to its end;\n"
+               "64 wrong usage; 130 and 143 interrupted.");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kAllWritten : kWrongUsage;
+    }
+    if (!splitArguments(std::move(arguments), options)) {
+        printMessage("FILE and DIRECTORY are needed; --help says more");
+        return kWrongUsage;
+    }
+    return std::nullopt;
+}
+
+int run(int argc, char** argv) {
+    Options options;
+    if (const auto status = parseCommandLine(argc, argv, options)) return *status;
+    static Interruption interruption;
+    if (options.verbose)
+        platform::setSystemLogSink(
+            [](std::string_view entry) { fmt::print(stderr, "{}\n", platform::escapedForTerminal(entry)); });
+    registerClasses();
+    return importAll(options, interruption);
+}
+
+} // namespace
+} // namespace quillet
+
+int main(int argc, char** argv) {
+    return quillet::run(argc, argv);
+}
