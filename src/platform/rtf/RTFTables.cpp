@@ -27,6 +27,14 @@ std::string_view fontClassWord(std::string_view name) {
     return found == std::end(kFontClasses) ? "\\fnil" : found->word;
 }
 
+// Of a font outside the built-in table by its name's words: what is installed here must not change what is written.
+std::uint32_t traitsOf(const Font& font) {
+    const std::string& name = font.fontName();
+    if (knownFontFamily(name)) return font.traits();
+    const bool italic = name.find("Italic") != std::string::npos || name.find("Oblique") != std::string::npos;
+    return (name.find("Bold") != std::string::npos ? kBoldFontTrait : 0U) | (italic ? kItalicFontTrait : 0U);
+}
+
 std::int64_t scaled(double component, double scale) {
     return std::llround(std::clamp(component, 0.0, 1.0) * scale);
 }
@@ -112,7 +120,7 @@ void writeLevel(const TextList& list, std::size_t index, std::size_t templateId,
 
 std::size_t RTFFontTable::indexOf(const Font& font) {
     if (const auto found = indexes_.find(font.fontName()); found != indexes_.end()) return found->second;
-    const std::uint32_t traits = font.traits();
+    const std::uint32_t traits = traitsOf(font);
     entries_.push_back({font.fontName(), (traits & kBoldFontTrait) != 0, (traits & kItalicFontTrait) != 0});
     indexes_.emplace(font.fontName(), entries_.size() - 1);
     return entries_.size() - 1;

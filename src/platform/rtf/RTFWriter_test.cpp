@@ -94,6 +94,11 @@ TEST(RTFWriter, PutsTheWindows1252HalfInHexadecimalAndNothingElse) {
     EXPECT_EQ(windows1252Byte(0x0100), 0);
 }
 
+TEST(RTFWriter, TellsTheFaceOfAFontThatIsNotKnownByItsName) {
+    EXPECT_NE(rtf(text(u"x", font("Invented-BoldItalic"))).find("\\f0\\i\\b\\fs24 "), std::string::npos);
+    EXPECT_NE(rtf(text(u"x", font("Invented"))).find("\n\\f0\\fs24 "), std::string::npos);
+}
+
 TEST(RTFWriter, ConvertsTextColorsToGenericRGBInTheOldTable) {
     const auto color = with(kForegroundColorAttributeName, Color::sRGB(0, 0.36078, 0.77255));
     EXPECT_NE(rtf(text(u"x", color)).find("\\red7\\green68\\blue184;"), std::string::npos);
