@@ -169,7 +169,7 @@ bool HTMLPageParser::isImplied(std::string_view name, const xmlChar** attributes
 }
 
 const char* HTMLPageParser::stored(std::string_view value) {
-    if (blockUsed_ + value.size() > kBlockSize) {
+    if (document_.blocks_.empty() || blockUsed_ + value.size() > kBlockSize) {
         document_.blocks_.push_back(std::make_unique_for_overwrite<char[]>(kBlockSize));
         blockUsed_ = 0;
     }
