@@ -141,6 +141,12 @@ void PageWalk::newline(const Frame& frame, Newline when, bool replacesSoft) {
 }
 
 void PageWalk::run() {
+    for (NodeIndex at = page_.head(); at != kNone; at = page_.following(at, page_.head())) {
+        const auto base = page_[at].tag == HTMLTag::base ? page_.attribute(at, HTMLAttribute::href) : std::nullopt;
+        if (!base) continue;
+        images_.setBase(*base);
+        break;
+    }
     if (enter(page_.root())) {
         while (!open_.empty()) {
             Frame& frame = top();
@@ -233,8 +239,6 @@ bool PageWalk::processByTag(Frame& frame) {
     case HTMLTag::body:
         if (frame.style->background.alpha > 0) background_ = frame.style->background;
         return true;
-    case HTMLTag::base:
-        return false;
     case HTMLTag::br:
         writeBreak(frame);
         return false;

@@ -380,7 +380,7 @@ void BodyWriter::appendText(std::string& out, Range range) {
             rules_.useTabs();
             out += "<span class=\"Apple-tab-span\">" + std::string(end - at, '\t') + "</span>";
         } else if (unit == 0x2028 || unit == 0x85 || unit == u'\f' || unit == u'\v') {
-            out += "<br>";
+            out += at + 1 == paragraph_.end() ? "<br><br>" : "<br>"; // a paragraph's end takes one
         } else if (unit >= 0x20 && unit != kAttachmentCharacter && unit != 0x7F) {
             while (end < range.end() && units_[end] > u' ' && units_[end] != 0x2028 && units_[end] != 0x85 &&
                    units_[end] != kAttachmentCharacter && units_[end] != 0x7F)
