@@ -48,11 +48,12 @@ Reference currentStyle(std::int64_t type) {
     return cached;
 }
 
-// Styles without a name come first.
+// Styles without a name come first; of equal names the identifiers decide.
 bool comesBefore(const Reference& a, const Reference& b) {
     const auto first = a->name(), second = b->name();
     if (!first || !second) return !first && second;
-    return platform::localizedStandardCompare(*first, *second) < 0;
+    const auto order = platform::localizedStandardCompare(*first, *second);
+    return order == 0 ? a->identifier() < b->identifier() : order < 0;
 }
 
 void postDefaultsDidChange() {
@@ -79,7 +80,7 @@ std::vector<Reference> QLTNoteTextStyle::customStyles() {
     if (!cached) {
         cached = savedStyles();
         std::erase_if(*cached, [](const Reference& style) { return style->type() != kCustomType; });
-        std::ranges::stable_sort(*cached, comesBefore);
+        std::ranges::sort(*cached, comesBefore);
     }
     return *cached;
 }

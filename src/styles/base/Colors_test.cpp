@@ -227,7 +227,7 @@ TEST(Colors, MenuImageIsASwatchWithADarkerRim) {
     const platform::Image image = menuImageForColor(Color::sRGB(1, 0, 0), {20, 20});
     EXPECT_EQ(image.size(), (platform::Size{20, 20}));
     EXPECT_EQ(image.pixelAt(10, 10), (RGBA{1, 0, 0, 1}));
-    for (const std::size_t edge : {0, 1, 18, 19}) {
+    for (const std::size_t edge : {0u, 1u, 18u, 19u}) {
         EXPECT_EQ(image.pixelAt(edge, 10).alpha, 0) << "margin " << edge;
         EXPECT_EQ(image.pixelAt(10, edge).alpha, 0) << "margin " << edge;
     }
