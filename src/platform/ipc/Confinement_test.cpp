@@ -1,0 +1,257 @@
+// Each test forks: the child confines itself, tries one thing, and its exit status says what came of it.
+#include "platform/ipc/Confinement.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/ptrace.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+#include <utime.h>
+
+#include "tests/support/ScratchDirectory.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kNotConfined = 255;
+
+// What an attempt comes to: 0 when it was let through, else its errno. -1 for a process that died of a signal.
+using Attempt = std::function<int()>;
+
+int answer(long result) {
+    return result < 0 ? errno : 0;
+}
+
+class ConfinedProcess : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (availableConfinement() != Confinement::full)
+            GTEST_SKIP() << "this kernel confines " << confinementName(availableConfinement());
+        fs::create_directory(inside_);
+        fs::create_directory(outside_);
+        tests::writeFile(secret_, "secret");
+        tests::writeFile(export_, "export");
+        tests::writeFile(inside_ / "own", "own");
+    }
+
+    int confined(const Attempt& attempt, const ResourceLimits& limits = {}) const {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const std::array paths{AllowedPath{export_, PathAccess::readFile, "the file to read"},
+                                   AllowedPath{inside_, PathAccess::writeTree, "where outputs go"},
+                                   AllowedPath{scratch_ / "missing", PathAccess::readTree, "not there"}};
+            ::_exit(confine(paths, limits) == Confinement::full ? attempt() : kNotConfined);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    tests::ScratchDirectory scratch_;
+    const fs::path inside_ = scratch_ / "inside";
+    const fs::path outside_ = scratch_ / "outside";
+    const fs::path secret_ = outside_ / "secret";
+    const fs::path export_ = scratch_ / "export.enex";
+};
+
+int openedFor(const fs::path& path, int flags) {
+    return answer(::open(path.c_str(), flags, 0600));
+}
+
+TEST_F(ConfinedProcess, ReadsTheExportAndWorksInTheDestination) {
+    EXPECT_EQ(confined([this] { return openedFor(export_, O_RDONLY); }), 0);
+    EXPECT_EQ(confined([this] {
+                  const fs::path scratch = inside_ / "scratch";
+                  if (::mkdir(scratch.c_str(), 0777) != 0) return errno;
+                  const int file = ::open((scratch / "note").c_str(), O_CREAT | O_WRONLY | O_EXCL, 0666);
+                  if (file < 0 || ::write(file, "x", 1) != 1 || ::ftruncate(file, 0) != 0) return errno;
+                  // Attributes and times by descriptor: the destination's file system may have no attributes.
+                  if (::fsetxattr(file, "user.test", "", 0, 0) != 0 && errno == EPERM) return errno;
+                  if (::futimens(file, nullptr) != 0 || ::fsync(file) != 0) return errno;
+                  if (::rename((scratch / "note").c_str(), (inside_ / "note").c_str()) != 0) return errno;
+                  return answer(::rmdir(scratch.c_str()));
+              }),
+              0);
+    EXPECT_TRUE(fs::exists(inside_ / "note"));
+}
+
+TEST_F(ConfinedProcess, StartsThreads) {
+    EXPECT_EQ(confined([] {
+                  int result = 1;
+                  std::thread([&] { result = 0; }).join();
+                  return result;
+              }),
+              0);
+}
+
+struct ForbiddenFileCall {
+    const char* what;
+    int error;
+    std::function<int(const fs::path& secret, const fs::path& inside, const fs::path& exportFile)> attempt;
+};
+
+TEST_F(ConfinedProcess, IsRefusedTheFilesOutside) {
+    fs::create_symlink(secret_, inside_ / "planted");
+    fs::create_directory_symlink(outside_, inside_ / "planted directory");
+    const std::vector<ForbiddenFileCall> cases{
+        {"read", EACCES, [](auto& secret, auto&, auto&) { return openedFor(secret, O_RDONLY); }},
+        {"list", EACCES, [](auto& secret, auto&, auto&) { return openedFor(secret.parent_path(), O_DIRECTORY); }},
+        {"write", EACCES, [](auto& secret, auto&, auto&) { return openedFor(secret, O_WRONLY); }},
+        {"make", EACCES,
+         [](auto& secret, auto&, auto&) { return openedFor(secret.parent_path() / "new", O_CREAT | O_WRONLY); }},
+        {"remove", EACCES, [](auto& secret, auto&, auto&) { return answer(::unlink(secret.c_str())); }},
+        {"write the export", EACCES, [](auto&, auto&, auto& file) { return openedFor(file, O_WRONLY); }},
+        {"truncate the export by opening", EACCES,
+         [](auto&, auto&, auto& file) { return openedFor(file, O_RDONLY | O_TRUNC); }},
+        {"truncate", EPERM, [](auto& secret, auto&, auto&) { return answer(::truncate(secret.c_str(), 0)); }},
+        {"read through a planted link", EACCES,
+         [](auto&, auto& inside, auto&) { return openedFor(inside / "planted", O_RDONLY); }},
+        {"write through a planted link", EACCES,
+         [](auto&, auto& inside, auto&) { return openedFor(inside / "planted", O_WRONLY); }},
+        {"make through a planted directory link", EACCES,
+         [](auto&, auto& inside, auto&) { return openedFor(inside / "planted directory/new", O_CREAT | O_WRONLY); }},
+        {"plant a link", EACCES,
+         [](auto& secret, auto& inside, auto&) {
+             return answer(::symlink(secret.c_str(), (inside / "link").c_str()));
+         }},
+        {"plant a FIFO", EACCES,
+         [](auto&, auto& inside, auto&) { return answer(::mkfifo((inside / "fifo").c_str(), 0600)); }},
+        {"link a file in", EXDEV,
+         [](auto& secret, auto& inside, auto&) { return answer(::link(secret.c_str(), (inside / "hard").c_str())); }},
+        {"move a file out", EACCES,
+         [](auto& secret, auto& inside, auto&) {
+             return answer(::rename((inside / "own").c_str(), (secret.parent_path() / "own").c_str()));
+         }},
+        {"chmod", EPERM, [](auto& secret, auto&, auto&) { return answer(::chmod(secret.c_str(), 0777)); }},
+        {"fchmod", EPERM,
+         [](auto&, auto&, auto& file) { return answer(::fchmod(::open(file.c_str(), O_RDONLY), 0777)); }},
+        {"chown", EPERM, [](auto& secret, auto&, auto&) { return answer(::chown(secret.c_str(), 1, 1)); }},
+        {"lchown", EPERM, [](auto& secret, auto&, auto&) { return answer(::lchown(secret.c_str(), 1, 1)); }},
+        {"setxattr", EPERM,
+         [](auto& secret, auto&, auto&) { return answer(::setxattr(secret.c_str(), "user.test", "", 0, 0)); }},
+        {"lsetxattr", EPERM,
+         [](auto& secret, auto&, auto&) { return answer(::lsetxattr(secret.c_str(), "user.test", "", 0, 0)); }},
+        {"removexattr", EPERM,
+         [](auto& secret, auto&, auto&) { return answer(::removexattr(secret.c_str(), "user.test")); }},
+        {"utime", EPERM, [](auto& secret, auto&, auto&) { return answer(::utime(secret.c_str(), nullptr)); }},
+        {"utimensat", EPERM,
+         [](auto& secret, auto&, auto&) { return answer(::utimensat(AT_FDCWD, secret.c_str(), nullptr, 0)); }},
+    };
+    for (const ForbiddenFileCall& test : cases)
+        EXPECT_EQ(confined([&] { return test.attempt(secret_, inside_, export_); }), test.error) << test.what;
+    EXPECT_EQ(tests::readFile(secret_), "secret");
+    EXPECT_EQ(tests::readFile(export_), "export");
+    EXPECT_FALSE(fs::exists(outside_ / "new"));
+    EXPECT_EQ(fs::status(secret_).permissions() & fs::perms::others_write, fs::perms::none);
+}
+
+int connectTo(int family, int type, const sockaddr* address, socklen_t size) {
+    const int descriptor = ::socket(family, type, 0);
+    return descriptor < 0 ? errno : answer(::connect(descriptor, address, size));
+}
+
+TEST_F(ConfinedProcess, IsRefusedSockets) {
+    sockaddr_in loopback{};
+    loopback.sin_family = AF_INET;
+    loopback.sin_port = htons(9);
+    loopback.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const auto* address = reinterpret_cast<const sockaddr*>(&loopback);
+    EXPECT_EQ(confined([&] { return connectTo(AF_INET, SOCK_STREAM, address, sizeof loopback); }), EPERM);
+    EXPECT_EQ(confined([&] { return connectTo(AF_INET, SOCK_DGRAM, address, sizeof loopback); }), EPERM);
+    const sockaddr_un local{AF_UNIX, "/run/dbus/system_bus_socket"};
+    EXPECT_EQ(confined([&] {
+                  return connectTo(AF_UNIX, SOCK_STREAM, reinterpret_cast<const sockaddr*>(&local), sizeof local);
+              }),
+              EPERM);
+    // One that was open before is not put to a new use.
+    const int open = ::socket(AF_INET, SOCK_DGRAM, 0);
+    EXPECT_EQ(confined([&] { return answer(::connect(open, address, sizeof loopback)); }), EPERM);
+    ::close(open);
+}
+
+TEST_F(ConfinedProcess, IsRefusedProgramsAndOtherProcesses) {
+    const std::vector<std::pair<const char*, Attempt>> cases{
+        {"execve", [] { return answer(::execl("/bin/true", "true", nullptr)); }},
+        {"fork", [] { return answer(::fork()); }},
+        {"ptrace", [] { return answer(::ptrace(PTRACE_ATTACH, ::getppid(), nullptr, nullptr)); }},
+        {"kill", [] { return answer(::kill(::getppid(), SIGCONT)); }},
+        {"unshare", [] { return answer(::unshare(CLONE_NEWUSER)); }},
+        {"prlimit",
+         [] {
+             const rlimit limit{1, 1};
+             return answer(::prlimit(::getppid(), RLIMIT_CORE, &limit, nullptr));
+         }},
+        {"pidfd_open", [] { return answer(::syscall(SYS_pidfd_open, ::getppid(), 0)); }},
+#if defined(__x86_64__)
+        {"x32", [] { return answer(::syscall(0x40000000 | SYS_getpid)); }},
+#endif
+    };
+    for (const auto& [what, attempt] : cases) EXPECT_EQ(confined(attempt), EPERM) << what;
+    EXPECT_EQ(confined([] { return answer(::syscall(SYS_io_uring_setup, 1, nullptr)); }), ENOSYS);
+    EXPECT_EQ(confined([] { return answer(::kill(::getpid(), 0)); }), 0);
+}
+
+TEST_F(ConfinedProcess, IsLimited) {
+    EXPECT_EQ(confined(
+                  [] {
+                      rlimit files{};
+                      ::getrlimit(RLIMIT_NOFILE, &files);
+                      rlimit core{};
+                      ::getrlimit(RLIMIT_CORE, &core);
+                      return files.rlim_max <= 64 && core.rlim_max == 0 ? 0 : 1;
+                  },
+                  {.openFiles = 64}),
+              0);
+#if !defined(__SANITIZE_ADDRESS__)
+    EXPECT_EQ(confined([] {
+                  constexpr std::size_t kFiveGigabytes = std::size_t{5} << 30;
+                  try {
+                      const std::vector<char> memory(kFiveGigabytes);
+                      return memory.empty() ? 1 : 0;
+                  } catch (const std::bad_alloc&) {
+                      return ENOMEM;
+                  }
+              }),
+              ENOMEM);
+#endif
+}
+
+TEST_F(ConfinedProcess, MustHaveOneThread) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        std::thread([] { ::pause(); }).detach();
+        const Result<Confinement> result = confine({});
+        ::_exit(result ? 0 : static_cast<int>(result.error().code));
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), EBUSY);
+}
+
+TEST(Confinement, Names) {
+    EXPECT_EQ(confinementName(Confinement::none), "none");
+    EXPECT_EQ(confinementName(Confinement::partial), "partial");
+    EXPECT_EQ(confinementName(Confinement::full), "full");
+}
+
+} // namespace
+} // namespace platform
