@@ -7,7 +7,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <unistd.h>
+
+#include "platform/ipc/Descriptor.h"
 
 namespace platform {
 
@@ -78,20 +79,6 @@ Version rulesOf(int version) {
 Error kernelError(std::string_view what, int errorNumber) {
     return Error::withDescription(kPOSIXErrorDomain, errorNumber, what);
 }
-
-class Descriptor {
-  public:
-    explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-    ~Descriptor() {
-        if (descriptor_ >= 0) ::close(descriptor_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return descriptor_; }
-
-  private:
-    int descriptor_;
-};
 
 Result<> allow(int ruleset, const AllowedPath& path, std::uint64_t handled) {
     const Descriptor target(::open(path.path.c_str(), O_PATH | O_CLOEXEC));
