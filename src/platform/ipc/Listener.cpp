@@ -2,7 +2,9 @@
 
 #include <atomic>
 #include <csignal>
+#include <list>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -42,7 +44,9 @@ struct Listener::State : std::enable_shared_from_this<Listener::State> {
     Result<bool> requestName();
     Result<std::shared_ptr<ExportedObject>> objectFor(const std::string& client);
 
-    std::shared_ptr<void> beginWork();
+    std::shared_ptr<void> beginWork(std::function<void()> stop);
+    std::shared_ptr<void> counted(std::atomic<int>& count);
+    void announceChange();
     void workChanged();
     void startIdleTimer();
     void giveBackName();
@@ -61,6 +65,9 @@ struct Listener::State : std::enable_shared_from_this<Listener::State> {
     std::map<std::string, std::shared_ptr<BusConnection>> connections;
 
     std::atomic<int> work = 0;
+    std::atomic<int> guests = 0;
+    std::mutex stopsMutex;
+    std::list<std::function<void()>> stops; // of the work under way; guarded by stopsMutex
     guint idleTimer = 0;
     bool givingBack = false;
     std::optional<End> stopping;
@@ -75,7 +82,7 @@ Result<> Listener::State::prepare() {
     context->introspection.reset(g_dbus_node_info_new_for_xml(description.interfaces.c_str(), &error));
     if (error) return failure(takenError(error, BusError::failed));
     context->lists = description.lists;
-    context->beginWork = [this] { return beginWork(); };
+    context->beginWork = [this] { return counted(work); };
     registration = TRY(ObjectRegistration::make(context, description.objectPath, description.objectInterfaces,
                                                 [this](const std::string& client) { return objectFor(client); }));
     if (!TRY(requestName()))
@@ -110,6 +117,7 @@ Result<bool> Listener::State::requestName() {
 
 // A client's connection begins with its first call and ends when it leaves the bus.
 Result<std::shared_ptr<ExportedObject>> Listener::State::objectFor(const std::string& client) {
+    if (stopping) return failure(busError(BusError::failed, "The service is shutting down."));
     auto known = connections.find(client);
     if (known == connections.end()) {
         auto connection = std::make_shared<BusConnection>(context, client);
@@ -121,23 +129,35 @@ Result<std::shared_ptr<ExportedObject>> Listener::State::objectFor(const std::st
     return known->second->exportedObject();
 }
 
-std::shared_ptr<void> Listener::State::beginWork() {
-    const auto changed = [weak = weak_from_this()] {
-        const auto call = [](gpointer data) -> gboolean {
-            if (const auto state = static_cast<std::weak_ptr<State>*>(data)->lock()) state->workChanged();
-            return G_SOURCE_REMOVE;
-        };
-        const auto release = [](gpointer data) { delete static_cast<std::weak_ptr<State>*>(data); };
-        g_main_context_invoke_full(nullptr, G_PRIORITY_DEFAULT, call, new std::weak_ptr<State>(weak), release);
-    };
-    if (work++ == 0) changed();
-    return {static_cast<void*>(this), [self = shared_from_this(), changed](void*) {
-                if (--self->work == 0) changed();
+std::shared_ptr<void> Listener::State::beginWork(std::function<void()> stop) {
+    const std::lock_guard lock(stopsMutex);
+    const auto place = stops.insert(stops.end(), std::move(stop));
+    return {static_cast<void*>(this), [this, place, kept = counted(work)](void*) {
+                const std::lock_guard removing(stopsMutex);
+                stops.erase(place);
             }};
 }
 
+// A token that counts while it lives.
+std::shared_ptr<void> Listener::State::counted(std::atomic<int>& count) {
+    if (count++ == 0) announceChange();
+    return {static_cast<void*>(this), [self = shared_from_this(), &count](void*) {
+                if (--count == 0) self->announceChange();
+            }};
+}
+
+// Has the listener's thread look at the counts.
+void Listener::State::announceChange() {
+    const auto look = [](gpointer data) -> gboolean {
+        if (const auto state = static_cast<std::weak_ptr<State>*>(data)->lock()) state->workChanged();
+        return G_SOURCE_REMOVE;
+    };
+    const auto release = [](gpointer data) { delete static_cast<std::weak_ptr<State>*>(data); };
+    g_main_context_invoke_full(nullptr, G_PRIORITY_DEFAULT, look, new std::weak_ptr<State>(weak_from_this()), release);
+}
+
 void Listener::State::workChanged() {
-    if (work > 0) {
+    if (work > 0 || (guests > 0 && !stopping)) {
         if (idleTimer != 0) g_source_remove(std::exchange(idleTimer, 0));
         return;
     }
@@ -177,7 +197,7 @@ void Listener::State::giveBackName() {
 // With a call in hand the process stays, under the name again unless a successor has it.
 void Listener::State::nameGivenBack() {
     givingBack = false;
-    if (work == 0) return quit(stopping.value_or(End::idle));
+    if (work == 0 && (guests == 0 || stopping)) return quit(stopping.value_or(End::idle));
     if (const Result<bool> owner = requestName(); !owner) systemLog(owner.error().description());
     notifyServiceManager(kServiceReady);
 }
@@ -185,7 +205,10 @@ void Listener::State::nameGivenBack() {
 void Listener::State::stop(End reason) {
     if (stopping) return;
     stopping = reason;
-    delegate.listenerShouldStop(listener);
+    {
+        const std::lock_guard lock(stopsMutex);
+        for (const std::function<void()>& stopWork : stops) stopWork();
+    }
     if (work == 0) quit(reason);
 }
 
@@ -224,12 +247,12 @@ Result<Listener::End> Listener::run() {
     return state_->end;
 }
 
-std::shared_ptr<void> Listener::beginWork() {
-    return state_->beginWork();
+std::shared_ptr<void> Listener::beginWork(std::function<void()> stop) {
+    return state_->beginWork(std::move(stop));
 }
 
-int Listener::workCount() const {
-    return state_->work;
+std::shared_ptr<void> Listener::stayForGuest() {
+    return state_->counted(state_->guests);
 }
 
 } // namespace platform

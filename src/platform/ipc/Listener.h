@@ -6,6 +6,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,8 +27,6 @@ class ListenerDelegate {
     // the client away. @sel listener:shouldAcceptNewConnection:
     virtual bool listenerShouldAcceptNewConnection(Listener& listener,
                                                    const std::shared_ptr<Connection>& connection) = 0;
-    // The process is asked to end (SIGTERM, SIGINT, or the bus is gone): work should come to an end soon.
-    virtual void listenerShouldStop(Listener&) {}
 };
 
 struct ServiceDescription {
@@ -56,10 +55,12 @@ class Listener {
     // with nothing left to do the process goes. A call after that starts the service anew.
     Result<End> run();
 
-    // Keeps the service from leaving while the result lives. Callable from any thread.
-    std::shared_ptr<void> beginWork();
-    // How much keeps it: calls not yet answered and work begun.
-    int workCount() const;
+    // Keeps the service up while the result lives. `stop` is called, at most once, when the process is asked to end
+    // (SIGTERM, SIGINT, or the bus is gone): the work should come to its end soon, and is waited for. Callable from any
+    // thread.
+    std::shared_ptr<void> beginWork(std::function<void()> stop);
+    // Keeps the service from leaving for idleness alone, while the result lives.
+    std::shared_ptr<void> stayForGuest();
 
   private:
     struct State;
