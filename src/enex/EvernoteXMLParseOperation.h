@@ -58,6 +58,11 @@ class EvernoteXMLParseOperation : public QLTAsynchronousOperation, private platf
     // How many bytes are read at a time; for tests.
     void setPieceSize(std::size_t size) { pieceSize_ = size; }
     const std::optional<platform::Error>& operationError() const { return operationError_; }
+    const platform::URL& evernoteFileURL() const { return evernoteFileURL_; }
+    const platform::URL& directoryURL() const { return directoryURL_; }
+    bool saveWebClippingsAsNotes() const { return saveWebClippingsAsNotes_; }
+    bool debugMode() const { return debugMode_; }
+    const std::shared_ptr<OutputStream>& logStream() const { return logStream_; }
 
     void start() override;
     // A note under way is finished first; then the import ends with the parser's error 512.
@@ -65,6 +70,7 @@ class EvernoteXMLParseOperation : public QLTAsynchronousOperation, private platf
 
   protected:
     void changeOperationFinished(bool finished) override;
+    void finishWithError(platform::Error error);
 
   private:
     // The states, each with the element whose text is being read.
@@ -95,7 +101,6 @@ class EvernoteXMLParseOperation : public QLTAsynchronousOperation, private platf
     void tagHandled();
     void abortWhenCancelled();
     platform::Result<std::optional<ItemEntry>> convertCurrentItem();
-    void finishWithError(platform::Error error);
     void finishForEncoding(std::string_view encoding);
     void log(std::string_view text);
     void logEvent(std::string_view text);

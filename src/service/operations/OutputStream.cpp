@@ -17,16 +17,17 @@ void OutputStream::open() {
     constexpr mode_t kMode = 0666; // what the umask leaves
     descriptor_ = ::open(path_.c_str(), kFlags, kMode);
     struct stat status{};
-    if (isOpen() && (::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode))) close();
+    if (descriptor_ >= 0 && (::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode))) close();
 }
 
 void OutputStream::close() {
-    if (!isOpen()) return;
+    if (descriptor_ < 0) return;
     ::close(descriptor_);
     descriptor_ = -1;
 }
 
 std::ptrdiff_t OutputStream::write(std::string_view bytes) {
+    if (sink_) return sink_(bytes);
     return isOpen() ? ::write(descriptor_, bytes.data(), bytes.size()) : -1;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -12,6 +13,9 @@ class OutputStream {
   public:
     // A stream on the file at the path in append mode, not yet open. @sel initWithURL:append:
     explicit OutputStream(std::string path) : path_(std::move(path)) {}
+    // A stream whose bytes are somebody else's to store, a call a line; always open.
+    using Sink = std::function<std::ptrdiff_t(std::string_view bytes)>;
+    explicit OutputStream(Sink sink) : sink_(std::move(sink)) {}
     ~OutputStream() { close(); }
     OutputStream(const OutputStream&) = delete;
     OutputStream& operator=(const OutputStream&) = delete;
@@ -20,13 +24,14 @@ class OutputStream {
     // opened. On failure the stream stays closed, and every write then fails.
     void open();
     void close();
-    bool isOpen() const { return descriptor_ >= 0; }
+    bool isOpen() const { return sink_ || descriptor_ >= 0; }
 
     // One write call; the number of bytes that it took, negative on failure. A partial write is not continued.
     std::ptrdiff_t write(std::string_view bytes);
 
   private:
     std::string path_;
+    Sink sink_;
     int descriptor_ = -1;
 };
 
