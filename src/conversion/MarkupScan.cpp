@@ -1,20 +1,73 @@
 #include "conversion/MarkupScan.h"
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace quillet {
 
 using platform::Result;
 
+namespace {
+
+constexpr auto npos = std::string_view::npos;
+
+struct Shield {
+    std::string_view opening, closing;
+};
+
+// What holds text that only looks like tags.
+constexpr Shield kShields[] = {{"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}};
+
+// Finds tags by the literal with which they begin. Positions only grow.
+class TagSearch {
+  public:
+    TagSearch(std::string_view markup, std::string_view opening) : markup_(markup), opening_(opening) {}
+
+    // The first tag at or behind a position; npos when there is none.
+    std::size_t next(std::size_t from) {
+        for (;;) {
+            const std::size_t found = markup_.find(opening_, from);
+            if (found == npos) return npos;
+            while (shieldEnd_ <= found && shieldStart_ != npos) findShield(std::max(shieldEnd_, from));
+            if (found < shieldStart_) return found;
+            from = shieldEnd_;
+        }
+    }
+
+  private:
+    // The first shield from a position on. What never closes ends with the markup.
+    void findShield(std::size_t from) {
+        for (std::size_t at = markup_.find('<', from); at != npos; at = markup_.find('<', at + 1)) {
+            for (const auto& [opening, closing] : kShields) {
+                if (!markup_.substr(at).starts_with(opening)) continue;
+                const std::size_t end = markup_.find(closing, at + opening.size());
+                shieldStart_ = at;
+                shieldEnd_ = end == npos ? markup_.size() : end + closing.size();
+                return;
+            }
+        }
+        shieldStart_ = npos;
+    }
+
+    std::string_view markup_;
+    std::string_view opening_;
+    std::size_t shieldStart_ = 0; // npos when no further one follows
+    std::size_t shieldEnd_ = 0;
+};
+
+} // namespace
+
 Result<std::string> rewriteTags(std::string markup, const TagRewriting& rewriting) {
     const std::string_view source = markup;
-    std::size_t start = source.find(rewriting.opening);
-    if (start == std::string_view::npos) return markup;
+    TagSearch search(source, rewriting.opening);
+    std::size_t start = search.next(0);
+    if (start == npos) return markup;
 
     std::string out;
     out.reserve(markup.size());
     std::size_t copied = 0;
-    for (; start != std::string_view::npos; start = source.find(rewriting.opening, copied)) {
+    for (; start != npos; start = search.next(copied)) {
         const std::optional<std::size_t> end = rewriting.findEnd(source, start);
         if (!end) return platform::failure(rewriting.missingEnd());
         out.append(source, copied, start - copied);
@@ -39,6 +92,23 @@ std::string replaceAll(std::string markup, std::string_view literal, std::string
     }
     out.append(markup, copied);
     return out;
+}
+
+std::string replaceAll(std::string_view text, std::span<const LiteralReplacement> replacements) {
+    std::vector<std::size_t> found; // the next occurrence of each
+    for (const auto& row : replacements) found.push_back(text.find(row.literal));
+    std::string out;
+    std::size_t copied = 0;
+    for (;;) {
+        const auto first = std::ranges::min_element(found);
+        if (first == found.end() || *first == npos) break;
+        const auto& [literal, replacement] = replacements[static_cast<std::size_t>(first - found.begin())];
+        out.append(text, copied, *first - copied).append(replacement);
+        copied = *first + literal.size();
+        for (std::size_t index = 0; index < found.size(); ++index)
+            if (found[index] < copied) found[index] = text.find(replacements[index].literal, copied);
+    }
+    return out.append(text, copied);
 }
 
 } // namespace quillet

@@ -1,10 +1,12 @@
 // Literal rewriting of serialised markup, in one pass: what was scanned or replaced is never scanned again, so the cost
-// is linear in the markup whatever the number of tags.
+// is linear in the markup whatever the number of tags. Comments, CDATA sections and instructions hold no tags, whatever
+// stands in them.
 #pragma once
 
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -28,5 +30,14 @@ platform::Result<std::string> rewriteTags(std::string markup, const TagRewriting
 
 // Every occurrence replaced, left to right, without looking into what was put in. Uncopied when there is none.
 std::string replaceAll(std::string markup, std::string_view literal, std::string_view replacement);
+
+// What stands in the place of a literal.
+struct LiteralReplacement {
+    std::string_view literal;
+    std::string_view replacement;
+};
+
+// Every occurrence of each literal replaced, in one pass over the text. No literal begins with the whole of another.
+std::string replaceAll(std::string_view text, std::span<const LiteralReplacement> replacements);
 
 } // namespace quillet
