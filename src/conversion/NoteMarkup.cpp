@@ -101,14 +101,21 @@ std::string fixShapes(std::string markup, ConvertDividers convertDividers) {
     return markup;
 }
 
-// The template with everything but the body in it.
-Result<std::string> filledTemplate(std::u16string_view title) {
+// The template with font, title and body in it; the title as it stands, without escaping. Only the template's own
+// markers count: a title made of body markers would multiply the body.
+Result<std::string> filledTemplate(std::u16string_view title, std::string_view body) {
     const std::string path = platform::Environment::current().dataDirectory + "/Template.html";
-    std::string page = TRY(platform::contentsOfFile(path));
+    const std::string page = TRY(platform::contentsOfFile(path));
     const platform::Font& font = QLTNoteTextStyle::bodyNoteTextStyle()->font();
-    page = replaceAll(std::move(page), kFontFamilyMarker, font.fontName());
-    page = replaceAll(std::move(page), kFontSizeMarker, fmt::format("{:.0f}px", font.pointSize()));
-    return replaceAll(std::move(page), kTitleMarker, platform::utf8FromUTF16(title));
+    const std::string size = fmt::format("{:.0f}px", font.pointSize());
+    const std::string titleText = platform::utf8FromUTF16(title);
+    const LiteralReplacement replacements[] = {
+        {kFontFamilyMarker, font.fontName()},
+        {kFontSizeMarker, size},
+        {kTitleMarker, titleText},
+        {kBodyMarker, body},
+    };
+    return replaceAll(page, replacements);
 }
 
 Result<std::string> innerMarkup(EvernoteXMLItem& item, NoteScratch& scratch, const XMLElement& noteElement,
@@ -135,7 +142,7 @@ Result<NotePage> notePageFromNoteElement(EvernoteXMLItem& item, NoteScratch& scr
     markup = TRY(replaceCryptTags(std::move(markup)));
     markup = fixShapes(std::move(markup), convertDividers);
 
-    const std::string poured = replaceAll(TRY(filledTemplate(item.title)), kBodyMarker, markup);
+    const std::string poured = TRY(filledTemplate(item.title, markup));
     const XMLDocument document = TRY(XMLDocument::initWithXMLString(poured, XMLDocumentParsing::tidyHTML));
     page.markup = document.prettyPrintedPage();
     if (page.markup.empty()) return platform::failure(noPageError());
