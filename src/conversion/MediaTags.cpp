@@ -95,8 +95,7 @@ class MediaReplacer {
         const std::string mime(media->attributeForName("type").value_or(resource->mime));
         const auto type = platform::UTType::typeWithMIMEType(mime);
         const std::u16string name = attachmentName(*resource, type);
-        if (type && type->conformsTo(platform::kUTTypeImage))
-            return appendImage(*media, *resource, mime, name, out);
+        if (type && type->conformsTo(platform::kUTTypeImage)) return appendImage(*media, *resource, mime, name, out);
         return appendMarker(*resource, name, out);
     }
 

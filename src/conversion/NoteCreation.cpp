@@ -41,6 +41,19 @@ std::u16string withExtension(std::u16string_view name, std::string_view extensio
     return platform::appendingPathExtension(name, platform::utf16FromUTF8(extension));
 }
 
+// The file name of a note without a title is as for one called "Untitled".
+std::u16string untitled() {
+    return platform::utf16FromUTF8(platform::localizedString(kUntitled));
+}
+
+bool hasTitle(const EvernoteXMLItem& item) {
+    return !stringByTrimmingWhitespace(item.title).empty();
+}
+
+std::u16string titleForFileName(const EvernoteXMLItem& item) {
+    return hasTitle(item) ? item.title : untitled();
+}
+
 // The extension that the HTML type prefers.
 std::string pageExtension() {
     return platform::UTType::typeWithIdentifier(platform::kUTTypeHTML)->preferredFilenameExtension().value();
@@ -71,7 +84,7 @@ Result<URL> createNoteForElement(EvernoteXMLItem& item, NoteScratch& scratch, No
 
     QLTNoteFile note;
     note.setNoteText(*std::move(imported.text));
-    const std::u16string name = stringSanitizedForFileName(withExtension(item.title, QLTNoteFileExtension));
+    const std::u16string name = stringSanitizedForFileName(withExtension(titleForFileName(item), QLTNoteFileExtension));
     return output.writePackage(name, *TRY(note.fileWrapper()), resourceValuesForItem(item));
 }
 
@@ -83,16 +96,16 @@ Result<URL> createHTMLForElement(EvernoteXMLItem& item, NoteScratch& scratch, No
     const platform::XMLDocument document =
         TRY(platform::XMLDocument::initWithXMLString(page.markup, platform::XMLDocumentParsing::tidyHTML));
     const std::string markup = TRY(page.images.filledIn(document.page()));
-    const std::u16string name = stringSanitizedForFileName(withExtension(item.title, pageExtension()));
+    const std::u16string name = stringSanitizedForFileName(withExtension(titleForFileName(item), pageExtension()));
     return output.writeFile(name, markup, resourceValuesForItem(item));
 }
 
 Result<URL> processSingleResource(EvernoteXMLItem& item, NoteOutput& output) {
     EvernoteXMLResource& resource = item.resources.front();
     const std::u16string filename = stringByTrimmingWhitespace(resource.attributes.filename);
-    std::u16string name =
-        platform::appendingPathExtension(item.title, platform::pathExtension(std::u16string_view(filename)));
-    if (name.empty()) name = platform::utf16FromUTF8(platform::localizedString(kUntitled));
+    std::u16string name = untitled();
+    if (hasTitle(item))
+        name = platform::appendingPathExtension(item.title, platform::pathExtension(std::u16string_view(filename)));
     if (platform::pathExtension(std::u16string_view(name)).empty() && !resource.mime.empty()) {
         const auto type = platform::UTType::typeWithMIMEType(resource.mime);
         if (const auto extension = type ? type->preferredFilenameExtension() : std::nullopt)

@@ -57,8 +57,9 @@ Result<platform::HTMLDocumentText> readPageOnMainQueue(const NotePage& page, con
 
 // PDFs, images and movies are shown in the text itself, everything else as a file.
 std::shared_ptr<TextAttachment> attachmentFor(const std::shared_ptr<FileWrapper>& wrapper) {
-    const auto type = platform::UTType::typeWithFilenameExtension(
-        platform::pathExtension(std::string_view(wrapper->preferredFilename())));
+    const std::string extension = platform::pathExtension(std::string_view(wrapper->preferredFilename()));
+    const auto type = extension.empty() ? platform::UTType::typeWithIdentifier(platform::kUTTypeData)
+                                        : platform::UTType::typeWithFilenameExtension(extension);
     if (type && !type->conformsTo(platform::kUTTypePDF) &&
         QLTFileAttachment::shouldUseForFileType(type->identifier())) {
         auto file = std::make_shared<QLTFileAttachment>();

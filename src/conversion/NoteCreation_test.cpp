@@ -1,0 +1,290 @@
+// The three kinds of output: their names, what they hold, what they carry, how they fail.
+#include "conversion/NoteCreation.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "conversion/ConversionErrors.h"
+#include "conversion/NoteOutput.h"
+#include "conversion/NoteScratch.h"
+#include "documents/QLTNoteFile.h"
+#include "documents/attachments/QLTFileAttachment.h"
+#include "platform/base/Error.h"
+#include "platform/files/ResourceValues.h"
+#include "tests/support/NoteFixture.h"
+
+namespace quillet {
+namespace {
+
+using platform::Date;
+using platform::Result;
+using platform::URL;
+
+constexpr std::string_view kPDF = "%PDF-1.4 not much of one";
+
+class NoteCreation : public NoteFixture {
+  protected:
+    using Creation = Result<URL> (*)(EvernoteXMLItem&, NoteScratch&, NoteOutput&, const platform::XMLElement&);
+
+    Result<URL> make(Creation creation, std::string_view markup) {
+        NoteOutput output(destinationURL());
+        NoteScratch scratch = NoteScratch::create(*output.directory().value(), item_.identifier).value();
+        return creation(item_, scratch, output, *noteElement(markup));
+    }
+    // The file name of the note made of the markup, or the error.
+    std::string noteName(std::string_view markup) { return shown(make(createNoteForElement, markup)); }
+    std::string pageName(std::string_view markup) { return shown(make(createHTMLForElement, markup)); }
+    std::string singleName() {
+        NoteOutput output(destinationURL());
+        return shown(processSingleResource(item_, output));
+    }
+    static std::string shown(const Result<URL>& made) {
+        if (!made) return made.error().description();
+        EXPECT_TRUE(std::filesystem::exists(made->path())) << made->path();
+        return made->lastPathComponent();
+    }
+    platform::ResourceValues valuesOf(std::string_view name) const {
+        return platform::resourceValuesOfItemAtURL(URL::fileURLWithPath((destination_ / name).string())).value();
+    }
+};
+
+// ---- notes
+
+TEST_F(NoteCreation, WritesAPackageNamedAfterTheNote) {
+    item_.title = u"Shopping";
+    EXPECT_EQ(noteName("<en-note><div>Milk</div></en-note>"), "Shopping.qltnote");
+    const auto note =
+        QLTNoteFile::initWithFileURL(URL::fileURLWithPath((destination_ / "Shopping.qltnote").string(), true));
+    ASSERT_TRUE(note) << note.error().description();
+    EXPECT_EQ((*note)->noteText().string(), u"Milk\n");
+    EXPECT_EQ(outputs(), std::vector<std::string>{"Shopping.qltnote"});
+}
+
+TEST_F(NoteCreation, MakesFileNamesOfTitles) {
+    const struct {
+        std::u16string title;
+        std::string expected;
+    } rows[] = {
+        {u"", "Untitled.qltnote"},
+        {u" \n ", "Untitled 1.qltnote"},
+        {u"a/b:c~d", "a-b-c-d.qltnote"},
+        {u"../../etc/passwd", "---..-etc-passwd.qltnote"},
+        {u"..", "---qltnote"},
+        {u".hidden", "-hidden.qltnote"},
+        {u"Ends in white space \n", "Ends in white space .qltnote"},
+        {u"Vol. 2", "Vol. 2.qltnote"},
+        {u"Vol. 2", "Vol. 2 1.qltnote"},
+        {u"Vol. 2", "Vol. 2 2.qltnote"},
+        {u"*?\"<>|\\", "*?\"<>|\\.qltnote"},
+        {u"京都 🍵", "京都 🍵.qltnote"},
+    };
+    for (const auto& row : rows) {
+        item_.title = row.title;
+        EXPECT_EQ(noteName("<en-note>x</en-note>"), row.expected);
+    }
+}
+
+TEST_F(NoteCreation, CutsLongTitlesAndNumbersThem) {
+    for (const std::u16string& unit : {std::u16string(u"t"), std::u16string(u"京"), std::u16string(u"🍵")}) {
+        item_.title.clear();
+        for (int index = 0; index < 300; ++index) item_.title += unit;
+        std::vector<std::string> names;
+        for (int index = 0; index < 3; ++index) names.push_back(noteName("<en-note>x</en-note>"));
+        for (const auto& name : names) {
+            EXPECT_LE(name.size(), 255U) << name;
+            EXPECT_TRUE(name.ends_with(".qltnote")) << name;
+        }
+        EXPECT_TRUE(names[1].ends_with(" 1.qltnote")) << names[1];
+        EXPECT_TRUE(names[2].ends_with(" 2.qltnote")) << names[2];
+    }
+    EXPECT_EQ(outputs().size(), 9U);
+}
+
+TEST_F(NoteCreation, NeverReplacesWhatIsThere) {
+    item_.title = u"Taken";
+    tests::writeFile(destination_ / "Taken.qltnote", "a file of somebody's");
+    std::filesystem::create_symlink("/nonexistent", destination_ / "Taken 1.qltnote");
+    std::filesystem::create_directory_symlink("/tmp", destination_ / "Taken 2.qltnote");
+    EXPECT_EQ(noteName("<en-note>x</en-note>"), "Taken 3.qltnote");
+    EXPECT_EQ(tests::readFile(destination_ / "Taken.qltnote"), "a file of somebody's");
+}
+
+TEST_F(NoteCreation, TurnsMarkersIntoAttachments) {
+    item_.title = u"All";
+    addResource(kPDF, "application/pdf", u"a b.pdf");
+    addResource("data", "application/zip", u"c&d.zip");
+    EXPECT_EQ(noteName("<en-note><div><en-todo checked=\"true\"/>done</div><div>" + media(kPDF) + "</div><hr/><div>" +
+                       media("data") + "</div></en-note>"),
+              "All.qltnote");
+    EXPECT_EQ(namesIn(destination_ / "All.qltnote"),
+              (std::vector<std::string>{"NoteAttributes", "NoteText", "TXT.rtf", "a b.pdf", "c&d.zip"}));
+    EXPECT_EQ(tests::readFile(destination_ / "All.qltnote" / "c&d.zip"), "data");
+}
+
+// A fence in the text names a file like one that the conversion made; it gets nothing but what the note brought along.
+TEST_F(NoteCreation, FailsForAFenceInTheTextThatNamesAnotherFile) {
+    tests::writeFile(destination_ / "private.txt", "secret");
+    for (const std::string_view name :
+         {"..%2Fprivate.txt", "%2Fetc%2Fpasswd", "../private.txt", "private.txt", "", "%zz"}) {
+        item_.title = u"Hostile";
+        const auto made = make(createNoteForElement, "<en-note><div>***QLTATTACHMENT " + std::string(name) +
+                                                         " QLTATTACHMENT***</div></en-note>");
+        if (name.empty()) continue; // the reader joins the two blanks, and no fence is left
+        ASSERT_FALSE(made) << name;
+        EXPECT_EQ(made.error().domain, platform::kCocoaErrorDomain);
+        EXPECT_EQ(made.error().code, 260);
+    }
+    EXPECT_EQ(noteName("<en-note><div>***QLTATTACHMENT without an end</div></en-note>"), "Hostile 1.qltnote");
+    EXPECT_EQ(tests::readFile(destination_ / "private.txt"), "secret");
+}
+
+TEST_F(NoteCreation, LeavesNothingOfANoteThatFails) {
+    item_.title = u"Broken";
+    addResource(kPDF, "application/pdf", u"a.pdf");
+    EXPECT_FALSE(make(createNoteForElement,
+                      "<en-note>" + media(kPDF) + "<en-media hash=\"x\"><en-media hash=\"y\"/></en-media></en-note>"));
+    EXPECT_TRUE(outputs().empty());
+}
+
+// ---- attributes
+
+TEST_F(NoteCreation, StampsDatesAndTags) {
+    item_.title = u"Stamped";
+    item_.created = Date::fromUnixTime(1'600'000'000);
+    item_.updated = Date::fromUnixTime(1'650'000'000);
+    item_.tags = {u"two words", u"", u"a,b"};
+    ASSERT_EQ(noteName("<en-note>x</en-note>"), "Stamped.qltnote");
+    const auto values = valuesOf("Stamped.qltnote");
+    EXPECT_EQ(values.hasHiddenExtension, true);
+    EXPECT_EQ(values.isPackage, true);
+    EXPECT_EQ(values.creationDate, item_.created);
+    EXPECT_EQ(values.contentModificationDate, item_.updated);
+    EXPECT_EQ(values.tagNames, item_.tags);
+}
+
+TEST_F(NoteCreation, StampsNothingThatTheNoteHasNot) {
+    item_.title = u"Plain";
+    platform::ResourceValues expected;
+    expected.hasHiddenExtension = true;
+    EXPECT_EQ(resourceValuesForItem(item_), expected);
+}
+
+// ---- pages
+
+TEST_F(NoteCreation, WritesAPageWithItsImagesInIt) {
+    item_.title = u"Clip";
+    addResource(pngBytes(), "image/png", u"a.png");
+    EXPECT_EQ(pageName("<en-note><p>" + media(pngBytes()) + "</p><hr/></en-note>"), "Clip.html");
+    EXPECT_EQ(pageName("<en-note>second</en-note>"), "Clip 1.html");
+    const std::string page = tests::readFile(destination_ / "Clip.html");
+    EXPECT_NE(page.find("src=\"data:image/png;base64,iVBORw0KGgo"), std::string::npos) << page;
+    EXPECT_NE(page.find("<hr />"), std::string::npos) << page;
+    EXPECT_EQ(page.find("quillet-image"), std::string::npos);
+    EXPECT_EQ(valuesOf("Clip.html").hasHiddenExtension, true);
+    EXPECT_EQ(outputs(), (std::vector<std::string>{"Clip 1.html", "Clip.html"}));
+}
+
+TEST_F(NoteCreation, MakesNoPageWithAnAttachmentThatIsNoImage) {
+    item_.title = u"Clip";
+    addResource(pngBytes(), "image/png", u"a.png");
+    addResource(kPDF, "application/pdf", u"a.pdf");
+    const auto made = make(createHTMLForElement, "<en-note>x</en-note>");
+    ASSERT_FALSE(made);
+    EXPECT_EQ(made.error().domain, EvernoteXMLItemErrorDomain);
+    EXPECT_EQ(made.error().code, kNoPageErrorCode);
+    EXPECT_TRUE(made.error().userInfo.empty());
+    EXPECT_TRUE(outputs().empty());
+    item_.resources.pop_back();
+    item_.resources.front().mime.clear(); // no type is no image
+    EXPECT_EQ(make(createHTMLForElement, "<en-note>x</en-note>").error().code, kNoPageErrorCode);
+}
+
+// ---- single files
+
+TEST_F(NoteCreation, NamesASingleFileAfterTheNote) {
+    const struct {
+        std::u16string title, filename;
+        std::string mime, expected;
+    } rows[] = {
+        {u"Report", u"q3.pdf", "application/pdf", "Report.pdf"},
+        {u"Report", u" q3.pdf\n", "application/pdf", "Report 1.pdf"},
+        {u"", u"photo", "image/jpeg", "Untitled.jpeg"},
+        {u"", u"", "image/jpeg", "Untitled 1.jpeg"},
+        {u"", u"x.foo", "image/jpeg", "Untitled 2.jpeg"},
+        {u"\n  ", u"x.foo", "image/jpeg", "Untitled 3.jpeg"},
+        {u"", u"", "", "Untitled"},
+        {u"", u"", "application/x-unheard-of", "Untitled 1"},
+        {u"Report", u"", "application/pdf", "Report 2.pdf"},
+        {u"Report", u"", "", "Report"},
+        {u"Vol. 2", u"", "application/pdf", "Vol. 2"}, // has an extension, as paths go
+        {u"Vol. 2", u"a.pdf", "application/pdf", "Vol. 2.pdf"},
+        {u"a/b", u"../c.d/e.txt", "text/plain", "a-b.txt"},
+        {u"Photo", u"wrong.txt", "image/png", "Photo.txt"},
+    };
+    for (const auto& row : rows) {
+        item_.resources.clear();
+        item_.title = row.title;
+        addResource("data", row.mime, row.filename);
+        EXPECT_EQ(singleName(), row.expected);
+        if (std::filesystem::exists(destination_ / row.expected)) {
+            EXPECT_EQ(tests::readFile(destination_ / row.expected), "data");
+        }
+    }
+}
+
+TEST_F(NoteCreation, StampsASingleFile) {
+    item_.title = u"Report";
+    item_.updated = Date::fromUnixTime(1'650'000'000);
+    item_.tags = {u"work"};
+    addResource(kPDF, "application/pdf", u"q3.pdf");
+    ASSERT_EQ(singleName(), "Report.pdf");
+    EXPECT_EQ(valuesOf("Report.pdf").hasHiddenExtension, true);
+    EXPECT_EQ(valuesOf("Report.pdf").contentModificationDate, item_.updated);
+    EXPECT_EQ(valuesOf("Report.pdf").tagNames, item_.tags);
+}
+
+TEST_F(NoteCreation, PassesOnThatAResourceHasNoBytes) {
+    item_.title = u"Empty";
+    item_.resources.emplace_back();
+    NoteOutput output(destinationURL());
+    EXPECT_EQ(processSingleResource(item_, output).error().domain, EvernoteXMLResourceErrorDomain);
+    EXPECT_TRUE(outputs().empty());
+}
+
+// ---- destinations
+
+TEST_F(NoteCreation, FailsWithoutADestination) {
+    NoteOutput output(URL::fileURLWithPath((scratch_ / "nowhere").string(), true));
+    EXPECT_EQ(output.directory().error().domain, platform::kCocoaErrorDomain);
+    const auto made = output.writeFile(u"a.txt", "x", {});
+    ASSERT_FALSE(made);
+    EXPECT_NE(made.error().localizedDescription().find("nowhere"), std::string::npos);
+    EXPECT_TRUE(output.flush());
+    output.overwriteLog("a.log", "x"); // no error
+    EXPECT_FALSE(std::filesystem::exists(scratch_ / "nowhere"));
+}
+
+TEST_F(NoteCreation, RefusesNamesThatLeadElsewhere) {
+    NoteOutput output(destinationURL());
+    for (const std::u16string_view name : {u"../out.txt", u"/tmp/out.txt", u"a/b", u"..", u"."}) {
+        const auto made = output.writeFile(name, "x", {});
+        ASSERT_FALSE(made);
+        EXPECT_EQ(made.error().code, 514);
+    }
+    EXPECT_TRUE(outputs().empty());
+}
+
+TEST_F(NoteCreation, WritesTheLogOverAFileButNotThroughALink) {
+    tests::writeFile(scratch_ / "victim", "precious");
+    std::filesystem::create_symlink(scratch_ / "victim", destination_ / "link.log");
+    ASSERT_EQ(::mkfifo((destination_ / "fifo.log").c_str(), 0600), 0);
+    tests::writeFile(destination_ / "old.log", "a long old log");
+    NoteOutput output(destinationURL());
+    for (const std::string_view name : {"link.log", "fifo.log", "old.log", "new.log"}) output.overwriteLog(name, "new");
+    EXPECT_EQ(tests::readFile(scratch_ / "victim"), "precious");
+    EXPECT_EQ(tests::readFile(destination_ / "old.log"), "new");
+    EXPECT_EQ(tests::readFile(destination_ / "new.log"), "new");
+}
+
+} // namespace
+} // namespace quillet

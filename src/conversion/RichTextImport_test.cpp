@@ -1,0 +1,191 @@
+// From a page to rich text: what markers become, and what stays text.
+#include "conversion/RichTextImport.h"
+
+#include <optional>
+#include <string>
+
+#include "conversion/NoteMarkup.h"
+#include "conversion/NoteScratch.h"
+#include "documents/attachments/QLTChecklistTextAttachment.h"
+#include "documents/attachments/QLTDividerTextAttachment.h"
+#include "documents/attachments/QLTFileAttachment.h"
+#include "platform/base/Error.h"
+#include "platform/files/FileWrapper.h"
+#include "tests/support/NoteFixture.h"
+
+namespace quillet {
+namespace {
+
+using platform::AttributedString;
+using platform::Result;
+using platform::TextAttachment;
+
+// The text with what stands at each attachment: [x] [ ] for checkboxes, [-] for dividers, [file NAME] and [NAME].
+std::string shown(const AttributedString& text) {
+    std::string out;
+    for (std::size_t position = 0; position < text.length(); ++position) {
+        const char16_t unit = text.string()[position];
+        const auto* value = text.attributeAt(platform::kAttachmentAttributeName, position);
+        if (unit != platform::kAttachmentCharacter || !value) {
+            out += platform::utf8FromUTF16(std::u16string_view(&unit, 1));
+            continue;
+        }
+        const TextAttachment& attachment = *std::get<platform::TextAttachmentReference>(*value);
+        if (const auto* box = dynamic_cast<const QLTChecklistTextAttachment*>(&attachment)) {
+            out += box->isOn() ? "[x]" : "[ ]";
+        } else if (dynamic_cast<const QLTDividerTextAttachment*>(&attachment)) {
+            out += "[-]";
+        } else {
+            const bool isFile = dynamic_cast<const QLTFileAttachment*>(&attachment);
+            const std::string name = attachment.fileWrapper() ? attachment.fileWrapper()->preferredFilename() : "none";
+            out += (isFile ? "[file " : "[") + name + "]";
+        }
+    }
+    return out;
+}
+
+class RichTextImport : public NoteFixture {
+  protected:
+    void SetUp() override {
+        NoteFixture::SetUp();
+        directory_.emplace(platform::OutputDirectory::openURL(destinationURL()).value());
+        scratchDirectory_.emplace(NoteScratch::create(*directory_, item_.identifier).value());
+    }
+    // Writes a resource of that name into the scratch directory.
+    void write(std::u16string_view name, std::string_view bytes) {
+        ASSERT_TRUE(scratchDirectory_->writeResource(addResource(bytes, "", name), name));
+    }
+    std::string withAttachments(std::u16string_view text) {
+        AttributedString rich{std::u16string(text)};
+        const auto replaced = replaceAttachmentMarkers(rich, *scratchDirectory_);
+        return replaced ? shown(rich) : replaced.error().description();
+    }
+    Result<ImportedPage> import(std::string_view markup) {
+        const NotePage page = notePageFromNoteElement(item_, *scratchDirectory_, *noteElement(markup),
+                                                      UseInlineImages::yes, ConvertDividers::yes)
+                                  .value();
+        return importRichText(item_, *scratchDirectory_, page);
+    }
+    std::string imported(std::string_view markup) {
+        const auto made = import(markup);
+        return made && made->text ? shown(*made->text) : "failed";
+    }
+
+    std::optional<platform::OutputDirectory> directory_;
+    std::optional<NoteScratch> scratchDirectory_;
+};
+
+TEST_F(RichTextImport, ChoosesTheAttachmentByTheType) {
+    const struct {
+        std::u16string name;
+        std::string expected;
+    } rows[] = {
+        {u"a.zip", "[file a.zip]"}, {u"a.txt", "[file a.txt]"},   {u"a.mp3", "[file a.mp3]"},
+        {u"a.pdf", "[a.pdf]"},      {u"A.PDF", "[A.PDF]"},        {u"a.png", "[a.png]"},
+        {u"a.mov", "[a.mov]"},      {u"a.qqq", "[file a.qqq]"},   {u"README", "[file README]"},
+        {u".pdf", "[file .pdf]"},   {u"Vol. 2", "[file Vol. 2]"},
+    };
+    for (const auto& row : rows) {
+        write(row.name, "data");
+        const std::u16string name = row.name == u"Vol. 2" ? u"Vol.%202" : row.name;
+        EXPECT_EQ(withAttachments(u"a***QLTATTACHMENT " + name + u" QLTATTACHMENT***b"), "a" + row.expected + "b");
+    }
+}
+
+TEST_F(RichTextImport, FindsFilesUnderTheirUnencodedNames) {
+    write(u"a b.zip", "1");
+    write(u"100%.zip", "2");
+    write(u"京.zip", "3");
+    EXPECT_EQ(withAttachments(u"***QLTATTACHMENT a%20b.zip QLTATTACHMENT***\n***QLTATTACHMENT 100%25.zip "
+                              u"QLTATTACHMENT******QLTATTACHMENT %E4%BA%AC.zip QLTATTACHMENT***"),
+              "[file a b.zip]\n[file 100%.zip][file 京.zip]");
+}
+
+TEST_F(RichTextImport, LeavesAnOpenFenceAsText) {
+    for (const std::u16string_view text :
+         {u"***QLTATTACHMENT ", u"***QLTATTACHMENT a.zip", u" QLTATTACHMENT***", u"***QLTATTACHMENTa QLTATTACHMENT***",
+          u"a.zip QLTATTACHMENT*** ***QLTATTACHMENT "})
+        EXPECT_EQ(withAttachments(text), platform::utf8FromUTF16(text));
+}
+
+TEST_F(RichTextImport, GivesAFenceNothingButTheNotesOwnFiles) {
+    tests::writeFile(scratch_ / "secret", "s");
+    tests::writeFile(destination_ / item_.identifier / "planted", "p");
+    for (const std::u16string_view name : {u"../secret", u"..%2F..%2Fsecret", u"/etc/passwd", u"%2Fetc%2Fpasswd",
+                                           u"planted", u"", u".", u"..", u"%00"}) {
+        AttributedString text(u"***QLTATTACHMENT " + std::u16string(name) + u" QLTATTACHMENT***");
+        const auto replaced = replaceAttachmentMarkers(text, *scratchDirectory_);
+        ASSERT_FALSE(replaced) << platform::utf8FromUTF16(name);
+        EXPECT_EQ(replaced.error().code, 260);
+    }
+}
+
+TEST_F(RichTextImport, SetsCheckboxesAtTheStartOfLinesOnly) {
+    const struct {
+        std::u16string text;
+        std::string expected;
+    } rows[] = {
+        {u"✓ done", "[x]done"},
+        {u"◦ open", "[ ]open"},
+        {u"✓ ", "[x]"},
+        {u"✓ a\n◦ b\r\n✓ c\u2028◦ d", "[x]a\n[ ]b\r\n[x]c\u2028[ ]d"},
+        {u"a ✓ b", "a ✓ b"},
+        {u" ✓ b", " ✓ b"},
+        {u"✓b", "✓b"},
+        {u"✓", "✓"},
+        {u"✓ ✓ a", "[x]✓ a"},
+        {u"✓\u00A0a", "✓\u00A0a"},
+        {u"", ""},
+    };
+    for (const auto& row : rows) {
+        AttributedString text(row.text);
+        replaceCheckboxMarkers(text);
+        EXPECT_EQ(shown(text), row.expected);
+    }
+}
+
+TEST_F(RichTextImport, PutsDividersOnLinesOfTheirOwn) {
+    const struct {
+        std::u16string text;
+        std::string expected;
+    } rows[] = {
+        {u"***QLTDIVIDER***", "[-]"},
+        {u"a\n***QLTDIVIDER***\nb", "a\n[-]\nb"},
+        {u"a***QLTDIVIDER***b", "a\n[-]\nb"},
+        {u"***QLTDIVIDER***b", "[-]\nb"},
+        {u"a***QLTDIVIDER***\nb", "a\n[-]\n\nb"}, // an empty line behind the divider
+        {u"***QLTDIVIDER******QLTDIVIDER***", "[-]\n***QLTDIVIDER***"},
+        {u"a ***QLTDIVIDER*** b ***QLTDIVIDER***\n***QLTDIVIDER***", "a \n[-]\n b ***QLTDIVIDER***\n[-]"},
+        {u"***QLTDIVIDER**", "***QLTDIVIDER**"},
+    };
+    for (const auto& row : rows) {
+        AttributedString text(row.text);
+        replaceDividerMarkers(text);
+        EXPECT_EQ(shown(text), row.expected);
+    }
+}
+
+TEST_F(RichTextImport, ReadsThePageAndPutsEverythingInPlace) {
+    addResource("zip", "application/zip", u"a b.zip");
+    addResource(pngBytes(), "image/png", u" pic/ture.png");
+    EXPECT_EQ(
+        imported("<en-note><div>text</div><div><en-todo checked=\"true\"/>done</div><div><en-todo/>open</div><div>x" +
+                 media("zip") + "y</div><hr/><div>" + media(pngBytes()) + "</div></en-note>"),
+        "text\n[x]done\n[ ]open\nx[file a b.zip]y\n[-]\n[pic-ture.png]\n");
+}
+
+TEST_F(RichTextImport, FailsWhenThePageCannotBeWritten) {
+    std::filesystem::remove(destination_ / item_.identifier);
+    const auto made = import("<en-note>x</en-note>");
+    ASSERT_FALSE(made);
+    EXPECT_EQ(made.error().domain, platform::kCocoaErrorDomain);
+    EXPECT_NE(made.error().localizedDescription().find(item_.identifier + ".html"), std::string::npos);
+}
+
+TEST_F(RichTextImport, WritesThePageUnderTheIdentifier) {
+    ASSERT_TRUE(import("<en-note>x</en-note>"));
+    EXPECT_EQ(namesIn(destination_ / item_.identifier), std::vector<std::string>{item_.identifier + ".html"});
+}
+
+} // namespace
+} // namespace quillet
