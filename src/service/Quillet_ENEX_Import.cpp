@@ -151,6 +151,7 @@ void Quillet_ENEX_Import::reportProgress(Job& job, Change change) {
     ProgressBlock block;
     {
         const std::lock_guard lock(mutex_);
+        if (!job.reply) return; // replied: who watched may be gone
         change(job.progress);
         progress = job.progress;
         block = progressBlock_;
