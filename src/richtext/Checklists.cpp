@@ -27,6 +27,9 @@ using platform::TextList;
 
 namespace {
 
+// A damaged archive may give any 64-bit number as a level; no more indentation is written than this.
+constexpr std::uint64_t kDeepestMarkdownLevel = 100;
+
 using TextLists = std::vector<std::shared_ptr<TextList>>;
 
 // The typed form of a checkbox in a list paragraph: the marker between two tabs.
@@ -96,7 +99,7 @@ void indentToNextTabStop(ParagraphStyle& style) {
     style.firstLineHeadIndent += distance;
 }
 
-// A checkbox of the text and the line on which it stands.
+// A checkbox of the text and the characters on which it stands.
 struct ChecklistItem {
     Range range;
     std::shared_ptr<QLTChecklistTextAttachment> box;
@@ -110,28 +113,37 @@ std::vector<ChecklistItem> checklistItems(const AttributedString& text) {
     return items;
 }
 
+// What an item's replacement gets: its attributes without the attachment. The characters stand for the checkbox and are
+// not the checkbox: with the attribute still on them a writer would leave them out again and write an object.
+AttributeSet::Reference attributesWithoutBox(const AttributedString& text, std::size_t position) {
+    return std::make_shared<const AttributeSet>(
+        text.attributesAt(position).without(platform::kAttachmentAttributeName));
+}
+
 // Replaces each checkbox by its text form and gives its line the style that goes with it; of two boxes in one line the
-// later one's style stays.
+// later one's style stays. `paragraphStyle` gets the style that the line has when it comes to the box.
 template<class Form, class Style>
 void replaceChecklistItems(AttributedString& text, Form textForm, Style paragraphStyle) {
     const std::vector<ChecklistItem> items = checklistItems(text);
     std::vector<TextEdit> lines;
     for (auto item = items.begin(); item != items.end();) {
-        const Range line = platform::lineAt(text.string(), item->range.location).enclosing;
+        Line line = platform::lineAt(text.string(), item->range.location);
+        const std::size_t start = line.enclosing.location;
         std::vector<TextEdit> boxes;
         ParagraphStyleReference style;
-        for (; item != items.end() && line.contains(item->range.location); ++item) {
-            AttributeSet attributes =
-                text.attributesAt(item->range.location).without(platform::kAttachmentAttributeName);
-            boxes.push_back(
-                {{item->range.location - line.location, item->range.length},
-                 AttributedString(textForm(*item->box), std::make_shared<const AttributeSet>(std::move(attributes)))});
-            style = paragraphStyle(*item->box, paragraphStyleAt(text, item->range.location));
+        for (; item != items.end() && line.enclosing.contains(item->range.location); ++item) {
+            const Range box = item->range;
+            // A box that covers the line's end takes it away, so that the next line belongs to this one.
+            if (box.end() > line.contents.end()) line = platform::lineAt(text.string(), box.end());
+            line.enclosing = {start, line.enclosing.end() - start};
+            boxes.push_back({{box.location - start, box.length},
+                             AttributedString(textForm(*item->box), attributesWithoutBox(text, box.location))});
+            style = paragraphStyle(*item->box, style ? *style : paragraphStyleAt(text, box.location));
         }
-        AttributedString replaced = text.substring(line);
+        AttributedString replaced = text.substring(line.enclosing);
         replaced.applyEdits(boxes);
         replaced.addAttribute(platform::kParagraphStyleAttributeName, std::move(style), {0, replaced.length()});
-        lines.push_back({line, std::move(replaced)});
+        lines.push_back({line.enclosing, std::move(replaced)});
     }
     text.applyEdits(lines);
 }
@@ -178,7 +190,7 @@ void convertChecklistAttachmentsToMarkdownSyntax(AttributedString& text) {
         text,
         [](const QLTChecklistTextAttachment& box) {
             std::u16string form;
-            for (std::uint64_t level = 0; level < box.indentationLevel(); ++level)
+            for (std::uint64_t level = std::min(box.indentationLevel(), kDeepestMarkdownLevel); level > 0; --level)
                 form += QLTMarkdownChecklistIndentString;
             return form.append(box.isOn() ? QLTMarkdownChecklistOnString : QLTMarkdownChecklistOffString);
         },

@@ -24,6 +24,11 @@ namespace {
 // Names of this many units and more are cut.
 constexpr std::size_t kOverlongFilename = 256;
 
+bool isFileByType(const platform::TextAttachment& attachment) {
+    const std::string type = attachment.fileType();
+    return !type.empty() && QLTFileAttachment::shouldUseForFileType(type);
+}
+
 } // namespace
 
 void convertDividersToText(AttributedString& text) {
@@ -43,7 +48,7 @@ void convertTextToDividers(AttributedString& text) {
     const std::u16string_view characters = text.string();
     for (const platform::Line& line : platform::linesOf(characters))
         if (characters.substr(line.contents.location, line.contents.length) == QLTDividerReplacementString)
-            edits.push_back({line.contents, QLTDividerTextAttachment().attributedString()});
+            edits.push_back({line.contents, std::make_shared<QLTDividerTextAttachment>()->attributedString()});
     text.applyEdits(edits);
 }
 
@@ -52,8 +57,7 @@ void replaceFileAttachmentsInRange(AttributedString& text, Range range) {
     for (const AttachmentRun& run : attachmentsInRange(text, range)) {
         const platform::TextAttachment& attachment = *run.attachment;
         if (!attachment.fileWrapper() && !attachment.contents()) continue;
-        if (!QLTFileAttachment::shouldUseForFileType(attachment.fileType()) && !isPasswordProtectedPDF(attachment))
-            continue;
+        if (!isFileByType(attachment) && !isPasswordProtectedPDF(attachment)) continue;
         // Contents without a wrapper do not come along.
         auto file = std::make_shared<QLTFileAttachment>();
         file->setFileWrapper(attachment.fileWrapper());

@@ -76,7 +76,7 @@ Range cleanupHTMLNewlinesInRange(AttributedString& text, Range range) {
         AttributedString replaced = withoutSpacing(text, enclosing, style);
         const std::size_t end = line->contents.end();
         if (!(characters.size() > end + 2 && characters.substr(end, 2) == u"\n\n")) {
-            replaced.append(u"\n", std::make_shared<const AttributeSet>(replaced.attributesAt(replaced.length() - 1)));
+            replaced.append(u"\n", typingAttributes(replaced, replaced.length()));
             ++grown.length;
         }
         edits.push_back({enclosing, std::move(replaced)});

@@ -1,5 +1,7 @@
 #include "richtext/TextEditing.h"
 
+#include <algorithm>
+
 namespace quillet {
 
 using platform::AttributedString;
@@ -24,11 +26,16 @@ bool beginsWith(std::u16string_view text, Range range, std::u16string_view prefi
     return text.substr(range.location, range.length).starts_with(prefix);
 }
 
+AttributeSet::Reference typingAttributes(const AttributedString& text, std::size_t position) {
+    if (text.empty()) return AttributeSet::empty();
+    const std::size_t neighbour = position == 0 ? 0 : position - 1;
+    const auto run = std::ranges::upper_bound(text.runs(), neighbour, {}, &AttributedString::Run::end);
+    if (!run->attributes->find(platform::kAttachmentAttributeName)) return run->attributes;
+    return std::make_shared<const AttributeSet>(run->attributes->without(platform::kAttachmentAttributeName));
+}
+
 TextEdit insertion(const AttributedString& text, std::size_t position, std::u16string_view inserted) {
-    AttributeSet::Reference attributes = AttributeSet::empty();
-    if (!text.empty())
-        attributes = std::make_shared<const AttributeSet>(text.attributesAt(position == 0 ? 0 : position - 1));
-    return {{position, 0}, AttributedString(std::u16string(inserted), std::move(attributes))};
+    return {{position, 0}, AttributedString(std::u16string(inserted), typingAttributes(text, position))};
 }
 
 TextEdit paragraphStyleEdit(const AttributedString& text, Range range, ParagraphStyleReference style) {

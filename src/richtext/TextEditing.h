@@ -16,8 +16,11 @@ const platform::ParagraphStyle& paragraphStyleAt(const platform::AttributedStrin
 // Whether the stretch of text begins with the prefix.
 bool beginsWith(std::u16string_view text, platform::Range range, std::u16string_view prefix);
 
-// An insertion, with the attributes that the platform gives to typed-in characters: those of the character before, at
-// the start of the text those of the one behind.
+// What characters typed in at a position get: the attributes of the character before, at the start of the text those
+// of the one behind. Never an attachment: that stands on its own character only.
+platform::AttributeSet::Reference typingAttributes(const platform::AttributedString& text, std::size_t position);
+
+// An insertion, with the attributes of typed-in characters.
 platform::TextEdit insertion(const platform::AttributedString& text, std::size_t position,
                              std::u16string_view inserted);
 
