@@ -170,6 +170,17 @@ TEST(HTMLDocument, ReadsTheEncodingThatThePageHas) {
     }
 }
 
+TEST(HTMLDocument, SaysNothingOnStandardErrorAboutBytesOfAnotherEncoding) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(parsed("<meta charset=shift_jis>\xFC\xFC<p>a").textContent(2).back(), 'a');
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(HTMLDocument, KeepsAnEmptyAttributeThatComesFirst) {
+    const HTMLDocument page = parsed("<p class=''>a");
+    EXPECT_EQ(page.attribute(page[page.body()].first, HTMLAttribute::class_), "");
+}
+
 TEST(HTMLDocument, TellsQuirksModeByTheDocumentType) {
     const std::pair<std::string_view, bool> cases[] = {
         {"<p>", true},
