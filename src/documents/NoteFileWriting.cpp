@@ -7,10 +7,10 @@
 #include <iterator>
 #include <utility>
 
+#include "documents/NoteTextArchive.h"
 #include "documents/PackageNames.h"
 #include "documents/attachments/QLTChecklistTextAttachment.h"
 #include "documents/attachments/QLTDividerTextAttachment.h"
-#include "platform/archive/KeyedArchiver.h"
 #include "platform/files/FileWrapper.h"
 #include "platform/foundation/Environment.h"
 #include "platform/plist/PropertyList.h"
@@ -116,9 +116,7 @@ Result<std::shared_ptr<FileWrapper>> QLTNoteFile::fileWrapper() const {
     keepAllowedAttributes(text);
     ReducedText reduced = reduceAttachments(text);
     convertFromDynamicColors(reduced.text);
-    const auto root = std::make_shared<const AttributedString>(std::move(reduced.text));
-    Data archive = TRY(
-        platform::KeyedArchiver::archivedData(platform::ArchivedObject(root), platform::KeyedArchiver::Coding::plain));
+    Data archive = TRY(archivedNoteText(std::move(reduced.text)));
 
     const platform::Environment& environment = platform::Environment::current();
     platform::Dictionary attributes{

@@ -49,7 +49,8 @@ std::string safeComponent(std::string_view name) {
 }
 
 std::string uniqueName(std::string_view name) {
-    return platform::appendingPathExtension(platform::UUID::random().string(), platform::pathExtension(name));
+    return platform::nameLimitedInBytes(
+        platform::appendingPathExtension(platform::UUID::random().string(), platform::pathExtension(name)));
 }
 
 // The wrapper under another name: the platform's own way of duplicating one is through its serialized form, which for a

@@ -80,7 +80,8 @@ class QLTNoteFile {
     // @sel saveToFileURL:error:
     platform::Result<> saveToFileURL(const platform::URL& fileURL) const;
 
-    // Takes everything from a package; on failure the note is left as it was but for an empty text.
+    // Takes everything from a package. On failure the attributes are taken all the same; the text is left as it was
+    // when the RTFD part may still give it, and is empty otherwise.
     // @sel readFileWrapper:error:
     platform::Result<> readFileWrapper(const platform::FileWrapper& wrapper);
     // @sel readFileAtURL:error:
@@ -90,6 +91,7 @@ class QLTNoteFile {
     struct Blank {};
     explicit QLTNoteFile(Blank) {} // without the settings of a new note
 
+    void takeAttributes(const platform::Dictionary& attributes);
     platform::Result<> attemptRecoveryFromRTFD(const platform::URL& fileURL, const platform::FileWrapper& package);
 
     platform::AttributedString noteText_;
