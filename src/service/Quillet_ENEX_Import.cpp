@@ -9,6 +9,7 @@
 #include "platform/foundation/PathString.h"
 #include "platform/foundation/StringFormat.h"
 #include "platform/foundation/URL.h"
+#include "service/GroupSuite.h"
 #include "service/NoteDispatch.h"
 #include "service/operations/OutputStream.h"
 
@@ -21,9 +22,6 @@ using platform::URL;
 using platform::Value;
 
 namespace {
-
-// The application's preferences, which it shares with its service.
-constexpr std::string_view kGroupSuite = "Q7X2M9K4T1.com.tesseral.Quillet";
 
 constexpr std::string_view kImportingText = "Importing %@";
 constexpr std::string_view kParsedNoteText = "Parsed note with temporary identifier: %@";
@@ -49,10 +47,13 @@ struct Quillet_ENEX_Import::Job {
     Reply reply;
     NoteOutput output;
     ImportProgress progress; // guarded by the importer's mutex
+    ProgressBlock progressBlock;
     std::weak_ptr<EvernoteXMLParseOperation> operation;
 };
 
-Quillet_ENEX_Import::Quillet_ENEX_Import() = default;
+Quillet_ENEX_Import::Quillet_ENEX_Import()
+    : Quillet_ENEX_Import(EvernoteXMLParseOperation::evernoteParseOperationForFileAtURL) {}
+Quillet_ENEX_Import::Quillet_ENEX_Import(ParseOperationMaker maker) : makeParseOperation_(std::move(maker)) {}
 Quillet_ENEX_Import::~Quillet_ENEX_Import() = default;
 
 void Quillet_ENEX_Import::importENEXFile(const URL& file, const Dictionary& options, const URL& directory,
@@ -64,13 +65,14 @@ void Quillet_ENEX_Import::importENEXFile(const URL& file, const Dictionary& opti
                                            std::move(reply),
                                            NoteOutput(directory),
                                            {},
+                                           {},
                                            {}});
     // No line break: the stream's first line goes on in this one.
     job->output.overwriteLog(job->logFile.lastPathComponent(), platform::formatted(kImportingText, {file.path()}));
     auto logStream = std::make_shared<OutputStream>(job->logFile.path());
     logStream->open();
 
-    auto operation = EvernoteXMLParseOperation::evernoteParseOperationForFileAtURL(file, directory);
+    auto operation = makeParseOperation_(file, directory);
     operation->setDebugMode(job->debug);
     operation->setLogStream(logStream);
     operation->setSaveWebClippingsAsNotes(booleanOption(options, QLTImportENEXOptionWebClippingsAsNotes));
@@ -78,6 +80,7 @@ void Quillet_ENEX_Import::importENEXFile(const URL& file, const Dictionary& opti
     installBlocks(*operation, job);
 
     const std::lock_guard lock(mutex_);
+    job->progressBlock = progressBlock_;
     operationQueue_ = std::make_unique<platform::OperationQueue>();
     items_.clear();
     failedItemNames_.clear();
@@ -148,15 +151,13 @@ void Quillet_ENEX_Import::finish(Job& job, const std::optional<Error>& error) {
 template<class Change>
 void Quillet_ENEX_Import::reportProgress(Job& job, Change change) {
     ImportProgress progress;
-    ProgressBlock block;
     {
         const std::lock_guard lock(mutex_);
         if (!job.reply) return; // replied: who watched may be gone
         change(job.progress);
         progress = job.progress;
-        block = progressBlock_;
     }
-    if (block) block(progress);
+    if (job.progressBlock) job.progressBlock(progress);
 }
 
 void Quillet_ENEX_Import::setProgressBlock(ProgressBlock block) {

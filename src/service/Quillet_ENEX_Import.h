@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 #include "platform/base/Value.h"
 #include "platform/operations/OperationQueue.h"
@@ -37,13 +38,23 @@ class Quillet_ENEX_Import : public QLTImportENEXProtocol, public std::enable_sha
     // Called on the import's thread, often; may be empty.
     using ProgressBlock = std::function<void(const ImportProgress&)>;
 
+    // Makes the operation that reads an export into a directory.
+    using ParseOperationMaker =
+        std::function<std::shared_ptr<EvernoteXMLParseOperation>(const platform::URL&, const platform::URL&)>;
+
+    // An importer that reads exports in this process, or as the maker's operations do.
     static std::shared_ptr<Quillet_ENEX_Import> create() { return std::make_shared<Quillet_ENEX_Import>(); }
+    static std::shared_ptr<Quillet_ENEX_Import> create(ParseOperationMaker maker) {
+        return std::make_shared<Quillet_ENEX_Import>(std::move(maker));
+    }
     Quillet_ENEX_Import();
+    explicit Quillet_ENEX_Import(ParseOperationMaker maker);
     ~Quillet_ENEX_Import() override;
 
     void importENEXFile(const platform::URL& file, const platform::Dictionary& options, const platform::URL& directory,
                         Reply reply) override;
 
+    // For the imports that are started from now on.
     void setProgressBlock(ProgressBlock block);
     // Ends the running import after the note under way; its reply takes the error form. Callable from any thread.
     void cancel();
@@ -62,6 +73,7 @@ class Quillet_ENEX_Import : public QLTImportENEXProtocol, public std::enable_sha
     template<class Change>
     void reportProgress(Job& job, Change change);
 
+    const ParseOperationMaker makeParseOperation_;
     mutable std::mutex mutex_; // guards everything below
     std::unique_ptr<platform::OperationQueue> operationQueue_;
     platform::Array items_;
