@@ -1,0 +1,55 @@
+#include "service/ImportCall.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "platform/ipc/BusError.h"
+#include "service/QLTImportENEXProtocol.h"
+
+namespace quillet {
+
+using platform::BusError;
+using platform::Dictionary;
+using platform::Result;
+using platform::URL;
+using platform::Value;
+
+namespace {
+
+constexpr std::array kBooleanOptions{kDebugOption, QLTImportENEXOptionWebClippingsAsNotes};
+
+platform::Error invalid(const std::string& text) {
+    return platform::busError(BusError::invalidArguments, text);
+}
+
+Result<URL> fileURL(const Value& argument, std::string_view what) {
+    const std::string text = argument.utf8();
+    const auto url = URL::fromString(text);
+    const bool isHere = url && url->isFileURL() && (url->host().value_or("").empty() || url->host() == "localhost");
+    if (!isHere || !url->path().starts_with('/') || url->path().find('\0') != std::string::npos)
+        return platform::failure(invalid("The " + std::string(what) + " \"" + text + "\" is no file URL."));
+    return *url;
+}
+
+// Numbers pass for booleans, as everywhere; unknown options are for later versions.
+Result<> checkOptions(const Dictionary& options) {
+    for (const std::string_view key : kBooleanOptions) {
+        const Value* value = platform::find(options, key);
+        if (value && !value->as<bool>() && !value->as<std::int64_t>())
+            return platform::failure(invalid("The option \"" + std::string(key) + "\" is no boolean."));
+    }
+    return {};
+}
+
+} // namespace
+
+Result<ImportCall> ImportCall::fromArguments(const platform::Array& arguments) {
+    constexpr std::size_t kArguments = 3;
+    const auto* options = arguments.size() == kArguments ? arguments[1].as<Dictionary>() : nullptr;
+    if (!options) return platform::failure(invalid("The arguments are a file URL, options and a directory URL."));
+    TRY(checkOptions(*options));
+    return ImportCall{TRY(fileURL(arguments[0], "export")), *options, TRY(fileURL(arguments[2], "directory"))};
+}
+
+} // namespace quillet
