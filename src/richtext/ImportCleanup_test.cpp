@@ -1,0 +1,45 @@
+// What golden cases cannot say: the setting of the text system, and blocks that are no table's.
+#include "richtext/ImportCleanup.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/text/AttributedString.h"
+#include "platform/text/TextDump.h"
+#include "platform/text/TextList.h"
+#include "platform/text/TextTable.h"
+#include "richtext/RichTextCase.h"
+#include "richtext/TextEditing.h"
+
+namespace quillet {
+
+using platform::AttributedString;
+using platform::AttributeSet;
+using platform::ParagraphStyle;
+
+TEST(ImportCleanup, MarkersAreNotAddedWhereTheTextSystemKeepsThemInTheText) {
+    ASSERT_TRUE(platform::TextList::includesTextListMarkers());
+    const std::string_view dump = "\"a\\n\"  para [lists L1{disc}]\n\nL1 {disc}\n";
+    AttributedString text = textFromDump(dump);
+    addTextMarkersIfNecessary(text);
+    EXPECT_EQ(platform::textDump(text), dump);
+}
+
+TEST(ImportCleanup, ABlockOutsideTablesIsNoTable) {
+    ParagraphStyle style;
+    style.textBlocks = {std::make_shared<platform::TextBlock>()};
+    AttributedString text(u"a\n", std::make_shared<const AttributeSet>(
+                                      AttributeSet{{platform::kParagraphStyleAttributeName,
+                                                    std::make_shared<const ParagraphStyle>(std::move(style))}}));
+    fixTrailingTables(text);
+    EXPECT_EQ(text.length(), 2U);
+}
+
+TEST(ImportCleanup, OfStylesOverOneRangeTheLaterStays) {
+    const auto centred = std::make_shared<ParagraphStyle>();
+    centred->alignment = platform::TextAlignment::center;
+    AttributedString text(u"ab\ncd");
+    setParagraphStyles(text, {{{0, 3}, ParagraphStyle::defaultParagraphStyle()}, {{0, 3}, centred}});
+    EXPECT_EQ(platform::textDump(text), "\"ab\\n\"  para [center]\n\"cd\"\n");
+}
+
+} // namespace quillet
