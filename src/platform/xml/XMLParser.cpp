@@ -63,6 +63,7 @@ struct XMLParser::Machine {
     std::vector<XMLAttributeView> attributes;
     std::deque<std::string> joinedNames; // what the views of one tag point into
     std::size_t depth = 0;
+    bool sawElement = false; // a start tag, of the root at least
     bool deliversPieces = false;
     bool aborted = false;
     std::optional<Error> error;
@@ -128,6 +129,7 @@ struct XMLParser::Machine {
         // libxml2 reports a tag that breaks off before it reports the error.
         const xmlChar next = context->input->cur < context->input->end ? *context->input->cur : 0;
         if (next != '>' && next != '/') return;
+        sawElement = true;
         flushText();
         if (isOver()) return;
         if (++depth > kMaximumDepth)
@@ -184,8 +186,10 @@ struct XMLParser::Machine {
         if (isOver()) return;
         flushText();
         if (isOver()) return;
-        error = errorAt(problem.code, withoutLineEnd(problem.message ? problem.message : "not well-formed"),
-                        problem.line, problem.int2);
+        std::string_view message = withoutLineEnd(problem.message ? problem.message : "not well-formed");
+        // The library's text for this speaks of extra content at the end.
+        if (problem.code == XML_ERR_DOCUMENT_END && !sawElement) message = "the document is empty";
+        error = errorAt(problem.code, message, problem.line, problem.int2);
     }
 
     void makeContext();
