@@ -1,8 +1,10 @@
-// The command-line client: imports exports into a directory, in its own process.
+// The command-line client: imports exports into a directory, in its own confined process or by the service.
 #include <atomic>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -13,6 +15,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 #include <pthread.h>
+#include <syslog.h>
 #include <unistd.h>
 
 #include "platform/base/Error.h"
@@ -22,7 +25,9 @@
 #include "platform/operations/OperationQueue.h"
 #include "programs/ProgressBar.h"
 #include "programs/RegisterClasses.h"
+#include "programs/ServiceImport.h"
 #include "programs/export/JSONForm.h"
+#include "service/ImportConfinement.h"
 #include "service/Quillet_ENEX_Import.h"
 
 namespace quillet {
@@ -36,13 +41,15 @@ using platform::Value;
 constexpr int kAllWritten = 0;
 constexpr int kNotesFailed = 1;
 constexpr int kImportFailed = 2;
-constexpr int kWrongUsage = 64; // EX_USAGE
+constexpr int kWrongUsage = 64;  // EX_USAGE
+constexpr int kUnavailable = 69; // EX_UNAVAILABLE
 constexpr int kSignalBase = 128;
 
 struct Options {
     bool debug = false;
     bool webClippingsAsNotes = false;
     bool json = false;
+    bool service = false;
     bool verbose = false;
     bool quiet = false;
     std::vector<std::string> files;
@@ -62,10 +69,11 @@ class Interruption {
         std::thread([this] { wait(); }).detach();
     }
 
-    void setImport(std::shared_ptr<Quillet_ENEX_Import> import) {
+    // What ends the import that runs now; nothing between imports.
+    void setCancel(std::function<void()> cancel) {
         const std::lock_guard lock(mutex_);
-        import_ = std::move(import);
-        if (signal_ != 0 && import_) import_->cancel();
+        cancel_ = std::move(cancel);
+        if (signal_ != 0 && cancel_) cancel_();
     }
     int signal() const { return signal_; }
 
@@ -76,43 +84,66 @@ class Interruption {
             if (sigwait(&signals_, &received) != 0) continue;
             if (signal_.exchange(received) != 0) std::_Exit(kSignalBase + received);
             const std::lock_guard lock(mutex_);
-            if (import_) import_->cancel();
+            if (cancel_) cancel_();
         }
     }
 
     sigset_t signals_{};
     std::atomic<int> signal_ = 0;
     std::mutex mutex_;
-    std::shared_ptr<Quillet_ENEX_Import> import_; // guarded by mutex_
+    std::function<void()> cancel_; // guarded by mutex_
 };
 
 void printMessage(std::string_view message) {
     fmt::print(stderr, "quillet-enex-import: {}\n", platform::escapedForTerminal(message));
 }
 
+// One FILE on its way into the directory.
+struct Task {
+    URL file;
+    URL directory;
+    Dictionary options;
+    Quillet_ENEX_Import::ProgressBlock progress;
+};
+
 // Runs one import to its reply, with the main queue on this thread.
-Dictionary runImport(const Options& options, const std::string& file, Interruption& interruption) {
+Dictionary importHere(const Task& task, Interruption& interruption) {
     const auto import = Quillet_ENEX_Import::create();
+    import->setProgressBlock(task.progress);
+    std::optional<Dictionary> result;
+    std::atomic<bool> replied = false;
+    import->importENEXFile(task.file, task.options, task.directory, [&](Dictionary reply) {
+        result = std::move(reply);
+        replied = true;
+        platform::wakeMainQueue();
+    });
+    interruption.setCancel([import] { import->cancel(); });
+    platform::runMainQueueUntil([&] { return replied.load(); });
+    interruption.setCancel(nullptr);
+    return *std::move(result);
+}
+
+platform::Result<Dictionary> importByService(const Task& task, Interruption& interruption) {
+    const auto service = TRY(ServiceImport::connect());
+    interruption.setCancel([&service] { service->cancel(); });
+    platform::Result<Dictionary> reply = service->import(task.file, task.options, task.directory, task.progress);
+    interruption.setCancel(nullptr);
+    return reply;
+}
+
+platform::Result<Dictionary> runImport(const Options& options, const std::string& file, Interruption& interruption) {
+    Task task{URL::fileURLWithPath(file),
+              URL::fileURLWithPath(options.directory, true),
+              {{std::string(kDebugOption), Value(options.debug)},
+               {std::string(QLTImportENEXOptionWebClippingsAsNotes), Value(options.webClippingsAsNotes)}},
+              nullptr};
     std::unique_ptr<ProgressBar> bar;
     if (!options.quiet && ::isatty(STDERR_FILENO) != 0) {
         bar = std::make_unique<ProgressBar>(std::filesystem::path(file).filename().string());
-        import->setProgressBlock([&bar](const ImportProgress& progress) { bar->show(progress); });
+        task.progress = [&bar](const ImportProgress& progress) { bar->show(progress); };
     }
-    const Dictionary importOptions{
-        {std::string(kDebugOption), Value(options.debug)},
-        {std::string(QLTImportENEXOptionWebClippingsAsNotes), Value(options.webClippingsAsNotes)}};
-    std::optional<Dictionary> result;
-    std::atomic<bool> replied = false;
-    import->importENEXFile(URL::fileURLWithPath(file), importOptions, URL::fileURLWithPath(options.directory, true),
-                           [&](Dictionary reply) {
-                               result = std::move(reply);
-                               replied = true;
-                               platform::wakeMainQueue();
-                           });
-    interruption.setImport(import);
-    platform::runMainQueueUntil([&] { return replied.load(); });
-    interruption.setImport(nullptr);
-    return *std::move(result);
+    if (options.service) return importByService(task, interruption);
+    return importHere(task, interruption);
 }
 
 const platform::Array& listUnder(const Dictionary& reply, std::string_view key) {
@@ -157,25 +188,42 @@ void warnOfSharedLogs(const std::vector<std::string>& files) {
             printMessage(file + ": another FILE has the same base name; its log will be overwritten");
 }
 
-int importAll(const Options& options, Interruption& interruption) {
-    std::error_code failure;
-    std::filesystem::create_directories(options.directory, failure);
-    if (failure) printMessage(options.directory + ": cannot be made: " + failure.message());
-    warnOfSharedLogs(options.files);
+void printReply(const Options& options, const std::string& file, const Dictionary& reply) {
+    if (options.json) {
+        fmt::print("{}\n", jsonLine(reply));
+    } else if (!options.quiet) {
+        printSummary(file, reply);
+    }
+    std::fflush(stdout);
+}
 
+int importAll(const Options& options, Interruption& interruption) {
+    warnOfSharedLogs(options.files);
     int status = kAllWritten;
     for (const std::string& file : options.files) {
-        const Dictionary reply = runImport(options, file, interruption);
-        status = std::max(status, statusOf(file, reply));
-        if (options.json) {
-            fmt::print("{}\n", jsonLine(reply));
-        } else if (!options.quiet) {
-            printSummary(file, reply);
+        const platform::Result<Dictionary> reply = runImport(options, file, interruption);
+        if (!reply) {
+            printMessage("the service cannot be used: " + reply.error().localizedDescription());
+            return kUnavailable;
         }
-        std::fflush(stdout);
+        status = std::max(status, statusOf(file, *reply));
+        printReply(options, file, *reply);
         if (interruption.signal() != 0) return kSignalBase + interruption.signal();
     }
     return status;
+}
+
+// Makes the directory, then gives up whatever the imports do not need. False when that cannot be done.
+bool prepare(const Options& options) {
+    std::error_code failure;
+    std::filesystem::create_directories(options.directory, failure);
+    if (failure) printMessage(options.directory + ": cannot be made: " + failure.message());
+    if (options.service) return true; // nothing is read here
+    // Connected while sockets can still be made.
+    ::openlog("quillet-enex-import", LOG_NDELAY | LOG_PID, LOG_USER);
+    const platform::Result<> confined = confineForImport(options.files, options.directory);
+    if (!confined) printMessage("cannot be confined: " + confined.error().description());
+    return confined.has_value();
 }
 
 // The last positional argument is the directory; CLI11 cannot say that of itself.
@@ -206,11 +254,13 @@ std::optional<int> parseCommandLine(int argc, char** argv, Options& options) {
     app.add_flag("--web-clippings-as-notes", options.webClippingsAsNotes,
                  "make notes of web clippings, not HTML pages");
     app.add_flag("--json", options.json, "print each import's reply as one line of JSON, and nothing else");
+    app.add_flag("--service", options.service,
+                 "have the import done by the service, over D-Bus; the reply is the same");
     app.add_flag("-v,--verbose", options.verbose, "send the system log to standard error");
     app.add_flag("-q,--quiet", options.quiet, "no progress, no summary");
     app.set_version_flag("--version", "quillet-enex-import " + platform::Environment::current().bundleShortVersion);
     app.footer("Exit status: 0 every note was written; 1 a note failed; 2 an export could not be read to its end;\n"
-               "64 wrong usage; 130 and 143 interrupted.");
+               "64 wrong usage; 69 no bus or no service; 130 and 143 interrupted.");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -226,17 +276,22 @@ std::optional<int> parseCommandLine(int argc, char** argv, Options& options) {
 int run(int argc, char** argv) {
     Options options;
     if (const auto status = parseCommandLine(argc, argv, options)) return *status;
-    static Interruption interruption;
     if (options.verbose)
         platform::setSystemLogSink(
             [](std::string_view entry) { fmt::print(stderr, "{}\n", platform::escapedForTerminal(entry)); });
     registerClasses();
+    if (!prepare(options)) return kImportFailed;
+    static Interruption interruption; // starts a thread, which is confined with the others
     return importAll(options, interruption);
 }
 
 } // namespace
 } // namespace quillet
 
+// Leaves without destroying what is static: the thread that waits for signals still runs, and a leak checker could not
+// start its process here.
 int main(int argc, char** argv) {
-    return quillet::run(argc, argv);
+    const int status = quillet::run(argc, argv);
+    std::fflush(nullptr);
+    std::_Exit(status);
 }
