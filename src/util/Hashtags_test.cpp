@@ -126,18 +126,18 @@ TagNamesAndRanges plainTags(std::u16string_view candidate, std::u16string_view t
 }
 
 TEST(Hashtags, PiecesAgreeWithThePlainArithmetic) {
-    rc::check([] {
+    EXPECT_TRUE(rc::check([] {
         const auto candidate = u'#' + *rc::gen::nonEmpty(rc::gen::container<std::u16string>(
                                           rc::gen::element<char16_t>(u'#', u'#', u'a', u'b', u'c')));
         const auto tail = *rc::gen::container<std::u16string>(rc::gen::element<char16_t>(u' ', u'x'));
         const std::u16string text = tail.empty() ? candidate : candidate + u' ' + tail;
         RC_ASSERT(tagNamesAndRangesFromHashtags(text, NumericHashtags::ignored) == plainTags(candidate, text));
-    });
+    }));
 }
 
 TEST(Hashtags, CandidatesAreWhatThePatternMatches) {
     const auto pattern = platform::RegularExpression::withPattern(u"#\\S+");
-    rc::check([&] {
+    EXPECT_TRUE(rc::check([&] {
         const auto text = *rc::gen::container<std::u16string>(rc::gen::element<char16_t>(
             u'#', u'a', u' ', u'\t', u'\v', u'\f', 0x85, 0xA0, 0x200B, 0x2028, 0x3000, 0xD800, 0xDC00));
         std::vector<std::size_t> expected;
@@ -152,7 +152,7 @@ TEST(Hashtags, CandidatesAreWhatThePatternMatches) {
         for (const platform::Range& range : tagNamesAndRangesFromHashtags(text, NumericHashtags::ignored).ranges)
             if (std::ranges::find(expected, range.location) != expected.end()) starts.push_back(range.location);
         RC_ASSERT(std::ranges::includes(starts, expected));
-    });
+    }));
 }
 
 TEST(Hashtags, MegabyteTakesNoQuadraticTime) {
