@@ -49,7 +49,9 @@ class Decoder {
     std::optional<std::size_t> run() {
         while (position_ < text_.size()) {
             if (kept_ == 0 && padding_ == 0) takeWholeGroups();
-            if (position_ < text_.size() && !takeOne(text_[position_++])) return std::nullopt;
+            if (position_ == text_.size()) break;
+            if (!takeOne(text_[position_])) return std::nullopt;
+            ++position_;
         }
         if ((kept_ + padding_) % 4 != 0) return std::nullopt;
         if (kept_ > 0) {

@@ -16,7 +16,7 @@ struct CharacterSet::Members {
     // A frozen set's copy is frozen as well, and would let every change pass by in silence.
     icu::UnicodeSet thawed() const { return *std::unique_ptr<icu::UnicodeSet>(points.cloneAsThawed()); }
 
-    explicit Members(icu::UnicodeSet set) : points(std::move(set)) {
+    explicit Members(const icu::UnicodeSet& set) : points(set) {
         points.freeze();
         for (int32_t i = 0; i < points.getRangeCount(); ++i) {
             const UChar32 last = std::min<UChar32>(points.getRangeEnd(i), 0xFFFF);
@@ -34,20 +34,20 @@ CharacterSet::CharacterSet() {
 CharacterSet CharacterSet::withCharacters(std::u16string_view text) {
     icu::UnicodeSet points;
     points.addAll(icu::UnicodeString(false, text.data(), static_cast<int32_t>(text.size())));
-    return CharacterSet(std::make_shared<const Members>(std::move(points)));
+    return CharacterSet(std::make_shared<const Members>(points));
 }
 
 CharacterSet CharacterSet::withRanges(std::initializer_list<std::pair<char32_t, char32_t>> ranges) {
     icu::UnicodeSet points;
     for (const auto& [first, last] : ranges)
         points.add(static_cast<UChar32>(first), static_cast<UChar32>(std::min<char32_t>(last, 0x10FFFF)));
-    return CharacterSet(std::make_shared<const Members>(std::move(points)));
+    return CharacterSet(std::make_shared<const Members>(points));
 }
 
 CharacterSet CharacterSet::withPattern(std::u16string_view pattern) {
     UErrorCode status = U_ZERO_ERROR;
     icu::UnicodeSet points(icu::UnicodeString(pattern.data(), static_cast<int32_t>(pattern.size())), status);
-    return CharacterSet(std::make_shared<const Members>(std::move(points)));
+    return CharacterSet(std::make_shared<const Members>(points));
 }
 
 // U+200B has been a format character since Unicode 4.0.1, but the platform's white space kept it.
@@ -108,19 +108,19 @@ bool CharacterSet::containsUnit(char16_t unit) const {
 CharacterSet CharacterSet::united(const CharacterSet& other) const {
     icu::UnicodeSet points = members_->thawed();
     points.addAll(other.members_->points);
-    return CharacterSet(std::make_shared<const Members>(std::move(points)));
+    return CharacterSet(std::make_shared<const Members>(points));
 }
 
 CharacterSet CharacterSet::subtracting(const CharacterSet& other) const {
     icu::UnicodeSet points = members_->thawed();
     points.removeAll(other.members_->points);
-    return CharacterSet(std::make_shared<const Members>(std::move(points)));
+    return CharacterSet(std::make_shared<const Members>(points));
 }
 
 CharacterSet CharacterSet::inverted() const {
     icu::UnicodeSet points = members_->thawed();
     points.complement();
-    return CharacterSet(std::make_shared<const Members>(std::move(points)));
+    return CharacterSet(std::make_shared<const Members>(points));
 }
 
 bool operator==(const CharacterSet& a, const CharacterSet& b) {

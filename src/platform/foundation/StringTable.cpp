@@ -18,7 +18,9 @@ constexpr std::string_view kCatalogueFile = "/LC_MESSAGES/quillet-enex-import.mo
 // The first catalogue that there is for the locale; an empty one when there is none.
 std::shared_ptr<const MessageCatalogue> loadedCatalogue(const std::string& directory, const std::string& locale) {
     for (const std::string& name : catalogueNamesForLocale(locale)) {
-        std::ifstream stream(directory + "/" + name + std::string(kCatalogueFile), std::ios::binary);
+        std::string path = directory;
+        path.append("/").append(name).append(kCatalogueFile);
+        std::ifstream stream(path, std::ios::binary);
         if (!stream) continue;
         const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
         if (auto catalogue = MessageCatalogue::fromData(bytes))
