@@ -28,8 +28,9 @@ Result<FileDescriptor> openRegularFile(const std::string& path, int flags, FileA
 } // namespace
 
 bool resourceIsReachable(const URL& url) {
+    const std::string path = url.path();
     struct stat status{};
-    return ::lstat(url.path().c_str(), &status) == 0;
+    return path.find('\0') == std::string::npos && ::lstat(path.c_str(), &status) == 0;
 }
 
 bool isDirectory(const URL& url) {
@@ -72,7 +73,7 @@ std::string displayNameAtPath(std::string_view path) {
     const URL url = URL::fileURLWithPath(path);
     const std::string name = url.lastPathComponent();
     const std::string extension = url.pathExtension();
-    if (extension.empty()) return name;
+    if (extension.empty() || path.find('\0') != std::string_view::npos) return name;
     const FileDescriptor item = openAt(AT_FDCWD, url.path().c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
     if (!item || !hasHiddenExtension(item.get())) return name;
     return name.substr(0, name.size() - extension.size() - 1);

@@ -15,7 +15,7 @@ namespace platform {
 class URL;
 
 // Whether anything is there. The last component is not followed, so a dangling symbolic link is there; what cannot be
-// looked up is not.
+// looked up is not, and nothing is under a name with a NUL, which no file system holds.
 bool resourceIsReachable(const URL& url);
 bool isDirectory(const URL& url); // links followed
 

@@ -77,4 +77,12 @@ TEST(FileManager, ShowsNamesWithoutAHiddenExtension) {
     ASSERT_TRUE(setResourceValuesOfItemAtURL({true, {}, {}, {}, {}}, URL::fileURLWithPath(path)));
     EXPECT_EQ(displayNameAtPath(path), "Report");
     EXPECT_EQ(displayNameAtPath("/nowhere/a.b"), "a.b");
+    EXPECT_EQ(displayNameAtPath(path + std::string("\0.x", 3)), "Report.pdf" + std::string("\0.x", 3));
+}
+
+TEST(FileManager, NothingIsUnderANameWithNUL) {
+    const tests::ScratchDirectory scratch;
+    tests::writeFile(scratch / "a", "");
+    EXPECT_TRUE(resourceIsReachable(urlOf(scratch / "a")));
+    EXPECT_FALSE(resourceIsReachable(urlOf(scratch.path()).appendingPathComponent(std::string("a\0b", 3))));
 }
