@@ -3,12 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include "platform/base/UTF16.h"
-#include "platform/files/FileDescriptor.h"
-#include "platform/files/ResourceValues.h"
+#include "platform/files/FileManager.h"
 #include "platform/foundation/PathString.h"
 #include "platform/foundation/Scanner.h"
 #include "platform/foundation/SentenceTokenizer.h"
@@ -84,11 +80,8 @@ std::u16string cutToMaximumLength(std::u16string_view name) {
     return base.substr(0, kMaximumFilenameLength - 1 - extension.size()) + u'.' + extension;
 }
 
-// A name with a NUL in it is never reachable: no file system holds one, and cut there it would be another name.
-bool isReachable(const std::string& directory, std::u16string_view name) {
-    const std::string path = directory + '/' + platform::utf8FromUTF16(name);
-    struct stat status;
-    return path.find('\0') == std::string::npos && stat(path.c_str(), &status) == 0;
+bool isReachable(const platform::URL& directory, std::u16string_view name) {
+    return platform::resourceIsReachable(directory.appendingPathComponent(platform::utf8FromUTF16(name)));
 }
 
 struct NumberedName {
@@ -97,7 +90,7 @@ struct NumberedName {
 };
 
 // The first of "base n.ext", from n = `first`, at which nothing is reachable.
-NumberedName firstFreeNumber(std::u16string_view name, const std::string& directory, long first) {
+NumberedName firstFreeNumber(std::u16string_view name, const platform::URL& directory, long first) {
     const std::u16string base = platform::deletingPathExtension(name);
     const std::u16string extension = platform::pathExtension(name);
     for (long number = first;; ++number) {
@@ -158,17 +151,15 @@ std::u16string stringSanitizedForFileName(std::u16string_view text) {
 
 std::u16string makeFilenameUniqueInDirectoryAtURL(std::u16string_view name, const platform::URL& directory) {
     if (!directory.isFileURL()) return std::u16string(name);
-    const std::string path = directory.path();
-    if (!isReachable(path, name)) return std::u16string(name);
-    return sanitizedLastComponent(firstFreeNumber(name, path, 1).name);
+    if (!isReachable(directory, name)) return std::u16string(name);
+    return sanitizedLastComponent(firstFreeNumber(name, directory, 1).name);
 }
 
 std::u16string UniqueFilenames::makeFilenameUnique(std::u16string_view name) {
     if (!directory_.isFileURL()) return std::u16string(name);
-    const std::string path = directory_.path();
-    if (!isReachable(path, name)) return std::u16string(name);
+    if (!isReachable(directory_, name)) return std::u16string(name);
     long& firstUntried = firstUntried_.try_emplace(std::u16string(name), 1).first->second;
-    NumberedName free = firstFreeNumber(name, path, firstUntried);
+    const NumberedName free = firstFreeNumber(name, directory_, firstUntried);
     firstUntried = free.number;
     return sanitizedLastComponent(free.name);
 }
@@ -187,13 +178,8 @@ std::u16string fileSystemRepresentationString(std::u16string_view text) {
 }
 
 std::u16string fileDisplayName(std::u16string_view path) {
-    const std::u16string name = platform::lastPathComponent(path);
-    const std::string bytes = platform::utf8FromUTF16(path);
-    if (bytes.empty() || bytes.find('\0') != std::string::npos) return name;
-    // A pipe under that name must not make this wait for its writer.
-    const platform::FileDescriptor file = platform::openAt(AT_FDCWD, bytes.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-    const bool hidden = file && platform::hasHiddenExtension(file.get());
-    return hidden ? platform::deletingPathExtension(name) : name;
+    if (path.empty()) return {};
+    return platform::utf16FromUTF8(platform::displayNameAtPath(platform::utf8FromUTF16(path)));
 }
 
 std::u16string stringByTruncatingMiddleWithMaxLength(std::u16string_view text, std::size_t maximum) {
@@ -278,7 +264,7 @@ std::string percentEncodedURLString(std::u16string_view text) {
 
 std::optional<std::u16string> stringWithCString(const char* bytes, platform::TextEncoding encoding,
                                                 std::size_t length) {
-    if (!bytes) return u"";
+    if (!bytes || length == 0) return u"";
     return platform::decodedText({bytes, strnlen(bytes, length)}, encoding);
 }
 

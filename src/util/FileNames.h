@@ -31,8 +31,8 @@ std::u16string generateFilenameTruncatingToPeriod(std::u16string_view text, Trun
 std::u16string stringSanitizedForFileName(std::u16string_view text);
 
 // The name itself while nothing is reachable under it; otherwise the first free one of "Note 1.ext", "Note 2.ext"…,
-// sanitized. Asks the file system once a candidate. A symbolic link to nothing is not reachable, so the name of one
-// counts as free: the caller's move that never replaces is what keeps two files apart.
+// sanitized. Asks the file system once a candidate. A symbolic link to nothing takes its name. Names that differ by
+// case only are two names, as the file system has them.
 // @sel makeFilenameUniqueInDirectoryAtURL:
 std::u16string makeFilenameUniqueInDirectoryAtURL(std::u16string_view name, const platform::URL& directory);
 
@@ -98,7 +98,8 @@ std::u16string stringWithoutAttachments(std::u16string_view text);
 // The text's UTF-8 with what a URL may not hold percent-encoded.
 std::string percentEncodedURLString(std::u16string_view text);
 
-// At most `length` bytes, up to a zero byte. "" for null or a length of 0; nothing when the bytes are not valid.
+// At most `length` bytes, up to a zero byte. "" for null or a length of 0, whatever the encoding; nothing when the
+// bytes are not valid.
 // @sel stringWithCString:encoding:length:
 std::optional<std::u16string> stringWithCString(const char* bytes, platform::TextEncoding encoding, std::size_t length);
 

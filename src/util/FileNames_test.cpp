@@ -84,6 +84,19 @@ TEST(FileNames, LongTitleGivesItsFirstSentenceCutTo255) {
     EXPECT_EQ(generateFilename(repeated(u"x", 128) + u".y"), repeated(u"x", 128) + u".y");
 }
 
+// Behind a list marker the text may go on with blanks and line breaks. When the first line break lies too far to be
+// found, the first sentence is white space, which is none, and whole words are read instead.
+TEST(FileNames, ReadsWordsWhereThereIsNoSentence) {
+    const std::u16string blanks(130, u' ');
+    expectRows(generateFilename, {
+                                     {u"- " + blanks + u"\nShopping list", u"Shopping"},
+                                     {u"* " + blanks + u"\n\nMilk. Eggs", u"Milk"},
+                                     {u"- " + blanks + u"\n\u0001x", u""}, // a control is no word, nor skipped
+                                     {u"- " + std::u16string(120, u' ') + u"\nx", u""},
+                                 });
+    EXPECT_EQ(keepingPeriods(u"- " + blanks + u"\nv1.2 notes"), u"v1.2");
+}
+
 TEST(FileNames, SanitizesOnePathComponent) {
     expectRows(stringSanitizedForFileName, {
                                                {u"", u""},
@@ -122,6 +135,9 @@ class UniqueName : public testing::Test {
     std::u16string unique(std::u16string_view name) {
         return makeFilenameUniqueInDirectoryAtURL(name, URL::fileURLWithPath(scratch_.path().string(), true));
     }
+    void expectNames(std::initializer_list<Row> rows) {
+        for (const Row& row : rows) EXPECT_EQ(unique(row.input), row.expected) << platform::utf8FromUTF16(row.input);
+    }
     tests::ScratchDirectory scratch_;
 };
 
@@ -142,9 +158,28 @@ TEST_F(UniqueName, TakenNameGetsTheFirstFreeNumberBeforeItsExtension) {
     EXPECT_EQ(unique(u"a:b"), u"a-b 1");
 }
 
-TEST_F(UniqueName, LinkToNothingCountsAsFree) {
+TEST_F(UniqueName, LinkToNothingTakesItsName) {
     std::filesystem::create_symlink("nowhere", scratch_ / "Note");
-    EXPECT_EQ(unique(u"Note"), u"Note");
+    EXPECT_EQ(unique(u"Note"), u"Note 1");
+}
+
+TEST_F(UniqueName, HostileNamesAreTestedAsTheyStand) {
+    make("a");
+    make("50%2F");
+    make("caf\u00e9.x");
+    expectNames({
+        {std::u16string(u"a\0b", 3), std::u16string(u"a\0b", 3)},
+        {u"50%2F", u"50%2F 1"},
+        {u"caf\u00e9.x", u"caf\u00e9 1.x"},
+        {u"cafe\u0301.x", u"cafe\u0301.x"}, // another name to the file system
+        {u"A", u"A"},
+        {u"", u"1"},    // the directory itself is there; the blank before the number is trimmed
+        {u".", u"- 1"}, // so are these two, and the number leads out of neither
+        {u"..", u"- 1"},
+        {u"missing/x", u"missing/x"},
+        {std::u16string(u"n") + char16_t(0xD800), std::u16string(u"n") + char16_t(0xD800)},
+        {std::u16string(300, u'x'), std::u16string(300, u'x')}, // too long to be there
+    });
 }
 
 TEST_F(UniqueName, CacheGivesTheSameNames) {
@@ -231,7 +266,19 @@ TEST(FileNames, RepairsDateSuffixes) {
 }
 
 TEST(FileNames, PercentEncodesURLs) {
-    EXPECT_EQ(percentEncodedURLString(u"http://a.b/c d?é"), "http://a.b/c%20d?%C3%A9");
+    struct Encoding {
+        std::u16string text;
+        std::string_view expected;
+    };
+    for (const Encoding& row : {
+             Encoding{u"http://a.b/c d?é", "http://a.b/c%20d?%C3%A9"},
+             Encoding{u"", ""},
+             Encoding{u"a%20b", "a%20b"},
+             Encoding{u"\U0001F600", "%F0%9F%98%80"},
+             Encoding{std::u16string(u"a\0b", 3), "a%00b"},
+             Encoding{{u'a', 0xD800}, "a%EF%BF%BD"},
+         })
+        EXPECT_EQ(percentEncodedURLString(row.text), row.expected);
 }
 
 TEST(FileNames, CleansReaderAddresses) {
@@ -284,6 +331,8 @@ TEST(FileNames, DisplayNameHidesTheExtensionThatTheFileHides) {
     EXPECT_EQ(fileDisplayName(platform::utf16FromUTF8(path)), u"Note.x.qltnote");
     EXPECT_EQ(fileDisplayName(u"/nonexistent/a.b"), u"a.b");
     EXPECT_EQ(fileDisplayName(u""), u"");
+    EXPECT_EQ(fileDisplayName(u"/"), u"/");
+    EXPECT_EQ(fileDisplayName(std::u16string(u"/tmp/a.b\0c", 10)), std::u16string(u"a.b\0c", 5));
 
     platform::ResourceValues hiding;
     hiding.hasHiddenExtension = true;
@@ -296,6 +345,7 @@ TEST(FileNames, ReadsCStringsUpToLengthOrZero) {
     using enum platform::TextEncoding;
     EXPECT_EQ(stringWithCString(nullptr, utf8, 3), u"");
     EXPECT_EQ(stringWithCString("abc", utf8, 0), u"");
+    EXPECT_EQ(stringWithCString("abc", static_cast<platform::TextEncoding>(777), 0), u"");
     EXPECT_EQ(stringWithCString("abc", utf8, 2), u"ab");
     EXPECT_EQ(stringWithCString("ab\0c", utf8, 4), u"ab");
     EXPECT_EQ(stringWithCString("\xC3\xA9", utf8, 2), u"é");
