@@ -14,6 +14,7 @@
 
 #include "platform/base/UTF16.h"
 #include "platform/foundation/Environment.h"
+#include "platform/foundation/TimeZone.h"
 
 namespace platform {
 
@@ -117,13 +118,12 @@ struct DateFormatter::Implementation {
 };
 
 DateFormatter::DateFormatter(std::string_view pattern) : implementation_(std::make_unique<Implementation>()) {
-    const Environment& environment = Environment::current();
-    const icu::Locale locale(environment.localeIdentifier.c_str());
+    const icu::Locale locale(Environment::current().localeIdentifier.c_str());
     UErrorCode status = U_ZERO_ERROR;
     auto format = std::make_unique<icu::SimpleDateFormat>(unicodeString(pattern), locale, status);
     if (U_FAILURE(status)) return;
     format->setLenient(false);
-    format->adoptTimeZone(icu::TimeZone::createTimeZone(unicodeString(environment.timeZoneName)));
+    format->adoptTimeZone(environmentTimeZone().release());
     if (pattern == kTimeStampPattern && std::string_view(format->getCalendar()->getType()) == "gregorian")
         implementation_->quickZone = dynamic_cast<const icu::BasicTimeZone*>(&format->getTimeZone());
     implementation_->ending = unicodeString(trailingLiteral(pattern));

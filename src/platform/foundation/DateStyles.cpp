@@ -3,11 +3,11 @@
 #include <memory>
 
 #include <unicode/datefmt.h>
-#include <unicode/timezone.h>
 #include <unicode/udisplaycontext.h>
 
 #include "platform/base/UTF16.h"
 #include "platform/foundation/Environment.h"
+#include "platform/foundation/TimeZone.h"
 
 namespace platform {
 
@@ -29,11 +29,6 @@ icu::DateFormat::EStyle libraryStyle(DateFormatterStyle style) {
         break;
     }
     return icu::DateFormat::kNone;
-}
-
-std::unique_ptr<icu::TimeZone> environmentTimeZone() {
-    const icu::UnicodeString name = icu::UnicodeString::fromUTF8(Environment::current().timeZoneName);
-    return std::unique_ptr<icu::TimeZone>(icu::TimeZone::createTimeZone(name));
 }
 
 // The moment whose UTC reading is the local reading of `date`, written as ISO 8601.

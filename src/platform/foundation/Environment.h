@@ -14,7 +14,7 @@ struct Environment {
     std::function<Date()> now;
     std::function<UUID()> newUUID;
     std::string localeIdentifier; // ICU form, "de_DE"
-    std::string timeZoneName;     // "Europe/Berlin"
+    std::string timeZoneName;     // "Europe/Berlin", or a rule as TZ may hold it
     bool darkAppearance = false;
 
     // The main bundle's identity.

@@ -64,10 +64,11 @@ TEST(Locale, TimeZoneValuesBecomeZoneNames) {
     struct Row {
         const char *value, *name;
     };
-    for (const Row& row : {Row{"Europe/Berlin", "Europe/Berlin"}, Row{":America/New_York", "America/New_York"},
-                           Row{"/usr/share/zoneinfo/Asia/Tokyo", "Asia/Tokyo"},
-                           Row{"../usr/share/zoneinfo/posix/Asia/Tokyo", "Asia/Tokyo"}, Row{"", "UTC"},
-                           Row{":/etc/my-rules", "UTC"}, Row{"EST5EDT", "EST5EDT"}})
+    for (const Row& row :
+         {Row{"Europe/Berlin", "Europe/Berlin"}, Row{":America/New_York", "America/New_York"},
+          Row{"/usr/share/zoneinfo/Asia/Tokyo", "Asia/Tokyo"},
+          Row{"../usr/share/zoneinfo/posix/Asia/Tokyo", "Asia/Tokyo"}, Row{"", "UTC"}, Row{":/etc/my-rules", "UTC"},
+          Row{"EST5EDT", "EST5EDT"}, Row{"CET-1CEST,M3.5.0,M10.5.0/3", "CET-1CEST,M3.5.0,M10.5.0/3"}})
         EXPECT_EQ(timeZoneNameFromTZ(row.value), row.name) << row.value;
 }
 

@@ -40,13 +40,14 @@ std::vector<std::string> catalogueNamesForLocale(std::string_view identifier) {
         const std::size_t end = std::min(identifier.find('_'), identifier.size());
         const std::string_view part = identifier.substr(0, end);
         identifier.remove_prefix(std::min(end + 1, identifier.size()));
-        if (isFirst)
+        if (isFirst) {
             language = part;
-        else if (part.size() == 4)
-            for (const ScriptModifier& row : kScriptModifiers)
-                modifier += part == row.script ? "@" + std::string(row.modifier) : "";
-        else if (region.empty() && !part.empty())
-            region = "_" + std::string(part);
+        } else if (part.size() == 4) {
+            const auto* row = std::ranges::find(kScriptModifiers, part, &ScriptModifier::script);
+            if (row != kScriptModifiers.end()) modifier.assign("@").append(row->modifier);
+        } else if (region.empty() && !part.empty()) {
+            region.assign("_").append(part);
+        }
     }
     std::vector<std::string> names;
     for (const std::string& name : {language + region + modifier, language + modifier, language + region, language})

@@ -15,7 +15,8 @@ std::string localeIdentifierFromPOSIX(std::string_view name);
 std::vector<std::string> catalogueNamesForLocale(std::string_view identifier);
 
 // The zone that a value of TZ, or the file that it or /etc/localtime names, stands for: ":Europe/Berlin",
-// "/usr/share/zoneinfo/Europe/Berlin" → "Europe/Berlin". Nothing named → "UTC".
+// "/usr/share/zoneinfo/Europe/Berlin" → "Europe/Berlin". A rule ("CET-1CEST,M3.5.0,M10.5.0/3") stays what it is;
+// TimeZone.h reads it. Nothing named → "UTC".
 std::string timeZoneNameFromTZ(std::string_view value);
 
 } // namespace platform
