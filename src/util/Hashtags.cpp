@@ -91,11 +91,10 @@ NumericHashtags storedPreference() {
     return allowed ? NumericHashtags::allowed : NumericHashtags::ignored;
 }
 
-// What the pattern "#\S+" takes for a space: the separators of Unicode and four controls.
+// What the pattern "#\S+" takes for a space: Unicode's White_Space, to which U+200B does not belong.
 const CharacterSet& spaceSet() {
-    static const CharacterSet set = CharacterSet::whitespace()
-                                        .subtracting(CharacterSet::withCharacters(u"\u200B"))
-                                        .united(CharacterSet::withCharacters(u"\n\f\r\u2028\u2029"));
+    static const CharacterSet set =
+        CharacterSet::whitespaceAndNewline().subtracting(CharacterSet::withCharacters(u"\u200B"));
     return set;
 }
 
