@@ -77,6 +77,8 @@ TEST(Searching, MegabyteTakesNoQuadraticTime) {
     const std::u16string text(1'000'000, u'a');
     EXPECT_TRUE(localizedStandardRangesOfString(text, std::u16string(500'000, u'a') + u'b').empty());
     EXPECT_EQ(localizedStandardRangesOfString(text, u"A").size(), 999'999u);
+    EXPECT_TRUE(hasCaseInsensitivePrefix(text, text));
+    EXPECT_FALSE(hasCaseInsensitivePrefix(text, text + u'a'));
 }
 
 } // namespace

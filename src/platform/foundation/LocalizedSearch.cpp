@@ -71,14 +71,17 @@ std::optional<Range> LocalizedSearch::next() {
 bool localizedStandardHasPrefix(std::u16string_view text, std::u16string_view prefix) {
     const FoldingOptions options = searchFolding();
     const std::u16string wanted = foldedText(prefix, options);
-    if (wanted.empty()) return false;
-    std::u16string folded;
-    for (std::size_t position = 0; position < text.size() && folded.size() < wanted.size();) {
+    std::u16string_view left = wanted;
+    std::u16string folded; // of one character
+    for (std::size_t position = 0; position < text.size() && !left.empty();) {
+        const bool isFirst = position == 0;
+        folded.clear();
         appendFolded(takeCodePoint(text, position), options, folded);
         // A mark without a letter before it, and a first difference, end the test.
-        if (folded.empty() || !std::u16string_view(wanted).starts_with(folded)) return false;
+        if ((isFirst && folded.empty()) || !left.starts_with(folded)) return false;
+        left.remove_prefix(folded.size());
     }
-    return folded == wanted;
+    return left.empty() && !wanted.empty();
 }
 
 } // namespace platform
