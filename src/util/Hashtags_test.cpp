@@ -161,7 +161,8 @@ TEST(Hashtags, FirstPiecesBeginWhereThePatternMatches) {
         const auto text = *rc::gen::container<std::u16string>(rc::gen::element<char16_t>(
             u'#', u'#', u'a', u' ', u'\t', u'\v', u'\f', 0x85, 0xA0, 0x200B, 0x2028, 0x3000, 0xD800, 0xDC00));
         const auto ranges = tagNamesAndRangesFromHashtags(text, NumericHashtags::ignored).ranges;
-        for (const auto& match : *pattern->matches(text)) {
+        const auto matches = pattern->matches(text);
+        for (const auto& match : *matches) {
             const std::size_t start = match.range().location;
             const bool counts =
                 start == 0 || platform::CharacterSet::whitespaceAndNewline().containsUnit(text[start - 1]);
