@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace platform {
 
@@ -51,10 +52,9 @@ void Operation::didChangeValueForKey(std::string_view key) {
     ChangeCallback callback;
     {
         const std::lock_guard lock(mutex_);
-        if (affectsFinished && isFinished()) finishAnnounced_ = true;
         callback = changeCallback_;
         // Under the lock: a waiter may destroy the operation as soon as it sees the change.
-        announced_.notify_all();
+        if (affectsFinished && isFinished() && !std::exchange(finishAnnounced_, true)) announced_.notify_all();
     }
     if (callback) callback(*this);
 }

@@ -59,11 +59,11 @@ void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
     {
         const std::lock_guard lock(state_->mutex);
         state_->waiting.push_back(std::move(operation));
-        state_->changed.notify_all();
         wakeUp = state_->wakeUp;
         startWorker = !state_->isMain && !state_->hasWorker;
         if (startWorker) state_->hasWorker = true;
     }
+    state_->changed.notify_all(); // not under the lock, for which whoever wakes would wait
     if (startWorker) {
         std::thread([state = state_] {
             while (const auto next = state->takeNext()) state->run(next);
