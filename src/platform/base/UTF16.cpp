@@ -2,7 +2,9 @@
 // markup, are copied without a table.
 #include "platform/base/UTF16.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 namespace platform {
 
@@ -56,6 +58,19 @@ char32_t takeSequence(std::string_view bytes, std::size_t& position) {
     return point;
 }
 
+// How many bytes at the start are ASCII; looks at eight of them at once.
+std::size_t asciiLength(std::string_view bytes) {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    std::size_t length = 0;
+    for (; length + sizeof(std::uint64_t) <= bytes.size(); length += sizeof(std::uint64_t)) {
+        std::uint64_t word;
+        std::memcpy(&word, bytes.data() + length, sizeof word);
+        if (word & kHighBits) break;
+    }
+    while (length < bytes.size() && static_cast<unsigned char>(bytes[length]) < 0x80) ++length;
+    return length;
+}
+
 void appendUTF8(std::string& out, char32_t point) {
     if (point < 0x80) {
         out += static_cast<char>(point);
@@ -78,21 +93,25 @@ void appendUTF8(std::string& out, char32_t point) {
 
 std::u16string utf16FromUTF8(std::string_view bytes) {
     std::u16string text;
-    text.reserve(bytes.size());
-    for (std::size_t i = 0; i < bytes.size();) {
-        if (static_cast<unsigned char>(bytes[i]) < 0x80) {
-            text += static_cast<char16_t>(bytes[i++]);
-            continue;
+    // Every unit stands for one byte at least.
+    text.resize_and_overwrite(bytes.size(), [&](char16_t* const begin, std::size_t) {
+        char16_t* out = begin;
+        for (std::size_t i = 0; i < bytes.size();) {
+            const std::size_t ascii = asciiLength(bytes.substr(i));
+            out = std::copy_n(bytes.data() + i, ascii, out);
+            i += ascii;
+            if (i == bytes.size()) break;
+            char32_t point = takeSequence(bytes, i);
+            if (point == kIllFormed) point = kReplacement;
+            if (point >= 0x10000) {
+                *out++ = static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10));
+                *out++ = static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF));
+            } else {
+                *out++ = static_cast<char16_t>(point);
+            }
         }
-        char32_t point = takeSequence(bytes, i);
-        if (point == kIllFormed) point = kReplacement;
-        if (point >= 0x10000) {
-            text += static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10));
-            text += static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF));
-        } else {
-            text += static_cast<char16_t>(point);
-        }
-    }
+        return static_cast<std::size_t>(out - begin);
+    });
     return text;
 }
 
@@ -112,13 +131,8 @@ std::string utf8FromUTF16(std::u16string_view text) {
 }
 
 bool isValidUTF8(std::string_view bytes) {
-    for (std::size_t i = 0; i < bytes.size();) {
-        if (static_cast<unsigned char>(bytes[i]) < 0x80) {
-            ++i;
-        } else if (takeSequence(bytes, i) == kIllFormed) {
-            return false;
-        }
-    }
+    for (std::size_t i = asciiLength(bytes); i < bytes.size(); i += asciiLength(bytes.substr(i)))
+        if (takeSequence(bytes, i) == kIllFormed) return false;
     return true;
 }
 

@@ -54,6 +54,19 @@ TEST(UTF16, ReplacesEachMaximalIllFormedPart) {
     }
 }
 
+// ASCII is taken eight bytes at once: what follows it is the same wherever the eight end.
+TEST(UTF16, ReadsWhatStandsBehindAnyLengthOfASCII) {
+    for (std::size_t before = 0; before < 20; ++before)
+        for (std::size_t after = 0; after < 20; ++after) {
+            const std::string start(before, 'a'), end(after, 'z');
+            const std::u16string start16(before, u'a'), end16(after, u'z');
+            EXPECT_EQ(utf16FromUTF8(start + "€\U0001F600" + end), start16 + u"€\U0001F600" + end16);
+            EXPECT_EQ(utf16FromUTF8(start + "\xFF" + end), start16 + u"\uFFFD" + end16);
+            EXPECT_TRUE(isValidUTF8(start + "€" + end));
+            EXPECT_FALSE(isValidUTF8(start + "\xE2\x82" + end));
+        }
+}
+
 TEST(UTF16, LoneSurrogatesBecomeReplacementCharacters) {
     EXPECT_EQ(utf8FromUTF16(std::u16string{u'a', 0xD800, u'b', 0xDC00}), "a\uFFFDb\uFFFD");
 }
