@@ -10,16 +10,19 @@ namespace {
 
 using IsTerminator = bool (*)(char16_t);
 
-bool endsParagraph(char16_t unit) {
+constexpr bool endsParagraph(char16_t unit) {
     return unit == u'\n' || unit == u'\r' || unit == 0x2029;
 }
 
-bool endsLine(char16_t unit) {
-    return endsParagraph(unit) || unit == 0x0085 || unit == 0x2028;
+// Two comparisons are enough for ASCII, of which most text is.
+constexpr bool endsLine(char16_t unit) {
+    if (unit < 0x0080) return unit <= u'\r' && endsParagraph(unit);
+    return unit == 0x0085 || unit == 0x2028 || unit == 0x2029;
 }
 
 // The line that starts at `start` and ends at the first terminator, at `limit` at the latest.
-Line lineFrom(std::u16string_view text, std::size_t start, std::size_t limit, IsTerminator isTerminator) {
+template<IsTerminator isTerminator>
+Line lineFrom(std::u16string_view text, std::size_t start, std::size_t limit) {
     std::size_t end = start;
     while (end < limit && !isTerminator(text[end])) ++end;
     std::size_t enclosingEnd = end;
@@ -27,7 +30,8 @@ Line lineFrom(std::u16string_view text, std::size_t start, std::size_t limit, Is
     return {{start, end - start}, {start, enclosingEnd - start}};
 }
 
-Line enclosingLine(std::u16string_view text, std::size_t position, IsTerminator isTerminator) {
+template<IsTerminator isTerminator>
+Line enclosingLine(std::u16string_view text, std::size_t position) {
     assert(position <= text.size());
     std::size_t start = position;
     while (start > 0) {
@@ -35,7 +39,7 @@ Line enclosingLine(std::u16string_view text, std::size_t position, IsTerminator 
         if (isTerminator(text[start - 1]) && !insidePair) break;
         --start;
     }
-    return lineFrom(text, start, text.size(), isTerminator);
+    return lineFrom<isTerminator>(text, start, text.size());
 }
 
 } // namespace
@@ -44,7 +48,7 @@ std::vector<Line> linesInRange(std::u16string_view text, Range range) {
     assert(range.end() <= text.size());
     std::vector<Line> lines;
     for (std::size_t start = range.location; start < range.end(); start = lines.back().enclosing.end())
-        lines.push_back(lineFrom(text, start, range.end(), endsLine));
+        lines.push_back(lineFrom<endsLine>(text, start, range.end()));
     return lines;
 }
 
@@ -53,11 +57,11 @@ std::vector<Line> linesOf(std::u16string_view text) {
 }
 
 Line lineAt(std::u16string_view text, std::size_t position) {
-    return enclosingLine(text, position, endsLine);
+    return enclosingLine<endsLine>(text, position);
 }
 
 Line paragraphAt(std::u16string_view text, std::size_t position) {
-    return enclosingLine(text, position, endsParagraph);
+    return enclosingLine<endsParagraph>(text, position);
 }
 
 } // namespace platform
