@@ -34,8 +34,9 @@ struct Opaque {
 };
 constexpr std::array<Opaque, 3> kOpaque{{{kSectionStart, kSectionEnd}, {"<!--", "-->"}, {"<?", "?>"}}};
 
-// Where the opaque stretch that starts at `at` ends, or `at` when none starts there.
+// Where the opaque stretch that starts at `at` ends, or `at` when none starts there, as for nearly every "<".
 std::size_t endOfOpaque(std::string_view text, std::size_t at) {
+    if (at + 1 >= text.size() || (text[at + 1] != '!' && text[at + 1] != '?')) return at;
     for (const auto& opaque : kOpaque) {
         if (!text.substr(at).starts_with(opaque.start)) continue;
         const auto end = text.find(opaque.end, at + opaque.start.size());
@@ -82,9 +83,13 @@ std::string resolvingHTMLEntities(std::string_view xml) {
     std::string result;
     result.reserve(xml.size());
     std::size_t copied = 0;
-    for (std::size_t at = xml.find_first_of("&<"); at != std::string_view::npos; at = xml.find_first_of("&<", at)) {
+    for (std::size_t at = 0; at < xml.size();) {
         if (xml[at] == '<') {
             at = std::max(at + 1, endOfOpaque(xml, at));
+            continue;
+        }
+        if (xml[at] != '&') {
+            ++at;
             continue;
         }
         std::size_t end = at + 1;

@@ -34,17 +34,18 @@ bool isOneOf(std::span<const std::string_view> names, std::string_view name) {
 static_assert(std::ranges::is_sorted(kVoidElements) && std::ranges::is_sorted(kBlockElements) &&
               std::ranges::is_sorted(kPreservingElements) && std::ranges::is_sorted(kRawTextElements));
 
-// Runs of plain characters are appended whole.
-template<class Replacement>
-void appendReplacing(std::string_view text, std::string_view special, Replacement replacement, std::string& out) {
-    for (std::size_t from = 0;;) {
-        const auto at = text.find_first_of(special, from);
-        out += text.substr(from, at - from);
-        if (at == std::string_view::npos) return;
-        out += replacement(text[at]);
-        from = at + 1;
-    }
+// Which characters are escaped, by their byte: a search by table, where find_first_of would search the set for each.
+using CharacterTable = std::array<bool, 256>;
+
+constexpr CharacterTable tableOf(std::string_view characters) {
+    CharacterTable table{};
+    for (const char character : characters) table[static_cast<unsigned char>(character)] = true;
+    return table;
 }
+
+constexpr CharacterTable kEscapedInText = tableOf("&<>\r");
+// A reader turns bare line breaks and tabs in a value into blanks.
+constexpr CharacterTable kEscapedInAttributes = tableOf("&<>\"\t\n\r");
 
 std::string_view escape(char character) {
     switch (character) {
@@ -63,6 +64,17 @@ std::string_view escape(char character) {
     default:
         return "&#13;";
     }
+}
+
+// Runs of plain characters are appended whole.
+void appendEscaping(std::string_view text, const CharacterTable& escaped, std::string& out) {
+    std::size_t copied = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (!escaped[static_cast<unsigned char>(text[at])]) continue;
+        out.append(text, copied, at - copied).append(escape(text[at]));
+        copied = at + 1;
+    }
+    out.append(text, copied);
 }
 
 void appendAttributes(const XMLElement& element, std::string& out) {
@@ -174,12 +186,11 @@ class PageWriter {
 } // namespace
 
 void appendEscapedText(std::string_view text, std::string& out) {
-    appendReplacing(text, "&<>\r", escape, out);
+    appendEscaping(text, kEscapedInText, out);
 }
 
-// A reader turns bare line breaks and tabs in a value into blanks.
 void appendEscapedAttribute(std::string_view value, std::string& out) {
-    appendReplacing(value, "&<>\"\t\n\r", escape, out);
+    appendEscaping(value, kEscapedInAttributes, out);
 }
 
 void writeXML(const XMLNode& root, std::string& out) {
