@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <limits>
+#include <ranges>
 
 #include "platform/archive/ArchivedFields.h"
 #include "platform/archive/ClassRegistry.h"
@@ -66,15 +67,8 @@ Decoded decodeSet(const ArchivedFields& fields) {
 }
 
 void encodeDictionary(KeyedArchiver& archiver, const ObjectDictionary& dictionary) {
-    std::vector<ArchivedObject> keys, values;
-    keys.reserve(dictionary.size());
-    values.reserve(dictionary.size());
-    for (const auto& [key, value] : dictionary) {
-        keys.push_back(key);
-        values.push_back(value);
-    }
-    archiver.encodeReferences("NS.keys", keys);
-    archiver.encodeReferences("NS.objects", values);
+    archiver.encodeReferences("NS.keys", std::views::keys(dictionary));
+    archiver.encodeReferences("NS.objects", std::views::values(dictionary));
 }
 
 Decoded decodeDictionary(const ArchivedFields& fields) {

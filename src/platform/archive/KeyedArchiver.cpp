@@ -2,6 +2,7 @@
 // an object's own frame is on top again by the time its contents are encoded, and becomes its dictionary.
 #include "platform/archive/KeyedArchiver.h"
 
+#include <algorithm>
 #include <optional>
 #include <span>
 #include <unordered_map>
@@ -27,9 +28,8 @@ struct Identity {
 };
 
 struct IdentityHash {
-    std::size_t operator()(const Identity& identity) const {
-        return std::hash<const void*>()(identity.address) ^ identity.type.hash_code();
-    }
+    // The type's hash would be that of its name, and few addresses are met with two types.
+    std::size_t operator()(const Identity& identity) const { return std::hash<const void*>()(identity.address); }
 };
 
 } // namespace
@@ -46,21 +46,36 @@ struct KeyedArchiver::Implementation {
 
     // A key of the encoded class that begins with "$" is told from the archiver's own by one more.
     Reference keyReference(std::string_view key) {
-        if (!key.starts_with('$')) return writer.string(utf16FromUTF8(key));
+        if (!key.starts_with('$')) return nameReference(key);
         return writer.string(u"$" + utf16FromUTF8(key));
+    }
+
+    Reference nameReference(std::string_view name) {
+        const bool isASCII = std::ranges::all_of(name, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+        return isASCII ? writer.asciiString(name) : writer.string(utf16FromUTF8(name));
+    }
+
+    // A reference to the object of an index. Indices are dense, so that each one's has a place in a table.
+    Reference referenceTo(std::uint64_t index) {
+        if (index >= uids.size()) uids.resize(index + 1);
+        std::optional<Reference>& known = uids[index];
+        if (!known) known = writer.uid(index);
+        return *known;
     }
 
     // The object's index in "$objects"; encodes it when it is new.
     std::uint64_t indexOf(KeyedArchiver& archiver, const ArchivedObject& object) {
         if (object.isNull()) return 0;
-        if (object.type() == typeid(Value)) {
-            const Value& value = *object.as<Value>();
-            if (const auto leaf = leafReference(value)) return indexOfLeaf(*leaf);
-            if (value.as<Array>() || value.as<Dictionary>()) return indexOf(archiver, objectFromPropertyList(value));
-        }
         const auto [known, added] = indices.try_emplace({object.identity(), object.type()}, objects.size());
         if (!added) return known->second;
         retained.push_back(object);
+        if (object.type() == typeid(Value)) {
+            const Value& value = *object.as<Value>();
+            std::uint64_t& index = known->second; // stays where it is when the table grows
+            if (const auto leaf = leafReference(value)) return index = indexOfLeaf(*leaf);
+            if (value.as<Array>() || value.as<Dictionary>())
+                return index = indexOf(archiver, objectFromPropertyList(value));
+        }
         return encode(archiver, object);
     }
 
@@ -100,7 +115,7 @@ struct KeyedArchiver::Implementation {
         const std::size_t frame = keys.size();
         archivable->encode(archiver, object.identity());
         keys.push_back(writer.asciiString("$class"));
-        values.push_back(writer.uid(classIndex(*archivable)));
+        values.push_back(referenceTo(classIndex(*archivable)));
         writer.fillDictionary(own, std::span(keys).subspan(frame), std::span(values).subspan(frame));
         keys.resize(frame);
         values.resize(frame);
@@ -112,9 +127,9 @@ struct KeyedArchiver::Implementation {
         if (!added) return known->second;
         std::vector<Reference> chain;
         chain.reserve(archivable.chain.size());
-        for (const std::string& name : archivable.chain) chain.push_back(writer.string(utf16FromUTF8(name)));
+        for (const std::string& name : archivable.chain) chain.push_back(nameReference(name));
         const Reference classKeys[]{writer.asciiString("$classname"), writer.asciiString("$classes")};
-        const Reference classValues[]{writer.string(utf16FromUTF8(archivable.name)), writer.array(chain)};
+        const Reference classValues[]{nameReference(archivable.name), writer.array(chain)};
         objects.push_back(writer.dictionary(classKeys, classValues));
         return known->second;
     }
@@ -129,7 +144,9 @@ struct KeyedArchiver::Implementation {
     BinaryPropertyListWriter writer;
     Reference top;
     std::vector<Reference> objects;
-    std::vector<Reference> keys, values; // of all open frames, the archive's top first
+    std::vector<Reference> keys, values;        // of all open frames, the archive's top first
+    std::vector<Reference> elements;            // of all open lists of references, the outermost first
+    std::vector<std::optional<Reference>> uids; // by index in "$objects"
     std::unordered_map<Identity, std::uint64_t, IdentityHash> indices;
     std::unordered_map<Reference, std::uint64_t> leafIndices;
     std::unordered_map<const ArchivableClass*, std::uint64_t> classIndices;
@@ -172,19 +189,26 @@ void KeyedArchiver::encodeString(std::string_view key, std::u16string_view text)
 
 void KeyedArchiver::encodeObject(std::string_view key, const ArchivedObject& object) {
     const std::uint64_t index = implementation_->indexOf(*this, object);
-    implementation_->field(key, implementation_->writer.uid(index));
+    implementation_->field(key, implementation_->referenceTo(index));
 }
 
 void KeyedArchiver::encodeArray(std::string_view key, ObjectArray objects) {
     encodeObject(key, std::make_shared<const ObjectArray>(std::move(objects)));
 }
 
-void KeyedArchiver::encodeReferences(std::string_view key, const std::vector<ArchivedObject>& objects) {
-    std::vector<Reference> references;
-    references.reserve(objects.size());
-    for (const ArchivedObject& object : objects)
-        references.push_back(implementation_->writer.uid(implementation_->indexOf(*this, object)));
-    implementation_->field(key, implementation_->writer.array(references));
+std::size_t KeyedArchiver::openReferences() {
+    return implementation_->elements.size();
+}
+
+void KeyedArchiver::addReference(const ArchivedObject& object) {
+    const std::uint64_t index = implementation_->indexOf(*this, object);
+    implementation_->elements.push_back(implementation_->referenceTo(index));
+}
+
+void KeyedArchiver::closeReferences(std::string_view key, std::size_t first) {
+    std::vector<Reference>& elements = implementation_->elements;
+    implementation_->field(key, implementation_->writer.array(std::span(elements).subspan(first)));
+    elements.resize(first);
 }
 
 Result<Data> KeyedArchiver::finish() {

@@ -6,8 +6,10 @@
 // whose depth is fixed. Everything goes straight into the property list's bytes.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <ranges>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,13 +51,22 @@ class KeyedArchiver {
     void encodeArray(std::string_view key, ObjectArray objects);
     // A plain list of references in the current object's dictionary, without an NSArray around it: what the collection
     // classes consist of.
-    void encodeReferences(std::string_view key, const std::vector<ArchivedObject>& objects);
+    template<std::ranges::input_range Objects>
+    void encodeReferences(std::string_view key, const Objects& objects) {
+        const std::size_t first = openReferences();
+        for (const ArchivedObject& object : objects) addReference(object);
+        closeReferences(key, first);
+    }
 
     // The archive; the archiver takes nothing more afterwards. An object whose class was never registered, or, in
     // secure coding, one whose class does not support it, makes this an error (NSCocoaErrorDomain 4866).
     Result<Data> finish();
 
   private:
+    std::size_t openReferences();
+    void addReference(const ArchivedObject& object);
+    void closeReferences(std::string_view key, std::size_t first);
+
     struct Implementation;
     std::unique_ptr<Implementation> implementation_;
 };

@@ -4,6 +4,7 @@
 #include "platform/plist/BinaryPropertyListWriter.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <functional>
 #include <limits>
@@ -15,12 +16,25 @@ namespace platform {
 namespace {
 
 constexpr std::uint32_t kEmptySlot = std::numeric_limits<std::uint32_t>::max();
-constexpr std::size_t kInitialSlots = 256; // a power of two
+constexpr std::size_t kInitialSlots = 1024; // a power of two
 
 using namespace bplist;
 
+char* putBigEndian(char* out, std::uint64_t value, unsigned size) {
+    for (unsigned shift = 8 * size; shift > 0; shift -= 8) *out++ = static_cast<char>(value >> (shift - 8) & 0xFF);
+    return out;
+}
+
 void appendBigEndian(std::string& bytes, std::uint64_t value, unsigned size) {
-    for (unsigned shift = 8 * size; shift > 0; shift -= 8) bytes += static_cast<char>(value >> (shift - 8) & 0xFF);
+    std::array<char, 8> buffer;
+    bytes.append(buffer.data(), putBigEndian(buffer.data(), value, size));
+}
+
+// Makes room for bytes at the end; answers where they begin.
+char* extend(std::string& bytes, std::size_t count) {
+    const std::size_t before = bytes.size();
+    bytes.resize(before + count);
+    return bytes.data() + before;
 }
 
 // The smallest of 1, 2, 4 and 8 bytes that hold the value.
@@ -118,10 +132,12 @@ auto BinaryPropertyListWriter::string(std::u16string_view text) -> Reference {
     const std::size_t start = leaves_.size();
     if (std::ranges::all_of(text, [](char16_t unit) { return unit < 0x80; })) {
         appendMarker(leaves_, asciiMarker, text.size());
-        for (const char16_t unit : text) leaves_ += static_cast<char>(unit);
+        std::ranges::transform(text, extend(leaves_, text.size()),
+                               [](char16_t unit) { return static_cast<char>(unit); });
     } else {
         appendMarker(leaves_, utf16Marker, text.size());
-        for (const char16_t unit : text) appendBigEndian(leaves_, unit, 2);
+        char* out = extend(leaves_, 2 * text.size());
+        for (const char16_t unit : text) out = putBigEndian(out, unit, 2);
     }
     return addLeaf(start, true);
 }
@@ -178,7 +194,8 @@ auto BinaryPropertyListWriter::dictionary(std::span<const Reference> keys, std::
 void BinaryPropertyListWriter::appendContainer(std::string& bytes, const Object& object, unsigned referenceSize) const {
     appendMarker(bytes, object.kind == Kind::array ? arrayMarker : dictionaryMarker, object.length);
     const std::size_t count = object.kind == Kind::array ? object.length : 2 * object.length;
-    for (std::size_t i = 0; i < count; ++i) appendBigEndian(bytes, references_[object.start + i], referenceSize);
+    char* out = extend(bytes, count * referenceSize);
+    for (std::size_t i = 0; i < count; ++i) out = putBigEndian(out, references_[object.start + i], referenceSize);
 }
 
 std::string BinaryPropertyListWriter::finish(Reference top) {
@@ -199,7 +216,8 @@ std::string BinaryPropertyListWriter::finish(Reference top) {
     }
     const std::size_t tableOffset = bytes.size();
     const unsigned offsetSize = sizeFor(tableOffset);
-    for (const std::size_t offset : offsets) appendBigEndian(bytes, offset, offsetSize);
+    char* out = extend(bytes, offsets.size() * offsetSize);
+    for (const std::size_t offset : offsets) out = putBigEndian(out, offset, offsetSize);
     bytes.append(6, '\0');
     bytes += static_cast<char>(offsetSize);
     bytes += static_cast<char>(referenceSize);

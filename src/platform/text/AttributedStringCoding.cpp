@@ -89,13 +89,18 @@ class DictionaryMaker {
     ArchivedObject dictionaryFor(const AttributeSet& set) {
         auto dictionary = std::make_shared<ObjectDictionary>();
         dictionary->reserve(set.entries().size());
-        for (const auto& [name, value] : set.entries())
-            dictionary->emplace_back(Value(name.string()), objectFor(value));
+        for (const auto& [name, value] : set.entries()) dictionary->emplace_back(objectFor(name), objectFor(value));
         return ArchivedObject(dictionary);
     }
 
   private:
-    ArchivedObject objectFor(const AttributeValue& value) {
+    const ArchivedObject& objectFor(AttributeName name) {
+        ArchivedObject& object = names_[&name.string()];
+        if (object.isNull()) object = Value(name.string());
+        return object;
+    }
+
+    const ArchivedObject& objectFor(const AttributeValue& value) {
         const auto [entry, isNew] = objects_.try_emplace(value);
         if (isNew) entry->second = std::visit(Make(), value);
         return entry->second;
@@ -116,6 +121,7 @@ class DictionaryMaker {
         }
     };
 
+    std::unordered_map<const std::string*, ArchivedObject> names_; // a name has one string in the process
     std::unordered_map<AttributeValue, ArchivedObject, ValueHash, ValueEqual> objects_;
 };
 
