@@ -4,7 +4,9 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <optional>
 #include <system_error>
 
 #include <pwd.h>
@@ -70,9 +72,26 @@ std::string systemPreferencesDirectory() {
     return directory.starts_with('/') ? directory : homeDirectory() + "/.config";
 }
 
+// The tree that this program is installed in: the nearest directory above it that has our data. Nothing for a program
+// that is run from where it was built.
+std::optional<std::filesystem::path> installedTree() {
+    std::error_code error;
+    std::filesystem::path directory = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    for (; directory.has_relative_path(); directory = directory.parent_path())
+        if (std::filesystem::is_directory(directory / QUILLET_DATA_IN_TREE, error)) return directory;
+    return std::nullopt;
+}
+
+// A tree that was installed under another prefix than planned, or moved, has what it brought along.
+std::string installedDirectory(const char* inTree, const char* planned) {
+    static const std::optional<std::filesystem::path> tree = installedTree();
+    return tree ? (*tree / inTree).string() : planned;
+}
+
 std::string systemDataDirectory() {
     const std::string directory = environmentVariable("QUILLET_DATA_DIR");
-    return directory.empty() ? QUILLET_INSTALLED_DATA_DIRECTORY : directory;
+    if (!directory.empty()) return directory;
+    return installedDirectory(QUILLET_DATA_IN_TREE, QUILLET_INSTALLED_DATA_DIRECTORY);
 }
 
 Environment systemEnvironment() {
@@ -86,7 +105,7 @@ Environment systemEnvironment() {
         .bundleShortVersion = QUILLET_VERSION,
         .dataDirectory = systemDataDirectory(),
         .preferencesDirectory = systemPreferencesDirectory(),
-        .catalogueDirectory = QUILLET_INSTALLED_CATALOGUE_DIRECTORY,
+        .catalogueDirectory = installedDirectory(QUILLET_CATALOGUES_IN_TREE, QUILLET_INSTALLED_CATALOGUE_DIRECTORY),
     };
 }
 
