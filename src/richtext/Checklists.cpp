@@ -42,8 +42,8 @@ struct ChecklistPrefixes {
     std::u16string open = listPrefix(platform::kTextListMarkerCircle);
 };
 
-// Whether a line is a checklist item and ticked: its innermost list decides first, then the typed prefix, the ticked
-// form before the open one.
+// Whether a line is a checklist item and ticked. Its innermost list or a typed prefix says so, and everything ticked
+// goes before everything open: a ticked prefix wins over a circle list.
 std::optional<bool> checklistState(const TextList* list, std::u16string_view line, const ChecklistPrefixes& prefixes) {
     const std::string_view format = list ? std::string_view(list->markerFormat()) : std::string_view();
     if (format == platform::kTextListMarkerCheck || line.starts_with(prefixes.ticked)) return true;
