@@ -19,7 +19,6 @@
 namespace quillet {
 
 using platform::AttributedString;
-using platform::AttributeSet;
 using platform::AttributeValue;
 using platform::CharacterSet;
 using platform::Color;
@@ -108,8 +107,7 @@ AttributedString attributedStringByReplacingAttachmentsWithNames(const Attribute
     std::vector<TextEdit> edits;
     for (const AttachmentRun& run : attachmentsOf(text)) {
         const std::u16string name = nameOf(*run.attachment);
-        auto attributes = std::make_shared<const AttributeSet>(
-            text.attributesAt(run.range.location).without(platform::kAttachmentAttributeName));
+        auto attributes = attributesWithoutAttachment(text, run.range.location);
         edits.push_back({run.range, AttributedString(name.empty() ? name : u'[' + name + u']', std::move(attributes))});
     }
     AttributedString copy = text;

@@ -17,7 +17,6 @@
 namespace quillet {
 
 using platform::AttributedString;
-using platform::AttributeSet;
 using platform::Line;
 using platform::ParagraphStyle;
 using platform::ParagraphStyleReference;
@@ -113,13 +112,6 @@ std::vector<ChecklistItem> checklistItems(const AttributedString& text) {
     return items;
 }
 
-// What an item's replacement gets: its attributes without the attachment. The characters stand for the checkbox and are
-// not the checkbox: with the attribute still on them a writer would leave them out again and write an object.
-AttributeSet::Reference attributesWithoutBox(const AttributedString& text, std::size_t position) {
-    return std::make_shared<const AttributeSet>(
-        text.attributesAt(position).without(platform::kAttachmentAttributeName));
-}
-
 // Replaces each checkbox by its text form and gives its line the style that goes with it; of two boxes in one line the
 // later one's style stays. `paragraphStyle` gets the style that the line has when it comes to the box.
 template<class Form, class Style>
@@ -137,7 +129,7 @@ void replaceChecklistItems(AttributedString& text, Form textForm, Style paragrap
             if (box.end() > line.contents.end()) line = platform::lineAt(text.string(), box.end());
             line.enclosing = {start, line.enclosing.end() - start};
             boxes.push_back({{box.location - start, box.length},
-                             AttributedString(textForm(*item->box), attributesWithoutBox(text, box.location))});
+                             AttributedString(textForm(*item->box), attributesWithoutAttachment(text, box.location))});
             style = paragraphStyle(*item->box, style ? *style : paragraphStyleAt(text, box.location));
         }
         AttributedString replaced = text.substring(line.enclosing);

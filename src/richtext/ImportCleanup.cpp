@@ -86,19 +86,28 @@ Range cleanupHTMLNewlinesInRange(AttributedString& text, Range range) {
     return grown;
 }
 
+namespace {
+
+// Null outside tables.
+const platform::TextTable* outermostTable(const platform::ParagraphStyleReference& style) {
+    if (!style || style->textBlocks.empty()) return nullptr;
+    const auto* block = dynamic_cast<const platform::TextTableBlock*>(style->textBlocks.front().get());
+    return block ? block->table.get() : nullptr;
+}
+
+} // namespace
+
 void fixTrailingTables(AttributedString& text) {
     const platform::TextTable* current = nullptr;
     Range tableRange{platform::kNotFound, 0};
     for (const auto& [range, style] : paragraphStyleRuns(text, {0, text.length()})) {
-        const auto* block = style && !style->textBlocks.empty()
-                                ? dynamic_cast<const platform::TextTableBlock*>(style->textBlocks.front().get())
-                                : nullptr;
-        if (block && block->table.get() == current) {
+        const platform::TextTable* table = outermostTable(style);
+        if (table && table == current) {
             tableRange.length = range.end() - tableRange.location;
-        } else if (block && !current) {
-            current = block->table.get();
+        } else if (table && !current) {
+            current = table;
             tableRange = range;
-        } else if (!block && current) {
+        } else if (!table && current) {
             tableRange.location = platform::kNotFound;
             current = nullptr;
         }

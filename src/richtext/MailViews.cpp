@@ -2,7 +2,6 @@
 //
 // The HTML writer leaves two known forms for attachments, an image's and an object's. One pass over the page looks for
 // their openings and takes the file name from the address, so that the time does not grow with the number of files.
-#include <map>
 #include <optional>
 #include <unordered_map>
 
@@ -67,7 +66,7 @@ std::string nameInForm(std::string_view name, MailForm form) {
 using MailFiles = std::unordered_map<std::string, MailFile>; // by encoded file name
 
 MailFiles mailFiles(const AttributedString& text) {
-    std::map<std::string, TextAttachmentReference, std::less<>> byName;
+    std::unordered_map<std::string, TextAttachmentReference> byName;
     for (const AttachmentRun& run : attachmentsOf(text))
         if (const auto& wrapper = run.attachment->fileWrapper(); wrapper && !wrapper->filename().empty())
             byName[wrapper->filename()] = run.attachment;

@@ -248,49 +248,54 @@ ParagraphStyle DumpReader::readParagraphStyle(Words& words) {
     return style;
 }
 
+std::shared_ptr<TextAttachment> attachmentOfClass(std::string_view className) {
+    if (className == "QLTChecklistTextAttachment") return std::make_shared<QLTChecklistTextAttachment>();
+    if (className == "QLTDividerTextAttachment") return std::make_shared<QLTDividerTextAttachment>();
+    if (className == "QLTFileAttachment") return std::make_shared<QLTFileAttachment>();
+    if (className == "NSTextAttachment") return std::make_shared<TextAttachment>();
+    throw UnreadableDump("unknown class " + std::string(className));
+}
+
+platform::Data letters(std::int64_t count, std::size_t letter) {
+    return platform::Data(std::string(static_cast<std::size_t>(count), static_cast<char>('a' + letter % 26)));
+}
+
+// A number of bytes and the word behind it.
+std::int64_t readSize(Words& words) {
+    const std::int64_t size = words.integer();
+    words.expect(" bytes");
+    return size;
+}
+
 platform::TextAttachmentReference DumpReader::readAttachment(Words& words) {
     const std::string name = words.upTo(" ");
     words.expect(" ");
-    const std::string className = words.upTo(" ");
-    std::shared_ptr<TextAttachment> made;
-    std::shared_ptr<QLTChecklistTextAttachment> box;
-    if (className == "QLTChecklistTextAttachment") {
-        made = box = std::make_shared<QLTChecklistTextAttachment>();
-    } else if (className == "QLTDividerTextAttachment") {
-        made = std::make_shared<QLTDividerTextAttachment>();
-    } else if (className == "QLTFileAttachment") {
-        made = std::make_shared<QLTFileAttachment>();
+    const auto made = attachmentOfClass(words.upTo(" "));
+    if (words.accept(" without file")) {
+    } else if (words.accept(" contents of ")) {
+        made->setContents(letters(readSize(words), attachments_.size()));
     } else {
-        made = std::make_shared<TextAttachment>();
-    }
-    if (words.rest().starts_with(" \"")) {
         words.expect(" ");
         const std::string fileName = platform::utf8FromUTF16(words.quoted());
         words.expect(" ");
-        auto wrapper = FileWrapper::regularFile(platform::Data(
-            std::string(static_cast<std::size_t>(words.integer()), static_cast<char>('a' + attachments_.size() % 26))));
-        words.expect(" bytes");
+        auto wrapper = FileWrapper::regularFile(letters(readSize(words), attachments_.size()));
         wrapper->setPreferredFilename(fileName);
         wrapper->setFilename(fileName);
         made->setFileWrapper(std::move(wrapper));
-    } else if (words.accept(" contents of ")) {
-        made->setContents(platform::Data(std::string(static_cast<std::size_t>(words.integer()), 'a')));
-        words.expect(" bytes");
-    } else {
-        words.expect(" without file");
     }
     if (words.rest().starts_with(" ") && !words.rest().starts_with(" (")) {
         words.expect(" ");
         made->setFileType(words.upTo(" ;"));
     }
     if (words.accept(" (")) {
-        box->setOn(words.accept("on"));
-        words.accept("off");
+        auto& box = dynamic_cast<QLTChecklistTextAttachment&>(*made);
+        box.setOn(words.accept("on"));
+        if (!box.isOn()) words.expect("off");
         words.expect(" indent ");
-        box->setIndentationLevel(static_cast<std::uint64_t>(words.integer()));
+        box.setIndentationLevel(static_cast<std::uint64_t>(words.integer()));
         words.expect(")");
     }
-    return attachments_.try_emplace(name, std::move(made)).first->second;
+    return attachments_.try_emplace(name, made).first->second;
 }
 
 } // namespace

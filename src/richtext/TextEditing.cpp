@@ -26,12 +26,15 @@ bool beginsWith(std::u16string_view text, Range range, std::u16string_view prefi
     return text.substr(range.location, range.length).starts_with(prefix);
 }
 
-AttributeSet::Reference typingAttributes(const AttributedString& text, std::size_t position) {
-    if (text.empty()) return AttributeSet::empty();
-    const std::size_t neighbour = position == 0 ? 0 : position - 1;
-    const auto run = std::ranges::upper_bound(text.runs(), neighbour, {}, &AttributedString::Run::end);
+AttributeSet::Reference attributesWithoutAttachment(const AttributedString& text, std::size_t position) {
+    const auto run = std::ranges::upper_bound(text.runs(), position, {}, &AttributedString::Run::end);
     if (!run->attributes->find(platform::kAttachmentAttributeName)) return run->attributes;
     return std::make_shared<const AttributeSet>(run->attributes->without(platform::kAttachmentAttributeName));
+}
+
+AttributeSet::Reference typingAttributes(const AttributedString& text, std::size_t position) {
+    if (text.empty()) return AttributeSet::empty();
+    return attributesWithoutAttachment(text, position == 0 ? 0 : position - 1);
 }
 
 TextEdit insertion(const AttributedString& text, std::size_t position, std::u16string_view inserted) {

@@ -16,6 +16,11 @@ const platform::ParagraphStyle& paragraphStyleAt(const platform::AttributedStrin
 // Whether the stretch of text begins with the prefix.
 bool beginsWith(std::u16string_view text, platform::Range range, std::u16string_view prefix);
 
+// The attributes at a position save the attachment. Text put in the place of an attachment stands for it and is not it:
+// with the attribute still on them, the characters would be read as the object, and written as one.
+platform::AttributeSet::Reference attributesWithoutAttachment(const platform::AttributedString& text,
+                                                              std::size_t position);
+
 // What characters typed in at a position get: the attributes of the character before, at the start of the text those
 // of the one behind. Never an attachment: that stands on its own character only.
 platform::AttributeSet::Reference typingAttributes(const platform::AttributedString& text, std::size_t position);
