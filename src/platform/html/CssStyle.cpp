@@ -21,6 +21,8 @@ constexpr double kQuirksLargest = 37;
 constexpr double kFixedFactor = 13.0 / 12;
 constexpr double kStep = 1.2;       // of smaller and larger
 constexpr double kSmallestSize = 9; // of keywords
+// Beyond these nothing is laid out; without them nested factors would end at infinity.
+constexpr double kLargestSize = 1'000'000, kLargestLength = 33'554'428;
 
 using Winners = std::array<const CssValue*, kCssPropertyCount>;
 
@@ -68,9 +70,10 @@ class Computation {
     }
 
     double px(const CssValue& value) const {
-        if (value.unit == CssUnit::em) return value.number * style_.fontSize;
-        if (value.unit == CssUnit::rem) return value.number * rootFontSize_;
-        return value.number;
+        double length = value.number;
+        if (value.unit == CssUnit::em) length *= style_.fontSize;
+        if (value.unit == CssUnit::rem) length *= rootFontSize_;
+        return std::clamp(length, -kLargestLength, kLargestLength);
     }
     CssLength length(const CssValue& value) const {
         if (value.kind == CssValueKind::automatic) return {0, false, true};
@@ -105,41 +108,45 @@ class Computation {
         style_.fontSize = keywordSize(keyword);
         style_.sizeKeyword = keyword;
         style_.sizeIsKeyword = true;
-        style_.sizeIsAbsolute = false;
+        style_.sizeHasFixedFactor = false; // the keyword's own row says it
+    }
+
+    // A size that was given as a number grows where the fixed-width family begins and shrinks again where it ends,
+    // unless it was given inside, for that family.
+    void scaleForFamily() {
+        const bool isFixed = style_.isMonospace();
+        if (isFixed == parent_.isMonospace() || isFixed == style_.sizeHasFixedFactor) return;
+        style_.fontSize *= isFixed ? kFixedFactor : 1 / kFixedFactor;
+        style_.sizeHasFixedFactor = isFixed;
     }
 
     void fontSize() {
         const CssValue* value = winner(P::fontSize);
         if (!value || value->kind == CssValueKind::inherit || value->kind == CssValueKind::unset) {
-            // The fixed-width family has its own default; a size in absolute units is one whatever the family.
-            if (style_.isMonospace() == parent_.isMonospace() || style_.sizeIsAbsolute) return;
-            if (style_.sizeIsKeyword) {
-                style_.fontSize = keywordSize(style_.sizeKeyword);
-            } else {
-                style_.fontSize *= style_.isMonospace() ? kFixedFactor : 1 / kFixedFactor;
-            }
+            if (!style_.sizeIsKeyword) return scaleForFamily();
+            if (style_.isMonospace() != parent_.isMonospace()) style_.fontSize = keywordSize(style_.sizeKeyword);
             return;
         }
         if (value->kind == CssValueKind::initial) return setKeywordSize(CssFontKeyword::medium);
-        if (value->kind == CssValueKind::keyword) {
-            const auto keyword = static_cast<CssFontKeyword>(value->keyword);
-            if (keyword < CssFontKeyword::smaller) return setKeywordSize(keyword);
+        const bool isKeyword = value->kind == CssValueKind::keyword;
+        const auto keyword = static_cast<CssFontKeyword>(value->keyword);
+        if (isKeyword && keyword < CssFontKeyword::smaller) return setKeywordSize(keyword);
+        // A parent whose size is still a fixed-width keyword's has the factor in it.
+        if (style_.sizeIsKeyword) style_.sizeHasFixedFactor = parent_.isMonospace();
+        style_.sizeIsKeyword = false;
+        if (isKeyword) {
             const double size =
                 keyword == CssFontKeyword::smaller ? parent_.fontSize / kStep : parent_.fontSize * kStep;
             style_.fontSize = std::max(size, std::min(kSmallestSize, parent_.fontSize));
-            style_.sizeIsKeyword = false;
+            scaleForFamily();
+        } else if (value->unit == CssUnit::percent || value->unit == CssUnit::em) {
+            style_.fontSize = parent_.fontSize * value->number / (value->unit == CssUnit::percent ? 100 : 1);
+            scaleForFamily();
         } else {
-            style_.fontSize = value->unit == CssUnit::percent ? parent_.fontSize * value->number / 100
-                              : value->unit == CssUnit::em    ? parent_.fontSize * value->number
-                                                              : px(*value);
-            style_.sizeIsKeyword = false;
-            if (value->unit == CssUnit::px || value->unit == CssUnit::rem) {
-                style_.sizeIsAbsolute = true;
-                return;
-            }
+            style_.fontSize = px(*value);
+            style_.sizeHasFixedFactor = false;
         }
-        if (!style_.sizeIsAbsolute && style_.isMonospace() != parent_.isMonospace())
-            style_.fontSize *= style_.isMonospace() ? kFixedFactor : 1 / kFixedFactor;
+        style_.fontSize = std::min(style_.fontSize, kLargestSize);
     }
 
     void color() {
@@ -280,7 +287,7 @@ CssStyle inheritingFrom(const CssStyle& parent) {
     style.textIndent = parent.textIndent;
     style.sizeKeyword = parent.sizeKeyword;
     style.sizeIsKeyword = parent.sizeIsKeyword;
-    style.sizeIsAbsolute = parent.sizeIsAbsolute;
+    style.sizeHasFixedFactor = parent.sizeHasFixedFactor;
     style.isItalic = parent.isItalic;
     style.ligatures = parent.ligatures;
     style.listDepth = parent.listDepth;

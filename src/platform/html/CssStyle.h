@@ -33,7 +33,7 @@ struct CssStyle {
     CssLength textIndent;
     CssFontKeyword sizeKeyword = CssFontKeyword::medium; // the size when it is still one of the keywords'
     bool sizeIsKeyword = true;
-    bool sizeIsAbsolute = false;
+    bool sizeHasFixedFactor = false; // the size was enlarged for the fixed-width family
     bool isItalic = false;
     std::uint8_t ligatures = 0; // 1 on, 2 off
     std::uint8_t listDepth = 0; // lists around, this one included

@@ -230,15 +230,20 @@ bool CssStyleSheet::matches(const Compound& compound, const HTMLDocument& page, 
 // Outwards from the element. When a parent does not match, the nearest descendant step before it looks further out, so
 // that the cost is at most compounds times depth.
 bool CssStyleSheet::matches(const Selector& selector, const HTMLDocument& page, HTMLDocument::NodeIndex element) {
+    ++comparisons_;
     if (!matches(selector.compounds.front(), page, element)) return false;
     std::size_t retry = 0;                                   // the compound that a failure goes back to; 0: none
     HTMLDocument::NodeIndex retryFrom = HTMLDocument::kNone; // where that compound matched last
     HTMLDocument::NodeIndex at = element;
     for (std::size_t i = 1; i < selector.compounds.size();) {
         const bool wantsParent = selector.compounds[i - 1].behindChild;
+        if (++comparisons_ > kMaximumComparisons) return false;
         at = page[at].parent;
         if (!wantsParent)
-            while (at != HTMLDocument::kNone && !matches(selector.compounds[i], page, at)) at = page[at].parent;
+            while (at != HTMLDocument::kNone && !matches(selector.compounds[i], page, at)) {
+                ++comparisons_;
+                at = page[at].parent;
+            }
         if (at != HTMLDocument::kNone && (!wantsParent || matches(selector.compounds[i], page, at))) {
             if (!wantsParent) {
                 retry = i;
@@ -255,9 +260,9 @@ bool CssStyleSheet::matches(const Selector& selector, const HTMLDocument& page, 
 }
 
 void CssStyleSheet::match(const HTMLDocument& page, HTMLDocument::NodeIndex element,
-                          std::vector<const CssDeclarations*>& matched) const {
+                          std::vector<const CssDeclarations*>& matched) {
     matched.clear();
-    if (selectors_.empty()) return;
+    if (selectors_.empty() || comparisons_ > kMaximumComparisons) return;
     std::vector<std::uint32_t> found;
     const auto tryAll = [&](const std::vector<std::uint32_t>& numbers) {
         for (const std::uint32_t number : numbers)

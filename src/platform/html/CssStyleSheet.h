@@ -16,6 +16,9 @@ class CssStyleSheet {
   public:
     // Selectors beyond this many are left out: matching costs selectors times elements.
     static constexpr std::size_t kMaximumSelectors = 4096;
+    // How often an element is held against a part of a selector, for one page. Pages stay far below; beyond it a sheet
+    // is built to keep the reader busy, and no more rules match.
+    static constexpr std::size_t kMaximumComparisons = 20'000'000;
 
     // Adds the rules of one style element. Media rules count when they hold for a screen 800 px wide; imports and
     // fonts are left out.
@@ -24,8 +27,7 @@ class CssStyleSheet {
 
     // The declarations of all rules that match an element, weakest first. A sheet without rules costs nothing; one
     // with rules looks only at selectors that end in this element's type, class or identifier.
-    void match(const HTMLDocument& page, HTMLDocument::NodeIndex element,
-               std::vector<const CssDeclarations*>& matched) const;
+    void match(const HTMLDocument& page, HTMLDocument::NodeIndex element, std::vector<const CssDeclarations*>& matched);
 
   private:
     struct Compound {
@@ -46,13 +48,14 @@ class CssStyleSheet {
     void appendRule(std::string_view prelude, std::string_view block);
     void appendSelector(std::vector<CssToken> tokens, std::uint32_t rule);
     static bool matches(const Compound& compound, const HTMLDocument& page, HTMLDocument::NodeIndex element);
-    static bool matches(const Selector& selector, const HTMLDocument& page, HTMLDocument::NodeIndex element);
+    bool matches(const Selector& selector, const HTMLDocument& page, HTMLDocument::NodeIndex element);
 
     std::vector<CssDeclarations> rules_;
     std::vector<Selector> selectors_;
     // Selector numbers by what the element must have; each selector stands in one of them.
     std::unordered_map<std::string, std::vector<std::uint32_t>> byIdentifier_, byClass_, byName_;
     std::vector<std::uint32_t> others_;
+    std::size_t comparisons_ = 0;
 };
 
 } // namespace platform

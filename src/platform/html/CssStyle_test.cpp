@@ -204,7 +204,31 @@ TEST(CssFonts, AreComputed) {
         {"font-family: sans-serif", "", "Helvetica 12"},
         {"font-family: Monaco, monospace", "", "Monaco 12"},
         {"font-family: monospace", "", "Courier 13"},
-        {"font-family: monospace", "font-size: 14px", "Courier 14"},
+        {"font-family: monospace", "font-size: 12px", "Courier 13"},
+        {"font-family: monospace", "font-size: 24px", "Courier 26"},
+        {"font-family: monospace", "font-size: 9pt", "Courier 13"},
+        {"font-family: monospace; font-size: 12px", "", "Courier 12"},
+        {"font-family: monospace; font-size: 12px", "font-size: 20px", "Courier 12"},
+        {"font-family: monospace; font-size: 0.5em", "font-size: 24px", "Courier 13"},
+        {"font-family: monospace", "font-family: monospace; font-size: 12px", "Courier 12"},
+        {"font-family: serif", "font-family: monospace; font-size: 12px", "Times-Roman 12"},
+        {"font-family: serif", "font-family: monospace; font-size: 2em", "Times-Roman 24"},
+        {"font-family: Monaco, monospace", "font-size: 14px", "Monaco 14"},
+        {"font-size: 2em", "font-family: monospace", "Courier 26"},
+        {"font-family: serif; font-size: 2em", "font-family: monospace", "Times-Roman 24"},
+        {"font-family: cursive", "", "Times-Roman 12"},
+        {"font-family: fantasy", "", "Times-Roman 12"},
+        {"font-family: system-ui", "", ".SFNS-Regular 12"},
+        {"font-family: -apple-system", "", ".SFNS-Regular 12"},
+        {"font-family: HelveticaNeue-Bold", "", "HelveticaNeue-Bold 12"},
+        {"font-family: Menlo; font-weight: bold; font-style: italic", "", "Menlo-BoldItalic 12"},
+        {"font-family: Arial; font-style: italic", "", "Arial-ItalicMT 12"},
+        {"font-family: 'Times New Roman'; font-weight: 900", "", "TimesNewRomanPS-BoldMT 12"},
+        {"font-weight: 550", "", "Times-Roman 12"},
+        {"font-weight: 100", "", "Times-Roman 12"},
+        {"font-variant: small-caps", "", "Times-Roman 12"},
+        {"font-size: 1e300px", "", "Times-Roman 1000000"},
+        {"font-size: 1000000%", "font-size: 1000000px", "Times-Roman 1000000"},
         {"font-family: monospace", "font-size: 200%", "Courier 26"},
         {"font-family: monospace; font-size: small", "", "Courier 12"},
         {"font-family: serif", "font-family: monospace", "Times-Roman 12"},
@@ -291,6 +315,21 @@ TEST(CssStyleSheets, SelectAndCascade) {
         EXPECT_EQ(hex(computed(attribute, "", sheet).style.color).substr(0, 6), expected) << sheet << " " << attribute;
 }
 
+TEST(CssFonts, HaveAFixedWidthSizeForEachKeyword) {
+    const std::pair<std::string_view, double> cases[] = {
+        {"xx-small", 9}, {"x-small", 10}, {"small", 12},    {"medium", 13},
+        {"large", 16},   {"x-large", 20}, {"xx-large", 26}, {"xxx-large", 39},
+    };
+    for (const auto& [keyword, size] : cases)
+        EXPECT_EQ(computed(fmt::format("font-family: monospace; font-size: {}", keyword)).style.fontSize, size)
+            << keyword;
+}
+
+TEST(CssStyles, StayFinite) {
+    EXPECT_EQ(computed("margin: 1e300px").style.margin[0].value, 33'554'428);
+    EXPECT_EQ(computed("font-size: 1e6px; margin: -1e300em").style.margin[0].value, -33'554'428);
+}
+
 TEST(CssStyles, MakeBlocksOfWhatFloatsOrLiesInAFlexibleBox) {
     EXPECT_EQ(computed("display: inline; float: left").style.display, CssDisplay::block);
     EXPECT_EQ(computed("display: inline; position: absolute").style.display, CssDisplay::block);
@@ -322,6 +361,24 @@ TEST(CssStyleSheets, StayLinearOnHostileText) {
         cssDeclarations(text);
     }
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+// Ten thousand elements against four thousand rules that almost match.
+TEST(CssStyleSheets, GiveUpOnASheetThatMatchesForever) {
+    std::string sheet, body;
+    for (int i = 0; i < 4'000; ++i) sheet += fmt::format("u i b {{margin:{}px}}", i);
+    for (int i = 0; i < 400; ++i) body += "<div><i>";
+    for (int i = 0; i < 10'000; ++i) body += "<b>x</b>";
+    const auto page = HTMLDocument::parse("<!DOCTYPE html><style>" + sheet + "</style>" + body);
+    ASSERT_TRUE(page.has_value());
+    CssStyleSheet rules;
+    rules.append(sheet);
+    const auto start = std::chrono::steady_clock::now();
+    std::vector<const CssDeclarations*> matched;
+    for (HTMLDocument::NodeIndex i = 0; i < page->size(); ++i)
+        if (page->isElement(i)) rules.match(*page, i, matched);
+    EXPECT_TRUE(matched.empty());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 } // namespace

@@ -52,9 +52,11 @@ std::shared_ptr<FileWrapper> fileInAddress(std::string_view address) {
     const std::string_view type = trimmed(std::string_view(head).substr(0, head.find(';')));
     std::optional<std::string> bytes;
     if (trimmed(head).ends_with(";base64")) {
-        // Percent sequences in base64 are rare: only then is the text copied.
+        // Percent sequences in base64, and a missing end, are rare: only then is the text copied.
         bytes =
             body.find('%') == std::string_view::npos ? base64Decoded(body) : base64Decoded(percentDecodedBytes(body));
+        for (const std::string_view end : {"=", "=="})
+            if (!bytes) bytes = base64Decoded(percentDecodedBytes(body) += end);
     } else {
         bytes = percentDecodedBytes(body);
     }

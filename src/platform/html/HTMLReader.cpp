@@ -72,10 +72,12 @@ class PageWalk {
         bool isBlock = false;
         bool pushedDirection = false;
         bool pushedList = false, pushedTable = false, pushedCell = false;
+        bool ownsLooseTable = false;     // its children are rows or cells without a table
         std::uint32_t contextAround = 0; // the paragraph context's number before this element's list or cell
         std::size_t block = 0;           // index of the nearest open block, itself included
         std::size_t start = 0;           // length of the text when the element was entered
         std::vector<NodeIndex> footers;  // of a table: visited when its rows are through
+        std::size_t footersVisited = 0;
         AttributeSet::Reference own, united;
     };
 
@@ -89,6 +91,8 @@ class PageWalk {
     bool processByTag(Frame& frame);
     void openList(Frame& frame);
     void openCell(Frame& frame);
+    void prepareLooseTable(const CssStyle& child);
+    void endLooseTable();
     void addColumns(const Frame& group);
     void closeLink(const Frame& frame);
     void transform(std::u16string& text, const Frame& frame) const;
@@ -151,10 +155,8 @@ void PageWalk::run() {
         while (!open_.empty()) {
             Frame& frame = top();
             const NodeIndex child = frame.next;
-            if (child == kNone && !frame.footers.empty()) {
-                const NodeIndex footer = frame.footers.front();
-                frame.footers.erase(frame.footers.begin());
-                enter(footer);
+            if (child == kNone && frame.footersVisited < frame.footers.size()) {
+                enter(frame.footers[frame.footersVisited++]);
             } else if (child == kNone) {
                 leave();
             } else {
@@ -185,6 +187,7 @@ bool PageWalk::enter(NodeIndex node) {
         return false;
     }
     const bool isLooseCell = style->display == CssDisplay::tableCell && tables_.empty();
+    if (!open_.empty()) prepareLooseTable(*style);
     if (frame.isBlock && frame.tag != HTMLTag::br && !isLooseCell && !endsLineOnly(frame)) {
         if (frame.tag == HTMLTag::html || frame.tag == HTMLTag::body) {
             if (!text_.endsInNewline()) text_.dropSoftEnd();
@@ -289,8 +292,11 @@ void PageWalk::openList(Frame& frame) {
         for (NodeIndex child = page_[frame.node].first; child != kNone; child = page_[child].next)
             if (page_.isElement(child) && page_[child].tag == HTMLTag::li) ++start;
     }
-    if (const auto text = page_.attribute(frame.node, HTMLAttribute::start); text && isOrdered)
-        std::from_chars(text->data(), text->data() + text->size(), start);
+    if (const auto text = page_.attribute(frame.node, HTMLAttribute::start); text && isOrdered) {
+        const std::size_t at = std::min(text->find_first_not_of(" \t\n\r\f+"), text->size());
+        std::int32_t number = 0; // browsers too leave out what does not fit
+        if (std::from_chars(text->data() + at, text->data() + text->size(), number).ec == std::errc()) start = number;
+    }
     auto list = std::make_shared<TextList>(format, 0, start);
     for (auto outer = open_.rbegin(); outer != open_.rend(); ++outer)
         if (outer->tag == HTMLTag::a) {
@@ -313,17 +319,28 @@ void PageWalk::addColumns(const Frame& group) {
     if (!hasColumns) tables_.addColumns(group.node, *group.style);
 }
 
+// Rows and cells that follow each other without a table around them share one that the page does not have.
+void PageWalk::prepareLooseTable(const CssStyle& child) {
+    const bool isPart = child.display == CssDisplay::tableRow || child.display == CssDisplay::tableCell;
+    if (!isPart) return endLooseTable();
+    if (tables_.depth() > context_.blocks.size()) return; // a table is open whose cell this can be
+    tables_.enterAnonymousTable();
+    top().ownsLooseTable = true;
+}
+
+void PageWalk::endLooseTable() {
+    if (!std::exchange(top().ownsLooseTable, false)) return;
+    tables_.leaveTable();
+}
+
 void PageWalk::openCell(Frame& frame) {
-    if (tables_.empty()) {
-        tables_.enterAnonymousTable();
-        frame.pushedTable = true;
-    }
     context_.blocks.push_back(tables_.addCell(frame.node, *frame.style));
     context_.number = ++lastContext_;
     frame.pushedCell = true;
 }
 
 void PageWalk::leave() {
+    endLooseTable();
     const Frame& frame = top();
     if (frame.tag == HTMLTag::q)
         text_.appendObject(--quoteDepth_ % 2 == 0 ? u"\u201D" : u"\u2019", ownAttributes(frame));
@@ -426,6 +443,7 @@ void PageWalk::writeText(NodeIndex node) {
                            whiteSpace != CssWhiteSpace::breakSpaces;
     std::u16string text = preserves ? utf16FromUTF8(page_.text(node)) : text_.collapsed(page_.text(node));
     if (text.empty()) return;
+    if (text != u" ") endLooseTable();
     const bool endsSoft = text.back() == u' ';
     transform(text, frame);
     if (preserves) {

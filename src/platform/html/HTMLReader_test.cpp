@@ -1,11 +1,19 @@
 #include "platform/html/HTMLReader.h"
 
+#include <algorithm>
+#include <chrono>
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "platform/base/SystemLog.h"
+#include "platform/files/FileWrapper.h"
+#include "platform/text/TextAttachment.h"
 #include "platform/text/TextDump.h"
 #include "tests/support/Golden.h"
 #include "tests/support/ScratchDirectory.h"
@@ -64,6 +72,123 @@ TEST(HTMLReader, NamesTheFileThatItCannotRead) {
     const auto read = attributedStringFromHTMLFile(URL::fileURLWithPath("/no/such/page.html"));
     ASSERT_FALSE(read.has_value());
     EXPECT_NE(read.error().description().find("page.html"), std::string::npos);
+}
+
+// The page's own body has a size in pixels; text in the fixed-width family grows by the same factor as without one.
+TEST(HTMLReader, EnlargesFixedWidthTextInThePageOfNotes) {
+    std::ifstream file(tests::sourceDirectory() / "data/Template.html");
+    std::string page((std::istreambuf_iterator<char>(file)), {});
+    const auto replace = [&page](std::string_view from, std::string_view to) {
+        const std::size_t at = page.find(from);
+        ASSERT_NE(at, std::string::npos) << from;
+        page.replace(at, from.size(), to);
+    };
+    replace("/* QLT FONT-FAMILY */", "HelveticaNeue");
+    replace("/* QLT FONT-SIZE */", "24px");
+    replace("<!-- QLTBODY -->", "<div>a <code>b</code> <code style='font-size:12px'>c</code></div><pre>  d\te</pre>"
+                                "<div style='font-family:Monaco,monospace'>f</div>");
+    const auto read = attributedStringFromHTMLData(page);
+    ASSERT_TRUE(read.has_value());
+    EXPECT_EQ(read->text.string(), u"a b c\n  d\te\nf\n");
+    const std::pair<std::size_t, std::string> fonts[] = {
+        {0, "HelveticaNeue 24"}, {2, "Courier 26"}, {4, "Courier 12"}, {8, "Courier 26"}, {12, "Monaco 24"},
+    };
+    for (const auto& [at, expected] : fonts) {
+        const Font* font = read->text.attributesAt(at).find<Font>(kFontAttributeName);
+        ASSERT_NE(font, nullptr);
+        EXPECT_EQ(fmt::format("{} {}", font->fontName(), font->pointSize()), expected) << at;
+    }
+}
+
+// Text, rows and footers on one level; every table part costs its table's columns and no more.
+TEST(HTMLReader, StaysLinearOnHostileTables) {
+    std::string covered = "<table>", footers = "<table><tbody><tr><td>x</td></tr></tbody>", wide = "<table><tr>";
+    for (int i = 0; i < 3'000; ++i) {
+        covered += "<tr>";
+        for (int column = 0; column < 17; ++column) covered += "<td colspan=1000 rowspan=65534>";
+    }
+    for (int i = 0; i < 100'000; ++i) footers += "<tfoot>";
+    for (int i = 0; i < 100'000; ++i) wide += "<td colspan=99999999999999999999 rowspan=-5>";
+    for (const std::string& page : {covered, footers + "<tbody><tr><td>y", wide}) {
+        const auto start = std::chrono::steady_clock::now();
+        const auto read = attributedStringFromHTMLData(page);
+        ASSERT_TRUE(read.has_value());
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20)) << page.substr(0, 60);
+    }
+}
+
+TEST(HTMLReader, ReadsNumbersThatNoPageMeans) {
+    const std::pair<std::string_view, std::u16string_view> cases[] = {
+        {"<ol start='9223372036854775807'><li>a<li>b</ol>", u"\t1\ta\n\t2\tb\n"},
+        {"<ol start=' +7'><li>a</ol>", u"\t7\ta\n"},
+        {"<ol start=2147483647 type=i><li>a<li>b</ol>", u"\t2147483647\ta\n\t2147483648\tb\n"},
+        {"<table border=inf cellspacing=inf cellpadding=nan><td width=inf colspan=inf>a</table>", u"a\n"},
+        {"<p style='margin:1e999px 1e308em;font-size:1e308em'>a</p>", u"a\n"},
+    };
+    for (const auto& [page, expected] : cases) {
+        const auto read = attributedStringFromHTMLData(page);
+        ASSERT_TRUE(read.has_value());
+        EXPECT_EQ(read->text.string(), expected) << page;
+        EXPECT_EQ(textDump(read->text).find("inf"), std::string::npos) << page;
+    }
+}
+
+TEST(HTMLReader, ReadsMalformedAddressesOfImagesAsMissing) {
+    const std::pair<std::string_view, std::string_view> cases[] = {
+        {"data:", "-"},
+        {"data:,", "unknown.txt 0"},
+        {"data:image/png", "-"},
+        {"data:image/png;base64", "-"},
+        {"data:image/png;base64,", "unknown.png 0"},
+        {"data:image/png;base64,iVBORw0KGgo", "unknown.png 8"},
+        {"data:image/png;base64,iVBO Rw0K\nGgo=", "unknown.png 8"},
+        {"data:image/png;base64,%69VBORw0KGgo%3D", "unknown.png 8"},
+        {" DATA:IMAGE/PNG;BASE64,iVBORw0KGgo= ", "unknown.png 8"},
+        {"data:;base64,YQ==", "unknown.txt 1"},
+        {"data:x/y;charset=utf-8,%zz%4", "unknown 5"},
+        {"http://[", "-"},
+        {"://", "-"},
+        {"..", "-"},
+        {"/", "-"},
+        {"file:///", "-"},
+        {"%00", "-"},
+    };
+    const auto before = setSystemLogSink([](std::string_view) {});
+    for (const auto& [address, expected] : cases) {
+        const auto read = attributedStringFromHTMLData(fmt::format("<img src=\"{}\">", address));
+        ASSERT_TRUE(read.has_value());
+        ASSERT_EQ(read->text.string(), u"\uFFFC") << address;
+        const auto* attachment = read->text.attributesAt(0).find<TextAttachmentReference>(kAttachmentAttributeName);
+        ASSERT_NE(attachment, nullptr);
+        const auto wrapper = (*attachment)->fileWrapper();
+        const std::string found =
+            wrapper ? fmt::format("{} {}", wrapper->preferredFilename(), wrapper->regularFileContents().size()) : "-";
+        EXPECT_EQ(found, expected) << address;
+    }
+    setSystemLogSink(before);
+}
+
+TEST(HTMLReader, KeepsTheTextOfADeepNest) {
+    constexpr int kDepth = 5'000;
+    for (const std::string_view tag : {"div", "b", "ul><li", "table><tr><td", "blockquote", "q", "a href=x"}) {
+        std::string page;
+        for (int i = 0; i < kDepth; ++i) page += fmt::format("<{}>{}", tag, i % 10);
+        const auto read = attributedStringFromHTMLData(page);
+        ASSERT_TRUE(read.has_value());
+        const std::u16string text = read->text.string();
+        // List markers are no digits: a list inside lists has a glyph.
+        EXPECT_EQ(std::ranges::count_if(text, [](char16_t c) { return c >= u'0' && c <= u'9'; }), kDepth) << tag;
+    }
+}
+
+TEST(HTMLReader, ReadsAttributesOfAMegabyte) {
+    const std::string million(1'000'000, 'a');
+    const auto read = attributedStringFromHTMLData("<p class='" + million + "' style='color:red;x:" + million +
+                                                   "'><a href='https://e.org/" + million + "'>x</a>");
+    ASSERT_TRUE(read.has_value());
+    const URL* link = read->text.attributesAt(0).find<URL>(kLinkAttributeName);
+    ASSERT_NE(link, nullptr);
+    EXPECT_EQ(link->absoluteString().size(), million.size() + 14);
 }
 
 TEST(HTMLReader, ReadsDeepPagesInBoundedTime) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 
 #include "platform/html/HTMLAttributes.h"
 
@@ -10,9 +11,10 @@ namespace platform {
 
 namespace {
 
-constexpr std::int64_t kMostColumns = 16384; // cells beyond stand in the last
+constexpr std::int64_t kMostColumns = 1000; // cells beyond stand in the last; a row costs its table's columns
 constexpr std::int64_t kWidestSpan = 1000, kTallestSpan = 65534;
 constexpr double kDefaultSpacing = 1; // the attribute's default; style sheets do not count
+constexpr double kWidestSpacing = 10'000;
 constexpr double kLayoutWidth = 784;
 
 // By edge in style order: top, right, bottom, left.
@@ -79,7 +81,8 @@ void HTMLTables::enterTable(HTMLDocument::NodeIndex element, const CssStyle& sty
     double spacing = kDefaultSpacing;
     if (const auto text = page_.attribute(element, HTMLAttribute::cellspacing))
         std::from_chars(text->data(), text->data() + text->size(), spacing);
-    opened.cellMargin = style.collapsesBorders ? 0 : std::max(0.0, spacing) / 2;
+    opened.cellMargin =
+        style.collapsesBorders ? 0 : std::clamp(std::isnan(spacing) ? 0 : spacing, 0.0, kWidestSpacing) / 2;
     open_.push_back(std::move(opened));
 }
 
@@ -96,9 +99,7 @@ void HTMLTables::enterRow(const CssStyle& style) {
     if (open_.empty()) return;
     OpenTable& table = open_.back();
     ++table.row;
-    while (!table.coveredUntil.empty() &&
-           std::ranges::all_of(table.coveredUntil, [&](std::int64_t until) { return until > table.row; }))
-        ++table.row;
+    if (!table.coveredUntil.empty()) table.row = std::max(table.row, *std::ranges::min_element(table.coveredUntil));
     table.column = 0;
     table.rowBackground.reset();
     if (style.background.alpha > 0) table.rowBackground = colorFromCss(style.background);

@@ -16,6 +16,7 @@ class HTMLTables {
     explicit HTMLTables(const HTMLDocument& page) : page_(page) {}
 
     bool empty() const { return open_.empty(); }
+    std::size_t depth() const { return open_.size(); }
     void enterTable(HTMLDocument::NodeIndex element, const CssStyle& style);
     // A table that the page does not have, for a cell outside any.
     void enterAnonymousTable();
