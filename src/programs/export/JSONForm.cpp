@@ -4,17 +4,16 @@
 
 #include "platform/base/Error.h"
 #include "platform/foundation/Base64.h"
+#include "programs/export/JSONValues.h"
 
 namespace quillet {
 
-using nlohmann::json;
+using json = nlohmann::ordered_json;
 using platform::Dictionary;
-using platform::Error;
 using platform::Value;
 
 namespace {
 
-// Values are a few levels deep by construction: entries in lists in a reply, errors under errors.
 struct Converter {
     json operator()(std::monostate) const { return nullptr; }
     json operator()(bool boolean) const { return boolean; }
@@ -44,9 +43,17 @@ struct Converter {
 
 } // namespace
 
+json jsonFromValue(const Value& value) {
+    return std::visit(Converter(), value.variant());
+}
+
+std::string jsonText(const json& tree) {
+    // Texts come from UTF-16 and names from files: the replacing mode keeps ill-formed UTF-8 from being thrown.
+    return tree.dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
 std::string jsonLine(const Dictionary& dictionary) {
-    // Ill-formed UTF-8 cannot come from UTF-16; keys are ours. The replacing mode keeps a surprise from being thrown.
-    return Converter()(dictionary).dump(-1, ' ', false, json::error_handler_t::replace);
+    return jsonText(jsonFromValue(dictionary));
 }
 
 } // namespace quillet

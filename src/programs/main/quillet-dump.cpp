@@ -3,6 +3,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
@@ -12,6 +13,7 @@
 #include "platform/text/TextDump.h"
 #include "programs/RegisterClasses.h"
 #include "programs/export/ReadRichText.h"
+#include "programs/export/RichTextJSON.h"
 
 namespace quillet {
 namespace {
@@ -23,35 +25,44 @@ constexpr int kWrongUsage = 64; // EX_USAGE
 struct Options {
     std::string file;
     std::optional<std::string> baseDirectory;
-    std::optional<RichTextFormat> format;
-    std::string out;
+    bool json = false;
+    std::vector<std::string> to; // format and place; empty to show
 };
 
+const std::map<std::string, RichTextFormat>& formats() {
+    static const std::map<std::string, RichTextFormat> all{{"rtf", RichTextFormat::rtf},
+                                                           {"rtfd", RichTextFormat::rtfd},
+                                                           {"html", RichTextFormat::html},
+                                                           {"archive", RichTextFormat::archive}};
+    return all;
+}
+
 std::optional<int> parseCommandLine(int argc, char** argv, Options& options) {
-    const std::map<std::string, RichTextFormat> formats{{"rtf", RichTextFormat::rtf},
-                                                        {"rtfd", RichTextFormat::rtfd},
-                                                        {"html", RichTextFormat::html},
-                                                        {"archive", RichTextFormat::archive}};
     CLI::App app{"Shows the rich text of a file: .html, .rtf, .rtfd, .qltnote, or a keyed archive.", "quillet-dump"};
     app.add_option("FILE", options.file, "what to read")->required();
     app.add_option("--base", options.baseDirectory, "directory that relative addresses of a page refer to");
-    auto* format =
-        app.add_option("--to", options.format, "write in this form instead of showing: rtf, rtfd, html, archive")
-            ->transform(CLI::CheckedTransformer(formats));
-    app.add_option("-o,--out", options.out, "where --to writes; must not exist")->needs(format);
+    app.add_flag("--json", options.json, "show as JSON");
+    app.add_option("--to", options.to, "write as rtf, rtfd, html or archive instead of showing; OUT must not exist")
+        ->expected(2)
+        ->type_name("FORMAT OUT");
     app.set_version_flag("--version", "quillet-dump " + platform::Environment::current().bundleShortVersion);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kDone : kWrongUsage;
     }
+    if (!options.to.empty() && !formats().contains(options.to.front())) {
+        fmt::print(stderr, "quillet-dump: --to: {}: not rtf, rtfd, html or archive\n",
+                   platform::escapedForTerminal(options.to.front()));
+        return kWrongUsage;
+    }
     return std::nullopt;
 }
 
 platform::Result<> dump(const Options& options) {
     const platform::AttributedString text = TRY(readRichText(options.file, options.baseDirectory));
-    if (options.format) return writeRichText(text, *options.format, options.out);
-    const std::string shown = platform::textDump(text);
+    if (!options.to.empty()) return writeRichText(text, formats().at(options.to.front()), options.to.back());
+    const std::string shown = options.json ? richTextJSON(text) + "\n" : platform::textDump(text);
     std::fwrite(shown.data(), 1, shown.size(), stdout);
     return {};
 }
