@@ -1,0 +1,66 @@
+// Note packages in their serialized form: whatever can be read is written, and once it has been written, reading and
+// writing it again changes nothing.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "documents/QLTNoteFile.h"
+#include "documents/attachments/AttachmentCoding.h"
+#include "platform/base/SystemLog.h"
+#include "platform/files/FileWrapper.h"
+#include "platform/foundation/Environment.h"
+#include "platform/text/TextDump.h"
+#include "styles/NoteTextStyleCoding.h"
+#include "styles/base/Colors.h"
+
+using namespace platform;
+using namespace quillet;
+
+namespace {
+
+void prepare() {
+    static const bool prepared = [] {
+        registerArchivableAttachmentClasses();
+        registerArchivableStyleClasses();
+        registerHighlightColorAssets();
+        Environment::current().preferencesDirectory = "/nonexistent";
+        setSystemLogSink([](std::string_view) {});
+        return true;
+    }();
+    (void)prepared;
+    // The identifiers of each run count from one again.
+    Environment::current().newUUID = [counter = std::uint8_t{}]() mutable {
+        UUID uuid;
+        uuid.bytes.back() = ++counter;
+        return uuid;
+    };
+}
+
+std::shared_ptr<FileWrapper> written(const QLTNoteFile& note) {
+    const auto package = note.fileWrapper();
+    if (!package) std::abort();
+    return *package;
+}
+
+std::unique_ptr<QLTNoteFile> readAgain(const FileWrapper& package) {
+    auto note = QLTNoteFile::initWithFileWrapper(package);
+    if (!note) std::abort();
+    return *std::move(note);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    prepare();
+    const auto package = FileWrapper::fromSerializedRepresentation({reinterpret_cast<const char*>(data), size});
+    if (!package) return 0;
+    const auto note = QLTNoteFile::initWithFileWrapper(**package);
+    if (!note) return 0;
+    const auto settled = readAgain(*written(**note));
+    const auto again = readAgain(*written(*settled));
+    if (textDump(again->noteText()) != textDump(settled->noteText())) std::abort();
+    return 0;
+}
