@@ -9,7 +9,6 @@
 #include "conversion/NoteOutput.h"
 #include "enex/EvernoteXMLParseOperation.h"
 #include "platform/base/SystemLog.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/ipc/WorkerProcess.h"
 #include "platform/operations/OperationQueue.h"
 #include "service/GroupSuite.h"
@@ -23,7 +22,7 @@ using platform::MessageChannel;
 using platform::Result;
 
 std::optional<Error> importInWorker(const WorkerRequest& request, const WorkerReport& report, MessageChannel& channel) {
-    platform::UserDefaults::standard().addSuiteNamed(kGroupSuite);
+    readGroupSuite();
     NoteOutput output(request.directory);
     const auto operation =
         EvernoteXMLParseOperation::evernoteParseOperationForFileAtURL(request.file, request.directory);

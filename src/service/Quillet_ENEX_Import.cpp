@@ -5,7 +5,6 @@
 #include "conversion/NoteOutput.h"
 #include "enex/EvernoteXMLParseOperation.h"
 #include "platform/base/SystemLog.h"
-#include "platform/defaults/UserDefaults.h"
 #include "platform/foundation/PathString.h"
 #include "platform/foundation/StringFormat.h"
 #include "platform/foundation/URL.h"
@@ -58,7 +57,7 @@ Quillet_ENEX_Import::~Quillet_ENEX_Import() = default;
 
 void Quillet_ENEX_Import::importENEXFile(const URL& file, const Dictionary& options, const URL& directory,
                                          Reply reply) {
-    platform::UserDefaults::standard().addSuiteNamed(kGroupSuite);
+    readGroupSuite();
 
     const std::shared_ptr<Job> job(new Job{logFileURL(file, directory),
                                            booleanOption(options, kDebugOption),
