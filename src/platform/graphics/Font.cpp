@@ -1,17 +1,23 @@
 #include "platform/graphics/Font.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <functional>
 #include <mutex>
 #include <unordered_map>
+#include <utility>
 
 #include "platform/graphics/FontTable.h"
 #include "platform/graphics/InstalledFonts.h"
 
 namespace platform {
 
-// A font name, once in the process, with what is known about it.
+// A font name with what is known about it; one object a name at any time.
 struct FontName {
+    explicit FontName(std::string spelling, const FontFamily* ofFamily = nullptr, const FontFace* itsFace = nullptr)
+        : name(std::move(spelling)), family(ofFamily), face(itsFace) {}
+
     std::string name;
     const FontFamily* family = nullptr; // null: not in the table
     const FontFace* face = nullptr;
@@ -31,6 +37,8 @@ struct FontName {
 
 namespace {
 
+using Reference = std::shared_ptr<const FontName>;
+
 constexpr int kRegularWeight = 5;
 constexpr int kBoldWeight = 9;
 // What a font of unknown metrics is measured by: the user font's.
@@ -41,22 +49,65 @@ bool equalIgnoringCase(std::string_view a, std::string_view b) {
     return std::ranges::equal(a, b, {}, lower, lower);
 }
 
-const FontName* interned(std::string_view name) {
-    static auto& mutex = *new std::mutex;
-    static auto& names = *new std::unordered_map<std::string, FontName>;
-    const std::scoped_lock lock(mutex);
-    const auto [entry, isNew] = names.try_emplace(std::string(name));
-    FontName& font = entry->second;
-    if (!isNew) return &font;
-    font.name = name;
-    for (const FontFamily& family : fontFamilies()) {
-        const auto face = std::ranges::find(family.faces, name, &FontFace::postScriptName);
-        if (face == family.faces.end()) continue;
-        font.family = &family;
-        font.face = &*face;
-        break;
+// The names of the table are made once and stay. Any other name lives as long as a font has it, since notes may invent
+// as many as they like; the ones asked for last stay a while longer, so that a font made again and again is looked up
+// once.
+class FontNames {
+  public:
+    static FontNames& shared() {
+        static auto& names = *new FontNames; // fonts of other files' static objects may outlive any other
+        return names;
     }
-    return &font;
+
+    Reference find(std::string_view name) {
+        const auto known = known_.find(name);
+        if (known != known_.end()) return known->second;
+        Reference replaced; // dies after the lock is gone: its end takes the lock
+        const std::scoped_lock lock(mutex_);
+        std::weak_ptr<const FontName>& entry = others_[std::string(name)];
+        Reference found = entry.lock();
+        if (!found) {
+            found = Reference(new FontName(std::string(name)), [this](const FontName* gone) { forget(gone); });
+            entry = found;
+        }
+        replaced = std::exchange(recent_[nextRecent_++ % recent_.size()], found);
+        return found;
+    }
+
+  private:
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
+    };
+    static constexpr std::size_t kRecentNames = 64;
+
+    FontNames() {
+        for (const FontFamily& family : fontFamilies())
+            for (const FontFace& face : family.faces) {
+                // Never freed, hence without a count that threads would share.
+                const auto* const name = new FontName(std::string(face.postScriptName), &family, &face);
+                known_.emplace(name->name, Reference(Reference(), name));
+            }
+    }
+
+    void forget(const FontName* gone) {
+        {
+            const std::scoped_lock lock(mutex_);
+            const auto entry = others_.find(gone->name); // may be a new object of that name already
+            if (entry != others_.end() && entry->second.expired()) others_.erase(entry);
+        }
+        delete gone;
+    }
+
+    std::unordered_map<std::string, Reference, Hash, std::equal_to<>> known_;
+    std::mutex mutex_;
+    std::unordered_map<std::string, std::weak_ptr<const FontName>> others_;
+    std::array<Reference, kRecentNames> recent_;
+    std::size_t nextRecent_ = 0;
+};
+
+Reference interned(std::string_view name) {
+    return FontNames::shared().find(name);
 }
 
 const FontMetrics& metricsOf(const FontName& font) {
@@ -97,9 +148,9 @@ const FontFace& nearestFace(const FontFamily& family, bool italic, int weight) {
 Font::Font(std::string_view postScriptName, double pointSize) : Font(interned(postScriptName), pointSize) {}
 
 std::optional<Font> Font::named(std::string_view postScriptName, double pointSize) {
-    const FontName* name = interned(postScriptName);
+    Name name = interned(postScriptName);
     if (!name->face && !name->installed()) return std::nullopt;
-    return Font(name, pointSize);
+    return Font(std::move(name), pointSize);
 }
 
 Font Font::userFont(double pointSize) {

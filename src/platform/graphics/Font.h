@@ -3,9 +3,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace platform {
 
@@ -41,8 +43,9 @@ class Font {
     friend bool operator==(const Font& a, const Font& b) { return a.name_ == b.name_ && a.pointSize_ == b.pointSize_; }
 
   private:
-    Font(const FontName* name, double pointSize) : name_(name), pointSize_(pointSize) {}
-    const FontName* name_; // one object a name, for the life of the process
+    using Name = std::shared_ptr<const FontName>;
+    Font(Name name, double pointSize) : name_(std::move(name)), pointSize_(pointSize) {}
+    Name name_; // one object a name, as long as a font has it
     double pointSize_;
 };
 

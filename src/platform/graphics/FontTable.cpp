@@ -1,11 +1,14 @@
-// Metrics are those of the regular face's "hhea" table and stand for the whole family. Where the figures come from:
-//   Helvetica, Helvetica Neue, Arial, Times New Roman and the system font's ascent: capsize's collection of system
-//   fonts; Courier New and Menlo: their metric-compatible counterparts Liberation Mono and DejaVu Sans Mono; Times and
-//   Courier: line heights of 14, 18, 22 and 28 points at 12, 16, 18 and 24, which text from HTML used to have; the
-//   rest: figures in common use among web designers, not held against the font files.
+// Metrics are those of a family's regular face and stand for all its faces. None were read from the fonts themselves,
+// which are not to be had here. Where the figures come from:
+//   Helvetica Neue, Helvetica, Arial, Georgia, Verdana, Times New Roman, Courier New, Trebuchet MS and the system font:
+//   the npm package @capsizecss/metrics, checked figure by figure.
+//   Menlo: DejaVu Sans Mono, which it was made from.
+//   Times, Courier: chosen so that lines are 14, 18, 22 and 28 points high at 12, 16, 18 and 24, as text from HTML is.
+//   Monaco, Gill Sans, Apple Chancery, Papyrus: estimates; a line of the right order of height, and no more.
 //
-// Weights are the font manager's numbers for the weight words in face names: ultralight 1, thin 2, light 3, regular 5,
-// medium 6, semibold 8, bold 9, black 12.
+// Faces are listed as they are known from documents that name them; a face missing here is taken for a font outside the
+// table. Weights are the font manager's numbers for the weight words in face names: ultralight 1, thin 2, light 3,
+// regular 5, medium 6, semibold 8, bold 9, black 12.
 
 #include "platform/graphics/FontTable.h"
 
@@ -103,6 +106,13 @@ constexpr FontFace kGillSans[] = {
     {"GillSans-Bold", kBold, 9},       {"GillSans-BoldItalic", kBold | kItalic, 9},
     {"GillSans-UltraBold", kBold, 12},
 };
+constexpr FontFace kAppleChancery[] = {
+    {"Apple-Chancery", kRoman, 5},
+};
+constexpr FontFace kPapyrus[] = {
+    {"Papyrus", kRoman, 5},
+    {"Papyrus-Condensed", kRoman, 5},
+};
 constexpr FontFace kSystem[] = {
     {".SFNS-Regular", kRoman, 5}, {".SFNS-RegularItalic", kItalic, 5},
     {".SFNS-Medium", kRoman, 6},  {".SFNS-Semibold", kRoman, 8},
@@ -123,7 +133,9 @@ constexpr FontFamily kFamilies[] = {
     {"Courier New", {2048, 1705, 615, 0}, kCourierNew},
     {"Trebuchet MS", {2048, 1923, 455, 0}, kTrebuchet},
     {"Gill Sans", {2048, 1880, 471, 0}, kGillSans},
-    {".AppleSystemUIFont", {2048, 1950, 494, 0}, kSystem},
+    {"Apple Chancery", {2048, 2048, 768, 0}, kAppleChancery},
+    {"Papyrus", {2048, 1921, 1234, 0}, kPapyrus},
+    {".AppleSystemUIFont", {2048, 1980, 432, 0}, kSystem},
 };
 
 } // namespace

@@ -5,6 +5,7 @@
 
 // The library asks which of its two smart pointers a program means: the standard one.
 #define POINTERHOLDER_TRANSITION 4
+#include <qpdf/JSON.hh> // clang wants the whole type where the next header only names it
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFExc.hh>
 
