@@ -22,6 +22,8 @@ class ArchivedFields {
     virtual bool decodeBool(std::string_view key) const = 0;
     virtual std::int64_t decodeInteger(std::string_view key) const = 0;
     virtual double decodeDouble(std::string_view key) const = 0;
+    // decodeDouble, for a length that is computed with: 0 for infinity and for what is no number.
+    double decodeLength(std::string_view key) const;
     virtual std::optional<std::string_view> decodeBytes(std::string_view key) const = 0;
     virtual ArchivedObject decodeObject(std::string_view key) const = 0;
     // A plain list of references (KeyedArchiver::encodeReferences); nil elements where an object reads as nil.

@@ -91,8 +91,11 @@ Decoded decodeURL(const ArchivedFields& fields) {
     if (!text) return failure(undecodable("a URL holds no address"));
     const auto base = fields.decode<URL>("NS.base");
     const std::string relative = utf8FromUTF16(*text);
-    const auto url = base ? URL::fromString(relative, *base) : URL::fromString(relative);
-    return std::make_shared<const URL>(url ? *url : URL::fromDataRepresentation(relative));
+    auto url = base ? URL::fromString(relative, *base) : URL::fromString(relative);
+    if (url) return std::make_shared<const URL>(*std::move(url));
+    const URL encoded = URL::fromDataRepresentation(relative); // what no address may hold is percent-encoded
+    if (base) url = URL::fromString(encoded.absoluteString(), *base);
+    return std::make_shared<const URL>(url ? *std::move(url) : encoded);
 }
 
 void encodeUUID(KeyedArchiver& archiver, const UUID& uuid) {

@@ -171,7 +171,9 @@ TEST_F(KeyedArchiveTest, BringsEveryFoundationValueBack) {
                              Value(0.5),        Value(Data("\0x"s)),
                              Value(Date{1.25}), Value()};
     for (const Value& value : kValues) {
-        const auto read = unarchived(archived(value), {.requiresSecureCoding = true, .allowedClasses = {"NSNull"}});
+        const auto read =
+            unarchived(archived(value), {.requiresSecureCoding = true,
+                                         .allowedClasses = {"NSString", "NSNumber", "NSData", "NSDate", "NSNull"}});
         ASSERT_TRUE(read.as<Value>());
         EXPECT_EQ(*read.as<Value>(), value);
     }
@@ -291,6 +293,41 @@ TEST_F(KeyedArchiveTest, HoldsEveryObjectAgainstTheAllowedClassesUnderSecureCodi
     const Data array = archived(std::make_shared<ObjectArray>(ObjectArray{marked}));
     EXPECT_FALSE(unarchivedObject(array.bytes(), {.requiresSecureCoding = true, .allowedClasses = {"Item"}}));
     EXPECT_TRUE(unarchivedObject(array.bytes(), {.requiresSecureCoding = true, .allowedClasses = {"Item", "NSArray"}}));
+}
+
+TEST_F(KeyedArchiveTest, ServesNobodyWhoAsksForAClassWithABareValue) {
+    const auto allows = [](const Value& root, std::vector<std::string> classes) {
+        return unarchivedObject(archived(root).bytes(),
+                                {.requiresSecureCoding = true, .allowedClasses = std::move(classes)})
+            .has_value();
+    };
+    for (const Value& root : {Value("text"), Value(7), Value(Data("d"s))}) {
+        EXPECT_FALSE(allows(root, {"Item"}));
+        EXPECT_TRUE(allows(root, {"Item", "NSString", "NSValue", "NSData"}));
+    }
+}
+
+TEST_F(KeyedArchiveTest, TakesTheClassThatTheArchiveProposesForAnUnknownOne) {
+    const auto described = [](Value hints) {
+        return Dictionary{{"$classname", "FutureItem"},
+                          {"$classes", Array{"FutureItem", "Item", "NSObject"}},
+                          {"$classhints", std::move(hints)}};
+    };
+    const auto list = [&](Value hints) {
+        return archiveOf({"$null", Dictionary{{"weight", 2}, {"$class", UID{2}}}, described(std::move(hints))});
+    };
+    const UnarchiveOptions secure{.requiresSecureCoding = true, .allowedClasses = {"Item"}};
+    EXPECT_EQ(fromList(list(Array{"Unknown", "Item"}), secure).as<Item>()->weight, 2);
+    EXPECT_NE(errorOf(list(Array{"Unknown", "Secret"}), secure), "no error");
+    EXPECT_EQ(errorOf(list("Item")), "The archive's root is of an unknown class.");
+}
+
+TEST_F(KeyedArchiveTest, ReadsSenselessContentsAsNilWithoutSecureCodingOnly) {
+    const Value list = archiveOf({"$null", Dictionary{{"next", UID{3}}, {"weight", 2}, {"$class", UID{2}}},
+                                  classNamed("Item"), Dictionary{{"$class", UID{4}}}, classNamed("NSURL")});
+    EXPECT_EQ(fromList(list).as<Item>()->weight, 2);
+    EXPECT_EQ(errorOf(list, {.requiresSecureCoding = true, .allowedClasses = {"Item", "NSURL"}}),
+              "Object 3 of the archive (NSURL) cannot be decoded: a URL holds no address.");
 }
 
 TEST_F(KeyedArchiveTest, HoldsOnlyTheRootAgainstTheAllowedClassesOtherwise) {

@@ -28,6 +28,13 @@ std::optional<std::uint64_t> referenceOf(const Value& value) {
     return number && *number >= 0 ? std::optional(static_cast<std::uint64_t>(*number)) : std::nullopt;
 }
 
+// The class of a value that stands in "$objects" without a class description.
+std::string_view bareClassName(const Value& value) {
+    if (value.as<std::u16string>()) return "NSString";
+    if (value.as<Data>()) return "NSData";
+    return value.as<Date>() ? "NSDate" : "NSNumber";
+}
+
 // One entry of "$objects" and what became of it.
 struct Slot {
     enum class State : std::uint8_t { unseen, open, done, failed };
@@ -81,7 +88,7 @@ class Unarchiver {
         const std::uint64_t root = TRY(rootReference(key));
         if (root == 0) return ArchivedObject();
         TRY(decodeReachableFrom(root));
-        if (slots_[root].state == Slot::State::failed) return failure(errorOf(root));
+        if (errors_.contains(root)) return failure(errorOf(root));
         if (slots_[root].object.isNull()) return failure(undecodable("The archive's root is of an unknown class."));
         if (!rootIsAllowed(root)) return failure(undecodable("The archive's root is of a class that is not allowed."));
         return slots_[root].object;
@@ -194,24 +201,50 @@ class Unarchiver {
         if (!name || name->utf8().empty()) return nullptr;
         added.name = name->utf8();
         added.archivable = ClassRegistry::shared().forName(added.name);
+        if (!added.archivable) takeHint(*description, added);
         added.allowed = !options_.requiresSecureCoding || isAllowed(added);
         return &added;
+    }
+
+    // What the archive proposes to whoever does not know the class.
+    static void takeHint(const Dictionary& description, Class& unknown) {
+        const Value* field = find(description, "$classhints");
+        const auto* hints = field ? field->as<Array>() : nullptr;
+        if (!hints) return;
+        for (const Value& hint : *hints) {
+            const ArchivableClass* known = ClassRegistry::shared().forName(hint.utf8());
+            if (!known) continue;
+            unknown = {.name = known->name, .archivable = known};
+            return;
+        }
     }
 
     // Whether the class, or one that it is derived from as this process knows it, is among the allowed ones.
     bool isAllowed(const Class& checked) const {
         if (!checked.archivable) return false;
         if (options_.requiresSecureCoding && !checked.archivable->supportsSecureCoding) return false;
+        const auto alwaysAllowed = [](std::string_view name) {
+            return std::ranges::find(kAlwaysAllowed, name) != std::end(kAlwaysAllowed);
+        };
+        return isNamed(checked) || std::ranges::any_of(checked.archivable->chain, alwaysAllowed);
+    }
+
+    bool isNamed(const Class& checked) const {
         const auto named = [&](std::string_view name) {
-            return std::ranges::find(kAlwaysAllowed, name) != std::end(kAlwaysAllowed) ||
-                   std::ranges::find(options_.allowedClasses, name) != options_.allowedClasses.end();
+            return std::ranges::find(options_.allowedClasses, name) != options_.allowedClasses.end();
         };
         return named(checked.name) || std::ranges::any_of(checked.archivable->chain, named);
     }
 
+    // Who asks for one class is not served with a string.
     bool rootIsAllowed(std::uint64_t root) {
-        const auto* fields = (*objects_)[root].as<Dictionary>();
-        return options_.allowedClasses.empty() || !fields || isAllowed(*classOf(*fields));
+        if (options_.allowedClasses.empty()) return true;
+        const Value& stored = (*objects_)[root];
+        const auto* fields = stored.as<Dictionary>();
+        const Class* described = fields ? classOf(*fields) : nullptr;
+        if (described) return isNamed(*described);
+        const std::string_view name = bareClassName(stored);
+        return isNamed({.name = std::string(name), .archivable = ClassRegistry::shared().forName(name)});
     }
 
     void decode(std::uint64_t index) {
@@ -235,10 +268,12 @@ class Unarchiver {
         const ObjectFields decoder(*this, fields, found->name);
         auto object = found->archivable->decode(decoder);
         if (const auto failed = decoder.failedReference()) return failure(errorOf(*failed));
-        if (!object)
-            return failure(undecodable(fmt::format("Object {} of the archive ({}) cannot be decoded: {}.", index,
-                                                   found->name, object.error().localizedDescription())));
-        return object;
+        if (object) return object;
+        Error senseless = undecodable(fmt::format("Object {} of the archive ({}) cannot be decoded: {}.", index,
+                                                  found->name, object.error().localizedDescription()));
+        if (options_.requiresSecureCoding) return failure(std::move(senseless));
+        errors_.emplace(index, std::move(senseless)); // matters for the root alone
+        return ArchivedObject();
     }
 
     Error errorOf(std::uint64_t reference) const {
@@ -252,7 +287,7 @@ class Unarchiver {
     const Array* objects_ = nullptr;
     std::vector<Slot> slots_;
     std::unordered_map<std::uint64_t, Class> classes_; // by the class description's index
-    std::unordered_map<std::uint64_t, Error> errors_;  // of failed slots
+    std::unordered_map<std::uint64_t, Error> errors_;  // why there is no object
 };
 
 // ---- fields
