@@ -188,11 +188,10 @@ AttributeSet::Reference setFrom(const ObjectDictionary& dictionary) {
         const auto name = key.as<Value>();
         if (!name || !name->as<std::u16string>()) continue;
         const std::string spelling = name->utf8();
-        auto value = attributeFrom(object);
-        if (!value) continue;
-        entries.emplace_back(spelling == kOldVerticalGlyphFormName ? kVerticalGlyphFormAttributeName
-                                                                   : AttributeName(spelling),
-                             *std::move(value));
+        const auto known =
+            spelling == kOldVerticalGlyphFormName ? kVerticalGlyphFormAttributeName : AttributeName::known(spelling);
+        auto value = known ? attributeFrom(object) : std::nullopt;
+        if (value) entries.emplace_back(*known, *std::move(value));
     }
     return std::make_shared<const AttributeSet>(std::move(entries));
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <mutex>
 #include <unordered_set>
@@ -11,12 +12,30 @@ namespace platform {
 namespace {
 
 // Names live as long as the process: static objects of other files may hold them until the very end.
-const std::string* interned(std::string_view name) {
-    static auto& mutex = *new std::mutex;
-    static auto& names = *new std::unordered_set<std::string>;
-    const std::scoped_lock lock(mutex);
-    return &*names.emplace(name).first;
-}
+class NameTable {
+  public:
+    static NameTable& shared() {
+        static auto& table = *new NameTable;
+        return table;
+    }
+    const std::string* add(std::string_view name) {
+        const std::scoped_lock lock(mutex_);
+        return &*names_.emplace(name).first;
+    }
+    const std::string* find(std::string_view name) {
+        const std::scoped_lock lock(mutex_);
+        const auto found = names_.find(name);
+        return found == names_.end() ? nullptr : &*found;
+    }
+
+  private:
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
+    };
+    std::mutex mutex_;
+    std::unordered_set<std::string, Hash, std::equal_to<>> names_;
+};
 
 bool equalReals(double a, double b) {
     return a == b || (std::isnan(a) && std::isnan(b));
@@ -36,7 +55,12 @@ bool byName(const AttributeSet::Entry& a, const AttributeSet::Entry& b) {
 
 } // namespace
 
-AttributeName::AttributeName(std::string_view name) : name_(interned(name)) {}
+AttributeName::AttributeName(std::string_view name) : name_(NameTable::shared().add(name)) {}
+
+std::optional<AttributeName> AttributeName::known(std::string_view name) {
+    const std::string* const found = NameTable::shared().find(name);
+    return found ? std::optional(AttributeName(found)) : std::nullopt;
+}
 
 bool equalAttributeValues(const AttributeValue& a, const AttributeValue& b) {
     if (const auto* real = std::get_if<double>(&a)) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -19,14 +20,19 @@
 
 namespace platform {
 
-// An attribute's name, interned: comparing two is comparing two pointers.
+// An attribute's name, interned for the life of the process: comparing two is comparing two pointers.
 class AttributeName {
   public:
+    // For names that the program itself has. One that comes from outside must go through known().
     explicit AttributeName(std::string_view name);
+    // Nothing for a name that no part of the program has: invented names must not fill the memory for good.
+    static std::optional<AttributeName> known(std::string_view name);
     const std::string& string() const { return *name_; }
     friend bool operator==(AttributeName, AttributeName) = default;
 
   private:
+    explicit AttributeName(const std::string* name) : name_(name) {}
+
     const std::string* name_;
 };
 
@@ -56,6 +62,15 @@ inline const AttributeName kTextHighlightStyleAttributeName{"NSTextHighlightStyl
 inline const AttributeName kTextHighlightColorSchemeAttributeName{"NSTextHighlightColorScheme"};
 inline const AttributeName kCursorAttributeName{"NSCursor"};
 inline const AttributeName kToolTipAttributeName{"NSToolTip"};
+// Not looked at by anybody here; kept when their values are of a kind that attributes have.
+inline const AttributeName kMarkedClauseSegmentAttributeName{"NSMarkedClauseSegment"};
+inline const AttributeName kTextAlternativesAttributeName{"NSTextAlternatives"};
+inline const AttributeName kSpellingStateAttributeName{"NSSpellingState"};
+inline const AttributeName kGlyphInfoAttributeName{"NSGlyphInfo"};
+inline const AttributeName kCharacterShapeAttributeName{"NSCharacterShape"};
+inline const AttributeName kTrackingAttributeName{"CTTracking"};
+inline const AttributeName kAdaptiveImageAttributeName{"CTAdaptiveImageProvider"};
+inline const AttributeName kOriginalFontAttributeName{"NSOriginalFont"};
 
 // Counterpart of NSShadow. Offsets in points, y upwards.
 struct Shadow {

@@ -7,6 +7,14 @@
 namespace platform {
 namespace {
 
+TEST(AttributeNames, AreKnownWhenTheProgramHasThem) {
+    EXPECT_EQ(AttributeName::known("NSFont"), kFontAttributeName);
+    EXPECT_EQ(AttributeName::known("NSSpellingState"), kSpellingStateAttributeName);
+    EXPECT_FALSE(AttributeName::known("MADEAttribute"));
+    EXPECT_FALSE(AttributeName::known("MADEAttribute")) << "asking does not make it known";
+    EXPECT_FALSE(AttributeName::known(""));
+}
+
 TEST(AttributeNames, AreOneForEverySpelling) {
     EXPECT_EQ(AttributeName("NSFont"), kFontAttributeName);
     EXPECT_EQ(&AttributeName("NSFont").string(), &kFontAttributeName.string());

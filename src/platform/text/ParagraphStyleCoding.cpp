@@ -1,6 +1,7 @@
 // A paragraph style stores what differs from the default, save its alignment and its tab stops, which always stand
 // there: null stands for the default stops, an empty array for none.
 
+#include <algorithm>
 #include <array>
 #include <limits>
 
@@ -99,16 +100,16 @@ Result<ArchivedObject> decodeStyle(const ArchivedFields& fields) {
     // Older systems leave left alignment out.
     style->alignment = alignmentFrom(fields.decodeInteger("NSAlignment"));
     style->tabStops = decodeTabStops(fields);
-    for (const LengthRow& row : kLengths) (*style).*row.member = fields.decodeDouble(row.key);
+    for (const LengthRow& row : kLengths) (*style).*row.member = fields.decodeLength(row.key);
     style->baseWritingDirection = static_cast<WritingDirection>(
         enumerationOr(fields.decodeInteger("NSWritingDirection"), 3, std::int64_t{0}) - 1);
     style->lineBreakMode = enumerationOr(fields.decodeInteger("NSLineBreakMode"), 6, LineBreakMode::wordWrapping);
     style->lineBreakStrategy = fields.decodeInteger("NSLineBreakStrategy");
-    style->hyphenationFactor = static_cast<float>(fields.decodeDouble("NSHyphenationFactor"));
+    style->hyphenationFactor = static_cast<float>(fields.decodeLength("NSHyphenationFactor"));
     style->usesDefaultHyphenation = fields.decodeBool("NSUsesDefaultHyphenation");
     if (fields.containsValueForKey("NSTighteningFactorForTruncation"))
         style->tighteningFactorForTruncation =
-            static_cast<float>(fields.decodeDouble("NSTighteningFactorForTruncation"));
+            static_cast<float>(fields.decodeLength("NSTighteningFactorForTruncation"));
     style->allowsDefaultTighteningForTruncation = fields.decodeBool("NSAllowsTighteningForTruncation");
     style->headerLevel = enumerationOr(fields.decodeInteger("NSHeaderLevel"), 7, std::int32_t{0});
     style->textBlocks = decodeObjects<TextBlock>(fields, "NSTextBlocks");
@@ -134,7 +135,7 @@ void encodeTab(KeyedArchiver& archiver, const TextTab& tab) {
 
 Result<ArchivedObject> decodeTab(const ArchivedFields& fields) {
     const auto tab = std::make_shared<TextTab>();
-    tab->location = fields.decodeDouble("NSLocation");
+    tab->location = fields.decodeLength("NSLocation");
     const std::int64_t type = fields.decodeInteger("NSType");
     tab->decimal = type == kDecimalTab;
     if (fields.containsValueForKey("NSTextAlignment")) {
@@ -155,8 +156,11 @@ void encodeList(KeyedArchiver& archiver, const TextList& list) {
 
 Result<ArchivedObject> decodeList(const ArchivedFields& fields) {
     const std::u16string format = fields.decodeString("NSMarkerFormat").value_or(std::u16string());
+    // Items are counted on from here.
+    constexpr std::int64_t kLargestStart = std::numeric_limits<std::int32_t>::max();
     const std::int64_t start = fields.containsValueForKey("NSStart") ? fields.decodeInteger("NSStart") : 1;
-    return ArchivedObject(std::make_shared<TextList>(utf8FromUTF16(format), fields.decodeInteger("NSOptions"), start));
+    return ArchivedObject(std::make_shared<TextList>(utf8FromUTF16(format), fields.decodeInteger("NSOptions"),
+                                                     std::clamp(start, -kLargestStart, kLargestStart)));
 }
 
 } // namespace

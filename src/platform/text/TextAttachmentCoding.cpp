@@ -38,8 +38,8 @@ void encodeShadow(KeyedArchiver& archiver, const Shadow& shadow) {
 }
 
 Result<ArchivedObject> decodeShadow(const ArchivedFields& fields) {
-    Shadow shadow{fields.decodeDouble("NSShadowHoriz"), fields.decodeDouble("NSShadowVert"),
-                  fields.decodeDouble("NSShadowBlurRadius"), std::nullopt};
+    Shadow shadow{fields.decodeLength("NSShadowHoriz"), fields.decodeLength("NSShadowVert"),
+                  fields.decodeLength("NSShadowBlurRadius"), std::nullopt};
     if (const auto color = fields.decode<Color>("NSShadowColor")) shadow.color = *color;
     return ArchivedObject(std::make_shared<const Shadow>(std::move(shadow)));
 }

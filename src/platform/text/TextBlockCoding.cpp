@@ -55,7 +55,7 @@ void decodeBlock(const ArchivedFields& fields, TextBlock& block) {
     const auto types = static_cast<std::uint32_t>(fields.decodeInteger("NSValueTypes"));
     block.verticalAlignment = static_cast<BlockVerticalAlignment>(types >> kAlignmentShift);
     forEachParameter(block, [&](unsigned parameter, BlockLength& length) {
-        length.value = fields.decodeDouble(parameterKey(parameter));
+        length.value = fields.decodeLength(parameterKey(parameter));
         length.isPercentage = (types >> parameter & 1U) != 0;
     });
     if (const auto color = fields.decode<Color>("NSBackgroundColor")) block.backgroundColor = *color;
