@@ -1,6 +1,7 @@
 #include "platform/defaults/PreferencesFile.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <limits>
 
@@ -63,13 +64,17 @@ Result<FileDescriptor> lock(const std::string& path) {
 }
 
 // Only the holder of the lock writes, so that one name serves for the new file; a dead writer's remains are replaced.
-Result<> replace(const std::string& path, std::string_view bytes) {
+// What was there before is kept aside only when the new file is whole, so that a full disk changes nothing.
+enum class OldFile : std::uint8_t { replaced, keptAside };
+Result<> replace(const std::string& path, std::string_view bytes, OldFile oldFile) {
     const std::string fresh = path + ".new";
     ::unlink(fresh.c_str());
     const FileDescriptor file = openAt(AT_FDCWD, fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, kOwnerOnly);
     if (!file) return failure(errorFromErrno(errno, FileAccess::writing, path));
     Result<> written = writeAll(file.get(), bytes, path);
-    if (written && (::fsync(file.get()) != 0 || ::rename(fresh.c_str(), path.c_str()) != 0))
+    if (written && ::fsync(file.get()) != 0) written = failure(errorFromErrno(errno, FileAccess::writing, path));
+    if (written && oldFile == OldFile::keptAside) ::rename(path.c_str(), (path + ".damaged").c_str());
+    if (written && ::rename(fresh.c_str(), path.c_str()) != 0)
         written = failure(errorFromErrno(errno, FileAccess::writing, path));
     if (!written) ::unlink(fresh.c_str());
     return written;
@@ -101,8 +106,7 @@ Result<Dictionary> changePreferencesFile(const std::string& path, std::string_vi
         file.values.erase(std::string(key));
     }
     const std::string changed = TRY(binaryDataFromPropertyList(Value(file.values)));
-    if (!file.trouble.empty()) ::rename(path.c_str(), (path + ".damaged").c_str());
-    TRY(replace(path, changed));
+    TRY(replace(path, changed, file.trouble.empty() ? OldFile::replaced : OldFile::keptAside));
     return std::move(file.values);
 }
 

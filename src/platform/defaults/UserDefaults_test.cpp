@@ -1,7 +1,9 @@
 #include "platform/defaults/UserDefaults.h"
 
+#include <csignal>
 #include <thread>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -158,6 +160,63 @@ TEST_F(UserDefaultsTest, RefusesToWriteOverADirectoryOrThroughALockThatIsALink) 
     std::filesystem::create_symlink(scratch / "victim", file("other").string() + ".lock");
     EXPECT_FALSE(UserDefaults("other").setObject("k", 1));
     EXPECT_EQ(tests::readFile(scratch / "victim"), "mine");
+}
+
+TEST_F(UserDefaultsTest, CountsWhatCannotBeReadAsEmptyAndRefusesToWriteOverIt) {
+    std::filesystem::create_directory(file("directory"));
+    ASSERT_EQ(::mkfifo(file("pipe").c_str(), 0600), 0);
+    std::filesystem::create_symlink(file("loop"), file("loop"));
+    for (const auto* domain : {"directory", "pipe", "loop"}) {
+        log.clear();
+        UserDefaults defaults{std::string(domain)};
+        for (int i = 0; i < 3; ++i) {
+            defaults.addSuiteNamed("none");
+            EXPECT_EQ(defaults.objectForKey("k"), std::nullopt) << domain;
+        }
+        EXPECT_EQ(log.size(), 1U) << domain;
+        EXPECT_FALSE(defaults.setObject("k", 1)) << domain;
+        EXPECT_TRUE(std::filesystem::is_directory(file("directory")));
+    }
+}
+
+TEST_F(UserDefaultsTest, ReadsValuesThatAreNestedOrDamagedWithoutHarm) {
+    const std::string deep = "<plist><dict><key>k</key>" + std::string(100'000, ' ') + [] {
+        std::string arrays;
+        for (int i = 0; i < 200'000; ++i) arrays += "<array>";
+        return arrays;
+    }();
+    std::string cycle = "bplist00\xd1\x01\x00\x51k"s; // a dictionary whose value is itself
+    cycle += "\x08\x0b"s + std::string(6, '\0') + "\x01\x01"s + "\0\0\0\0\0\0\0\x02"s + std::string(8, '\0') +
+             "\0\0\0\0\0\0\0\x0d"s;
+    for (const std::string& content : {deep, cycle, "bplist00"s, ""s, "\xef\xbb\xbf<plist/>"s, "<plist><dict>"s}) {
+        log.clear();
+        tests::writeFile(file("org.example.App"), content);
+        EXPECT_EQ(UserDefaults().objectForKey("k"), std::nullopt);
+        EXPECT_EQ(log.size(), 1U) << content.substr(0, 40);
+    }
+}
+
+// A process that may not write a byte more stands for one with a full disk.
+TEST_F(UserDefaultsTest, LeavesTheFileWhenTheDiskIsFull) {
+    for (const std::string& before : {*xmlDataFromPropertyList(Value(Dictionary{{"k", 1}})), "damaged"s}) {
+        tests::writeFile(file("org.example.App"), before);
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            ::signal(SIGXFSZ, SIG_IGN);
+            const rlimit none{8, 8};
+            ::setrlimit(RLIMIT_FSIZE, &none);
+            UserDefaults defaults;
+            const bool refused = !defaults.setObject("other", 2) && !defaults.objectForKey("other");
+            ::_exit(refused ? 0 : 1);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(tests::readFile(file("org.example.App")), before);
+        EXPECT_FALSE(std::filesystem::exists(file("org.example.App").string() + ".damaged"));
+        EXPECT_FALSE(std::filesystem::exists(file("org.example.App").string() + ".new"));
+    }
 }
 
 TEST_F(UserDefaultsTest, LosesNoKeyOfTwoProcessesThatWrite) {
