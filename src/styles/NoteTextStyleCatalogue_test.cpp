@@ -1,5 +1,7 @@
 // The catalogue: what is saved, what is read back, what is cached, and who hears of it.
 #include "platform/archive/KeyedArchiver.h"
+#include "platform/text/TextList.h"
+#include "platform/text/TextTable.h"
 #include "styles/UserDefaultsArchiving.h"
 #include "tests/support/StylesFixture.h"
 
@@ -161,6 +163,36 @@ TEST_F(NoteTextStyleCatalogue, ArchivesAreStableFromTheSecondOnByteForByte) {
     EXPECT_EQ(read->identifier(), quote->identifier());
     EXPECT_EQ(read->foregroundColor().rgba(), (Color::RGBA{0.1f, 0.2f, 0.3f, 1}));
     EXPECT_EQ(read->fontSize(), 12.1f);
+}
+
+TEST_F(NoteTextStyleCatalogue, ReadsBackWhateverAParagraphStyleHolds) {
+    const auto table = std::make_shared<platform::TextTable>();
+    const auto cell = std::make_shared<platform::TextTableBlock>(table, 0, 1, 0, 1);
+    cell->backgroundColor = Color::sRGB(1, 0, 0);
+    cell->borderColors[2] = Color::black(); // the others are null
+    platform::ParagraphStyle paragraph;
+    paragraph.textBlocks = {cell};
+    paragraph.textLists = {std::make_shared<platform::TextList>("{decimal}.", 1, 5)};
+    paragraph.tabStops = {{platform::TextAlignment::right, 36}};
+    paragraph.lineSpacing = 3;
+    const Style::Reference style = custom(u"Everything");
+    style->setParagraphStyle(std::make_shared<const platform::ParagraphStyle>(paragraph));
+    Style::saveStylesToDefaults({style});
+    ASSERT_EQ(Style::customStyles().size(), 1u);
+    const auto& read = *Style::customStyles()[0]->paragraphStyle();
+    EXPECT_EQ(read.textBlocks.size(), 1u);
+    EXPECT_EQ(read.textLists.size(), 1u);
+    EXPECT_EQ(read.tabStops, paragraph.tabStops);
+    EXPECT_EQ(read.lineSpacing, 3);
+    EXPECT_TRUE(log_.empty());
+}
+
+TEST_F(NoteTextStyleCatalogue, AStringInPlaceOfAStyleIsNothing) {
+    ASSERT_TRUE(archiveObject(defaults(), platform::Value("text"), "style"));
+    const auto read = unarchiveObjectOfClass(defaults(), "QLTNoteTextStyle", "style");
+    ASSERT_TRUE(read);
+    EXPECT_TRUE(read->isNull());
+    EXPECT_EQ(log_, std::vector<std::string>{"Error unarchiving defaults object style: (null)"});
 }
 
 TEST_F(NoteTextStyleCatalogue, ArchivesObjectsUnderAnyKey) {

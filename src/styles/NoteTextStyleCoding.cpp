@@ -99,7 +99,7 @@ void registerArchivableStyleClasses() {
 platform::Result<std::vector<QLTNoteTextStyle::Reference>> unarchivedStyles(std::string_view archive) {
     platform::UnarchiveOptions options;
     options.allowedClasses = {kClassName,   "NSArray",     "NSDictionary", "NSParagraphStyle", "NSTextTab",
-                              "NSTextList", "NSTextBlock", "NSColor",      "NSColorSpace"};
+                              "NSTextList", "NSTextBlock", "NSColor",      "NSColorSpace",     "NSNull"};
     const ArchivedObject root = TRY(platform::unarchivedObject(archive, options));
     const auto objects = root.as<platform::ObjectArray>();
     if (!objects) return platform::failure(platform::undecodable("the saved styles are no array"));
