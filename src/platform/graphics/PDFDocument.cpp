@@ -1,28 +1,31 @@
 #include "platform/graphics/PDFDocument.h"
 
-#include <exception>
+#include <memory>
 #include <string>
 
-// The library asks which of its two smart pointers a program means: the standard one.
-#define POINTERHOLDER_TRANSITION 4
-#include <qpdf/JSON.hh> // clang wants the whole type where the next header only names it
-#include <qpdf/QPDF.hh>
-#include <qpdf/QPDFExc.hh>
+// The C interface: clang cannot take the C++ headers of this library in C++23.
+#include <qpdf/qpdf-c.h>
 
 namespace platform {
 
+namespace {
+
+struct DocumentCloser {
+    void operator()(qpdf_data document) const { qpdf_cleanup(&document); }
+};
+
+} // namespace
+
 bool PDFDocument::needsPassword(std::string_view insteadOf) const {
-    QPDF document;
-    document.setSuppressWarnings(true);
+    const std::unique_ptr<_qpdf_data, DocumentCloser> document(qpdf_init());
+    qpdf_silence_errors(document.get());
+    qpdf_set_suppress_warnings(document.get(), QPDF_TRUE);
     const std::string_view bytes = data_.bytes();
-    try {
-        document.processMemoryFile("attachment", bytes.data(), bytes.size(), std::string(insteadOf).c_str());
-    } catch (const QPDFExc& problem) {
-        return problem.getErrorCode() == qpdf_e_password;
-    } catch (const std::exception&) { // a damaged document opens for nobody
-        return false;
-    }
-    return false;
+    const QPDF_ERROR_CODE outcome =
+        qpdf_read_memory(document.get(), "attachment", bytes.data(), bytes.size(), std::string(insteadOf).c_str());
+    if ((outcome & QPDF_ERRORS) == 0) return false;
+    // A damaged document opens for nobody, and no password would change that.
+    return qpdf_get_error_code(document.get(), qpdf_get_error(document.get())) == qpdf_e_password;
 }
 
 } // namespace platform
