@@ -3,12 +3,14 @@
 
 #include <cstddef>
 #include <functional>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
 
 namespace quillet {
 
+// Callable from any thread: an import that is taken over has its stream closed by another.
 class OutputStream {
   public:
     // A stream on the file at the path in append mode, not yet open. @sel initWithURL:append:
@@ -24,15 +26,21 @@ class OutputStream {
     // opened. On failure the stream stays closed, and every write then fails.
     void open();
     void close();
-    bool isOpen() const { return sink_ || descriptor_ >= 0; }
+    bool isOpen() const {
+        const std::lock_guard lock(mutex_);
+        return sink_ || descriptor_ >= 0;
+    }
 
     // One write call; the number of bytes that it took, negative on failure. A partial write is not continued.
     std::ptrdiff_t write(std::string_view bytes);
 
   private:
+    void closeDescriptor();
+
     std::string path_;
     Sink sink_;
-    int descriptor_ = -1;
+    mutable std::mutex mutex_;
+    int descriptor_ = -1; // guarded by mutex_
 };
 
 // Sends the text (UTF-8) to the system log, then appends "<date> <text>\n" to the stream, the date as in
