@@ -1,6 +1,7 @@
 // The catalogue of styles: the saved ones in the user defaults, the caches over them, and looking styles up.
 #include <algorithm>
 #include <array>
+#include <mutex>
 #include <optional>
 
 #include "platform/base/SystemLog.h"
@@ -21,7 +22,9 @@ namespace {
 using platform::ArchivedObject;
 using Reference = QLTNoteTextStyle::Reference;
 
+// Two imports in one process look up styles at the same time.
 struct Caches {
+    std::mutex mutex;                        // guards everything below
     std::array<Reference, 5> standardStyles; // by type; the standard types are 0 to 4
     std::optional<std::vector<Reference>> customStyles;
 
@@ -42,6 +45,7 @@ std::vector<Reference> savedStyles() {
 }
 
 Reference currentStyle(std::int64_t type) {
+    const std::lock_guard lock(Caches::shared().mutex);
     Reference& cached = Caches::shared().standardStyles.at(static_cast<std::size_t>(type));
     if (!cached) cached = QLTNoteTextStyle::savedStyleForType(type);
     if (!cached) cached = QLTNoteTextStyle::defaultStyleForType(type);
@@ -76,6 +80,7 @@ std::vector<Reference> QLTNoteTextStyle::standardStyles() {
 }
 
 std::vector<Reference> QLTNoteTextStyle::customStyles() {
+    const std::lock_guard lock(Caches::shared().mutex);
     auto& cached = Caches::shared().customStyles;
     if (!cached) {
         cached = savedStyles();
@@ -154,7 +159,12 @@ void QLTNoteTextStyle::addCustomStyle(const Reference& style) {
 }
 
 void QLTNoteTextStyle::reloadStylesFromDefaults() {
-    Caches::shared() = {};
+    {
+        Caches& caches = Caches::shared();
+        const std::lock_guard lock(caches.mutex);
+        caches.standardStyles = {};
+        caches.customStyles.reset();
+    }
     postDefaultsDidChange();
 }
 
