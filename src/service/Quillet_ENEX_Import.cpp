@@ -1,5 +1,7 @@
 #include "service/Quillet_ENEX_Import.h"
 
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "conversion/NoteOutput.h"
@@ -24,11 +26,18 @@ namespace {
 
 constexpr std::string_view kImportingText = "Importing %@";
 constexpr std::string_view kParsedNoteText = "Parsed note with temporary identifier: %@";
+constexpr std::string_view kLogIsExportText = "%@ is an export; no log is written over it.";
 constexpr std::string_view kSkippingNoteText = "Skipping note (%@) with error: %@";
 
 bool booleanOption(const Dictionary& options, std::string_view key) {
     const Value* value = platform::find(options, key);
     return value && value->boolValue();
+}
+
+// An export called "Export.log" in the destination: its log would destroy it, so there is none.
+bool isSameFile(const URL& file, const URL& other) {
+    std::error_code failure;
+    return std::filesystem::equivalent(file.path(), other.path(), failure);
 }
 
 // "Export 2024.enex" gives "Export 2024.log", in the destination.
@@ -66,10 +75,14 @@ void Quillet_ENEX_Import::importENEXFile(const URL& file, const Dictionary& opti
                                            {},
                                            {},
                                            {}});
-    // No line break: the stream's first line goes on in this one.
-    job->output.overwriteLog(job->logFile.lastPathComponent(), platform::formatted(kImportingText, {file.path()}));
     auto logStream = std::make_shared<OutputStream>(job->logFile.path());
-    logStream->open();
+    if (isSameFile(file, job->logFile)) {
+        platform::systemLog(platform::formatted(kLogIsExportText, {file.path()}));
+    } else {
+        // No line break: the stream's first line goes on in this one.
+        job->output.overwriteLog(job->logFile.lastPathComponent(), platform::formatted(kImportingText, {file.path()}));
+        logStream->open();
+    }
 
     auto operation = makeParseOperation_(file, directory);
     operation->setDebugMode(job->debug);

@@ -256,10 +256,30 @@ TEST_F(ImportJob, MakesPagesOfClippingsUnlessToldNotTo) {
     EXPECT_TRUE(std::filesystem::is_directory(destination_ / "Clip.qltnote"));
 }
 
-TEST_F(ImportJob, ReadsTheBodyFontOfTheApplication) {
-    import(enex(note("Clip", "<en-note>a</en-note>", "<note-attributes><source>web.clip</source></note-attributes>")));
+// The application keeps its styles in the group's preferences; each import reads them anew.
+TEST_F(ImportJob, ReadsTheBodyStyleOfTheApplicationAtEachImport) {
+    const std::string clipping =
+        enex(note("Clip", "<en-note>a</en-note>", "<note-attributes><source>web.clip</source></note-attributes>"));
+    const auto preferences = [&](std::string_view domain) { return scratch_ / fmt::format("{}.plist", domain); };
+    import(clipping);
+    const QLTNoteTextStyle::Reference body = QLTNoteTextStyle::bodyNoteTextStyle();
+    body->setFontName("Menlo-Bold");
+    body->setFontSize(31);
+    QLTNoteTextStyle::saveStylesToDefaults(QLTNoteTextStyle::allStyles());
+    std::filesystem::rename(preferences("org.example.import"), preferences("Q7X2M9K4T1.com.tesseral.Quillet"));
+    import(clipping);
     const std::string before = tests::readFile(destination_ / "Clip.html");
-    EXPECT_NE(before.find("font-size: "), std::string::npos);
+    const std::string after = tests::readFile(destination_ / "Clip 1.html");
+    EXPECT_EQ(before.find("Menlo-Bold"), std::string::npos);
+    EXPECT_NE(after.find("Menlo-Bold"), std::string::npos) << after;
+    EXPECT_NE(after.find("font-size: 31px"), std::string::npos) << after;
+}
+
+TEST_F(ImportJob, WritesNoLogOverTheExport) {
+    fileName_ = "out/export.log";
+    const std::string text = enex(textNote("One"));
+    EXPECT_EQ(list(import(text), "Items").size(), 1U);
+    EXPECT_EQ(tests::readFile(destination_ / "export.log"), text);
 }
 
 // ---- calls that overlap
