@@ -1,14 +1,17 @@
 // The command-line client: imports exports into a directory, in its own confined process or by the service.
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -42,6 +45,7 @@ constexpr int kAllWritten = 0;
 constexpr int kNotesFailed = 1;
 constexpr int kImportFailed = 2;
 constexpr int kWrongUsage = 64;  // EX_USAGE
+constexpr int kCannotPrint = 74; // EX_IOERR
 constexpr int kUnavailable = 69; // EX_UNAVAILABLE
 constexpr int kSignalBase = 128;
 
@@ -188,13 +192,20 @@ void warnOfSharedLogs(const std::vector<std::string>& files) {
             printMessage(file + ": another FILE has the same base name; its log will be overwritten");
 }
 
-void printReply(const Options& options, const std::string& file, const Dictionary& reply) {
-    if (options.json) {
-        fmt::print("{}\n", jsonLine(reply));
-    } else if (!options.quiet) {
-        printSummary(file, reply);
+// False when standard output does not take it, and a script would wait for a reply in vain.
+bool printReply(const Options& options, const std::string& file, const Dictionary& reply) {
+    try {
+        if (options.json) {
+            fmt::print("{}\n", jsonLine(reply));
+        } else if (!options.quiet) {
+            printSummary(file, reply);
+        }
+        if (std::fflush(stdout) == 0) return true;
+        printMessage(fmt::format("standard output: {}", std::strerror(errno)));
+    } catch (const std::system_error& failure) {
+        printMessage(fmt::format("standard output: {}", failure.code().message()));
     }
-    std::fflush(stdout);
+    return false;
 }
 
 int importAll(const Options& options, Interruption& interruption) {
@@ -207,10 +218,19 @@ int importAll(const Options& options, Interruption& interruption) {
             return kUnavailable;
         }
         status = std::max(status, statusOf(file, *reply));
-        printReply(options, file, *reply);
+        if (!printReply(options, file, *reply)) return kCannotPrint;
         if (interruption.signal() != 0) return kSignalBase + interruption.signal();
     }
     return status;
+}
+
+// The import's own error does not tell why a file cannot be opened.
+void reportUnreadable(const std::string& file) {
+    std::error_code failure;
+    const auto status = std::filesystem::status(file, failure);
+    if (failure) return printMessage(file + ": " + failure.message());
+    if (!std::filesystem::is_regular_file(status)) return printMessage(file + ": not a regular file");
+    if (::access(file.c_str(), R_OK) != 0) printMessage(fmt::format("{}: {}", file, std::strerror(errno)));
 }
 
 // Makes the directory, then gives up whatever the imports do not need. False when that cannot be done.
@@ -218,6 +238,7 @@ bool prepare(const Options& options) {
     std::error_code failure;
     std::filesystem::create_directories(options.directory, failure);
     if (failure) printMessage(options.directory + ": cannot be made: " + failure.message());
+    for (const std::string& file : options.files) reportUnreadable(file);
     if (options.service) return true; // nothing is read here
     // Connected while sockets can still be made.
     ::openlog("quillet-enex-import", LOG_NDELAY | LOG_PID, LOG_USER);
@@ -243,6 +264,17 @@ class UsageFormatter : public CLI::Formatter {
     }
 };
 
+// In the order in which the library takes them. It would take a name in brackets for a list of names.
+std::vector<std::string> reversedArguments(int argc, char** argv) {
+    std::vector<std::string> reversed;
+    for (int index = argc - 1; index > 0; --index) {
+        const std::string_view argument = argv[index];
+        const bool looksLikeList = argument.starts_with('[') && argument.ends_with(']');
+        reversed.push_back((looksLikeList ? "./" : "") + std::string(argument));
+    }
+    return reversed;
+}
+
 std::optional<int> parseCommandLine(int argc, char** argv, Options& options) {
     CLI::App app{
         "Imports Evernote exports (ENEX) into a directory: note packages, HTML pages of web clippings, single files.",
@@ -259,10 +291,11 @@ std::optional<int> parseCommandLine(int argc, char** argv, Options& options) {
     app.add_flag("-v,--verbose", options.verbose, "send the system log to standard error");
     app.add_flag("-q,--quiet", options.quiet, "no progress, no summary");
     app.set_version_flag("--version", "quillet-enex-import " + platform::Environment::current().bundleShortVersion);
-    app.footer("Exit status: 0 every note was written; 1 a note failed; 2 an export could not be read to its end;\n"
-               "64 wrong usage; 69 no bus or no service; 130 and 143 interrupted.");
+    app.footer(
+        "Exit status: 0 every note was written; 1 a note failed; 2 an export could not be read to its end;\n"
+        "64 wrong usage; 69 no bus or no service; 74 standard output cannot be written; 130 and 143 interrupted.");
     try {
-        app.parse(argc, argv);
+        app.parse(reversedArguments(argc, argv));
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kAllWritten : kWrongUsage;
     }
