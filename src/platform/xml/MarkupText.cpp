@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 #include <libxml/HTMLparser.h>
 
@@ -77,6 +78,56 @@ std::size_t endOfAttribute(std::string_view text, std::size_t at) {
     return value;
 }
 
+// The open lists, items and cells, each with the divisions open directly in it.
+class ListItemRepair {
+  public:
+    explicit ListItemRepair(std::string& out) : out_(out) {}
+
+    void open(std::string_view name) {
+        if (name == "div") {
+            ++frames_.back().divisions;
+        } else if (const auto kind = std::ranges::find(kKinds, name); kind != kKinds.end()) {
+            const auto index = static_cast<std::size_t>(kind - kKinds.begin());
+            ++openOfKind_.at(index);
+            frames_.push_back({index, 0});
+        }
+    }
+
+    // What has to end before is written; false when the end tag has nothing to end.
+    bool close(std::string_view name) {
+        if (name == "div") {
+            if (frames_.back().divisions > 0) return --frames_.back().divisions, true;
+            return frames_.back().kind != kItem;
+        }
+        const auto kind = std::ranges::find(kKinds, name);
+        if (kind == kKinds.end()) return true;
+        const auto index = static_cast<std::size_t>(kind - kKinds.begin());
+        if (index == kItem) {
+            if (frames_.back().kind != kItem) return true;
+            for (; frames_.back().divisions > 0; --frames_.back().divisions) out_ += "</div>";
+        }
+        if (openOfKind_.at(index) == 0) return true;
+        for (bool found = false; !found; frames_.pop_back()) {
+            found = frames_.back().kind == index;
+            --openOfKind_.at(frames_.back().kind);
+        }
+        return true;
+    }
+
+  private:
+    static constexpr std::array<std::string_view, 6> kKinds{"li", "ul", "ol", "table", "td", "th"};
+    static constexpr std::size_t kItem = 0;
+    static constexpr std::size_t kPage = kKinds.size(); // the outermost frame, which nothing ends
+
+    struct Frame {
+        std::size_t kind;
+        std::size_t divisions;
+    };
+    std::string& out_;
+    std::vector<Frame> frames_{{kPage, 0}};
+    std::array<std::size_t, kKinds.size()> openOfKind_{};
+};
+
 } // namespace
 
 std::string resolvingHTMLEntities(std::string_view xml) {
@@ -122,6 +173,41 @@ std::string escapingSections(std::string_view markup) {
         if (end == std::string_view::npos) return result;
         markup.remove_prefix(end + kSectionEnd.size());
     }
+}
+
+std::string keepingListItemsWhole(std::string_view markup) {
+    std::string result;
+    result.reserve(markup.size());
+    ListItemRepair repair(result);
+    std::size_t copied = 0;
+    for (std::size_t at = markup.find('<'); at != std::string_view::npos; at = markup.find('<', at)) {
+        const auto behind = endOfOpaque(markup, at);
+        if (behind > at) {
+            at = behind;
+            continue;
+        }
+        const bool isEnd = markup.substr(at).starts_with("</");
+        const std::size_t nameStart = at + (isEnd ? 2 : 1);
+        if (nameStart >= markup.size() || !isLetter(markup[nameStart])) {
+            ++at;
+            continue;
+        }
+        const auto nameEnd = std::min(markup.find_first_of(" \t\r\n\f/>", nameStart), markup.size());
+        const auto name = markup.substr(nameStart, nameEnd - nameStart);
+        std::size_t end = nameEnd;
+        while (end < markup.size() && markup[end] != '>')
+            end = isBlank(markup[end]) || markup[end] == '/' ? end + 1 : endOfAttribute(markup, end);
+        if (end >= markup.size()) break;
+        result += markup.substr(copied, at - copied);
+        copied = at;
+        at = end + 1;
+        if (!isEnd) {
+            if (markup[end - 1] != '/') repair.open(name);
+        } else if (!repair.close(name)) {
+            copied = at;
+        }
+    }
+    return result.append(markup.substr(copied));
 }
 
 bool hasTagWithTooManyAttributes(std::string_view markup) {

@@ -14,6 +14,11 @@ std::string resolvingHTMLEntities(std::string_view xml);
 // With each CDATA section as escaped text, which HTML readers understand.
 std::string escapingSections(std::string_view markup);
 
+// With the end tags that keep list items whole. libxml2 passes over the end of an item in which a division is open, and
+// takes the end of a division that has no start in the item for that of one around the list; pages made by literal
+// rewriting have both. A division left open ends with its item, and an end without a start goes.
+std::string keepingListItemsWhole(std::string_view markup);
+
 // Whether a start tag has more attributes than the limit. Parsers compare each attribute with all before it, so such a
 // tag has to be found before they see it.
 bool hasTagWithTooManyAttributes(std::string_view markup);

@@ -66,7 +66,7 @@ Result<XMLDocument> XMLDocument::initWithXMLString(std::string_view xml, XMLDocu
             fmt::format("an element has more than {} attributes", XMLParser::kMaximumAttributes)));
     if (parsing == XMLDocumentParsing::tidyHTML) {
         XMLTreeBuilder builder;
-        TRY(readHTML(escapingSections(xml), ImpliedTags::added, builder));
+        TRY(readHTML(keepingListItemsWhole(escapingSections(xml)), ImpliedTags::added, builder));
         return builder.documentWithRoot("html");
     }
     XMLTreeBuilder strict;

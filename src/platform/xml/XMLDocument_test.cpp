@@ -102,6 +102,24 @@ TEST_F(TidyHTML, GivesAWholePage) {
     for (const auto& row : rows) EXPECT_EQ(read(row.input, XMLDocumentParsing::tidyHTML), row.expected) << row.input;
 }
 
+TEST_F(TidyHTML, KeepsListItemsWhole) {
+    const Row rows[] = {
+        {"<ul><li class='a'><div>x</li><li>y</li></ul><b>z</b>",
+         "<ul><li class=\"a\"><div>x</div></li><li>y</li></ul><b>z</b>"},
+        {"<div><ul><li>x</div><div>y</li></ul>z</div>", "<div><ul><li>x<div>y</div></li></ul>z</div>"},
+        {"<ul><li><div><div>x</li></ul>y", "<ul><li><div><div>x</div></div></li></ul>y"},
+        {"<ul><li>a<ul><li><div>x</li></ul></div></li><li>b</li></ul>",
+         "<ul><li>a<ul><li><div>x</div></li></ul></li><li>b</li></ul>"},
+        {"<ul><li title='</div>'>x<!-- </div> --></li></ul>",
+         "<ul><li title=\"&lt;/div&gt;\">x<!-- </div> --></li></ul>"},
+        {"<div><ul><li><div>x</div></li></ul></div>y", "<div><ul><li><div>x</div></li></ul></div>y"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(read(row.input, XMLDocumentParsing::tidyHTML),
+                  fmt::format("<html><body>{}</body></html>", row.expected))
+            << row.input;
+}
+
 TEST_F(TidyHTML, KeepsTheDocumentTypeAndARawTitle) {
     const auto document = XMLDocument::initWithXMLString(
         "<!DOCTYPE html><html><head><title>A & B < C</title></head><body>x</body></html>",
