@@ -244,7 +244,7 @@ class Exports(Case):
 
     def test_that_are_malformed_keep_what_came_before(self):
         rows = [("", 5), ("\n", 5), ("no markup", 4), (MALFORMED, None), ("\x00\x01", None),
-                (GOOD.replace("</en-export>", ""), None), (GOOD[:-20], None)]
+                (GOOD.replace("</en-export>", ""), None), (GOOD[:60], None)]
         for number, (text, code) in enumerate(rows):
             path = self.export(f"{number}.enex", text)
             done = self.run_command("--json", path, self.out)
@@ -255,6 +255,7 @@ class Exports(Case):
                 self.assertEqual(error["code"], code, repr(text))
             self.assertIn(str(path), done.stderr)
             self.assertRegex((self.out / f"{number}.log").read_text(), "Finish parsing ENEX file with error: ")
+        self.expect_error(self.export("inside-a-note.enex", GOOD[:-20]), 1006)
         self.expect_whole_outputs()
 
     def test_that_are_cut_off_anywhere_leave_whole_notes_only(self):
