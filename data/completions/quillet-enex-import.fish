@@ -1,0 +1,8 @@
+complete -c quillet-enex-import -l debug -d 'Log every event of the parser'
+complete -c quillet-enex-import -l web-clippings-as-notes -d 'Make notes of web clippings, not HTML pages'
+complete -c quillet-enex-import -l json -d 'Print each reply as one line of JSON'
+complete -c quillet-enex-import -l service -d 'Have the import done by the service'
+complete -c quillet-enex-import -s v -l verbose -d 'Send the system log to standard error'
+complete -c quillet-enex-import -s q -l quiet -d 'No progress, no summary'
+complete -c quillet-enex-import -l version -d 'Print the version'
+complete -c quillet-enex-import -s h -l help -d 'Print a short help'
