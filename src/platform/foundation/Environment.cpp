@@ -89,7 +89,7 @@ std::string installedDirectory(const char* inTree, const char* planned) {
 }
 
 std::string systemDataDirectory() {
-    const std::string directory = environmentVariable("QUILLET_DATA_DIR");
+    std::string directory = environmentVariable("QUILLET_DATA_DIR");
     if (!directory.empty()) return directory;
     return installedDirectory(QUILLET_DATA_IN_TREE, QUILLET_INSTALLED_DATA_DIRECTORY);
 }

@@ -50,7 +50,8 @@ std::vector<std::string> catalogueNamesForLocale(std::string_view identifier) {
         }
     }
     std::vector<std::string> names;
-    for (const std::string& name : {language + region + modifier, language + modifier, language + region, language})
+    const std::string regional = language + region;
+    for (const std::string& name : {regional + modifier, language + modifier, regional, language})
         if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
     return names;
 }

@@ -122,7 +122,7 @@ std::optional<icu::DateTimeRule> takeChange(RuleReader& reader) {
 // What of a rule follows standard time.
 struct SummerTime {
     int saved = kSecondsPerHour * kMillisecondsPerSecond;
-    std::optional<icu::DateTimeRule> start, end; // both there in a whole rule
+    std::optional<std::pair<icu::DateTimeRule, icu::DateTimeRule>> changes; // to summer time and back
 };
 
 // `offset` is that of standard time.
@@ -135,9 +135,10 @@ std::optional<SummerTime> takeSummerTime(RuleReader& reader, int offset) {
         summer.saved = -*west * kMillisecondsPerSecond - offset;
     }
     if (reader.isAtEnd()) reader = RuleReader(kUsualChanges);
-    for (auto* change : {&summer.start, &summer.end})
-        if (!reader.take(',') || !(*change = takeChange(reader))) return std::nullopt;
-    if (!reader.isAtEnd()) return std::nullopt;
+    const auto start = reader.take(',') ? takeChange(reader) : std::nullopt;
+    const auto end = start && reader.take(',') ? takeChange(reader) : std::nullopt;
+    if (!end || !reader.isAtEnd()) return std::nullopt;
+    summer.changes.emplace(*start, *end);
     return summer;
 }
 
@@ -149,11 +150,12 @@ std::unique_ptr<icu::TimeZone> timeZoneOfRule(std::string_view text) {
     const icu::UnicodeString name = icu::UnicodeString::fromUTF8({text.data(), static_cast<int32_t>(text.size())});
     const int offset = -*west * kMillisecondsPerSecond;
     const std::optional<SummerTime> summer = takeSummerTime(reader, offset);
-    if (!summer) return std::make_unique<icu::SimpleTimeZone>(offset, name);
+    if (!summer || !summer->changes) return std::make_unique<icu::SimpleTimeZone>(offset, name);
 
     auto zone = std::make_unique<icu::RuleBasedTimeZone>(name, new icu::InitialTimeZoneRule(name, offset, 0));
     UErrorCode status = U_ZERO_ERROR;
-    for (const auto& [change, saved] : {std::pair(*summer->start, summer->saved), std::pair(*summer->end, 0)})
+    for (const auto& [change, saved] :
+         {std::pair(summer->changes->first, summer->saved), std::pair(summer->changes->second, 0)})
         zone->addTransitionRule(
             new icu::AnnualTimeZoneRule(name, offset, saved, change, kFirstYear, icu::AnnualTimeZoneRule::MAX_YEAR),
             status);
