@@ -1,4 +1,4 @@
-// The table follows the word groups of the RTF specification 1.9.1: characters, paragraphs, tabs, rows and cells, the
+// The table follows the word groups of the RTF 1.9.1 standard: characters, paragraphs, tabs, rows and cells, the
 // document; words of the platform stand with their like.
 
 #include "platform/rtf/RTFReadWords.h"
