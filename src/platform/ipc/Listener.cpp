@@ -50,6 +50,7 @@ struct Listener::State : std::enable_shared_from_this<Listener::State> {
     void workChanged();
     void startIdleTimer();
     void giveBackName();
+    void linger();
     void nameGivenBack();
     void stop(End reason);
     void quit(End reason);
@@ -157,6 +158,7 @@ void Listener::State::announceChange() {
 }
 
 void Listener::State::workChanged() {
+    if (givingBack && !stopping) return; // looked at when it is over
     if (work > 0 || (guests > 0 && !stopping)) {
         if (idleTimer != 0) g_source_remove(std::exchange(idleTimer, 0));
         return;
@@ -166,7 +168,7 @@ void Listener::State::workChanged() {
 }
 
 void Listener::State::startIdleTimer() {
-    if (idleTimer != 0 || givingBack) return;
+    if (idleTimer != 0) return;
     const auto idle = [](gpointer self) -> gboolean {
         static_cast<State*>(self)->idleTimer = 0;
         static_cast<State*>(self)->giveBackName();
@@ -184,7 +186,7 @@ void Listener::State::giveBackName() {
         if (GVariant* reply = g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, nullptr))
             g_variant_unref(reply);
         const auto afterCalls = [](gpointer state) -> gboolean {
-            static_cast<State*>(state)->nameGivenBack();
+            static_cast<State*>(state)->linger();
             return G_SOURCE_REMOVE;
         };
         g_idle_add_full(G_PRIORITY_LOW, afterCalls, self, nullptr);
@@ -194,12 +196,24 @@ void Listener::State::giveBackName() {
                            G_DBUS_CALL_FLAGS_NONE, -1, nullptr, answered, this);
 }
 
+// Some clients ask the bus who has the name and then call that process: their calls may still be on their way.
+void Listener::State::linger() {
+    constexpr guint kLingerTime = 500; // milliseconds
+    const auto over = [](gpointer self) -> gboolean {
+        static_cast<State*>(self)->idleTimer = 0;
+        static_cast<State*>(self)->nameGivenBack();
+        return G_SOURCE_REMOVE;
+    };
+    idleTimer = g_timeout_add_full(G_PRIORITY_LOW, kLingerTime, over, this, nullptr);
+}
+
 // With a call in hand the process stays, under the name again unless a successor has it.
 void Listener::State::nameGivenBack() {
     givingBack = false;
     if (work == 0 && (guests == 0 || stopping)) return quit(stopping.value_or(End::idle));
     if (const Result<bool> owner = requestName(); !owner) systemLog(owner.error().description());
     notifyServiceManager(kServiceReady);
+    workChanged();
 }
 
 void Listener::State::stop(End reason) {

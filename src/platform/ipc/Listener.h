@@ -51,8 +51,8 @@ class Listener {
     // Takes the name and serves until there has been nothing to do for the idle time, or until it is told to stop and
     // the last work has ended. An error when there is no bus or another process has the name.
     //
-    // Leaving loses no call: the name is given back first, what the bus had passed on until then is served, and only
-    // with nothing left to do the process goes. A call after that starts the service anew.
+    // Leaving loses no call: the name is given back first, what arrives within the next half second is served, and only
+    // with nothing left to do the process goes. A call to the name after that starts the service anew.
     Result<End> run();
 
     // Keeps the service up while the result lives. `stop` is called, at most once, when the process is asked to end
