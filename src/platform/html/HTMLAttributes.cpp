@@ -11,6 +11,8 @@ namespace {
 
 constexpr double kLayoutWidth = 784; // of the page's content; what percentages of paragraphs count of
 constexpr double kTabInterval = 36;
+constexpr double kLevelIndent = 36; // points a list's level
+constexpr double kMarkerTab = 25;   // how far the marker's tab stop lies before the text's
 
 struct GenericFamily {
     std::string_view name, family;
@@ -88,6 +90,14 @@ void setIndents(ParagraphStyle& paragraph, const CssStyle& block) {
     if (indent > 0) paragraph.firstLineHeadIndent = roundedLength(paragraph.headIndent + indent);
     if (right > 0) paragraph.tailIndent = -roundedLength(right);
     if (bottom > 0) paragraph.paragraphSpacing = roundedLength(bottom);
+}
+
+// A list's level replaces the indents of its paragraphs.
+void setListIndents(ParagraphStyle& paragraph, std::size_t level) {
+    const double indent = kLevelIndent * static_cast<double>(level);
+    paragraph.firstLineHeadIndent = 0;
+    paragraph.headIndent = indent;
+    paragraph.tabStops = {{TextAlignment::left, indent - kMarkerTab}, {TextAlignment::natural, indent}};
 }
 
 } // namespace
@@ -185,6 +195,7 @@ ParagraphStyleReference HTMLAttributes::paragraph(const CssStyle& block, HTMLTag
     style->headerLevel = headingLevel(tag);
     if (block.hyphenates) style->hyphenationFactor = 1;
     if (carriesMargins(tag)) setIndents(*style, block);
+    if (!context.lists.empty()) setListIndents(*style, context.lists.size());
     style->textLists = context.lists;
     style->textBlocks = context.blocks;
     made = std::move(style);
@@ -198,7 +209,9 @@ HTMLAttributes::Reference HTMLAttributes::complete(const Reference& characters,
     if (!directions.empty()) number = directions_.try_emplace(directions, directions_.size() + 1).first->second;
     Reference& made = complete_[{characters.get(), paragraph.get(), number}];
     if (made) return made;
-    std::vector<AttributeSet::Entry> entries = characters->entries();
+    std::vector<AttributeSet::Entry> entries;
+    entries.reserve(characters->entries().size() + (directions.empty() ? 1 : 2));
+    entries = characters->entries();
     entries.emplace_back(kParagraphStyleAttributeName, paragraph);
     if (!directions.empty()) entries.emplace_back(kWritingDirectionAttributeName, directions);
     made = std::make_shared<const AttributeSet>(std::move(entries));

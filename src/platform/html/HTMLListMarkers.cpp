@@ -9,9 +9,6 @@ namespace platform {
 
 namespace {
 
-constexpr double kLevelIndent = 36; // points a level
-constexpr double kMarkerTab = 25;   // how far the marker's tab stop lies before the text's
-
 using Attributes = AttributeSet::Reference;
 
 const ParagraphStyle* paragraphOf(const AttributeSet& set) {
@@ -23,17 +20,6 @@ class MarkerWriter {
   public:
     explicit MarkerWriter(const HTMLListLinks& links) : links_(links) {}
 
-    // The same attributes for text of a list's paragraph.
-    Attributes indented(const Attributes& attributes) {
-        const ParagraphStyle* style = paragraphOf(*attributes);
-        if (!style || style->textLists.empty()) return attributes;
-        Attributes& made = indentedSets_[attributes.get()];
-        if (!made)
-            made = std::make_shared<const AttributeSet>(
-                attributes->with(kParagraphStyleAttributeName, indentedStyle(*style)));
-        return made;
-    }
-
     void appendMarker(AttributedString& text, const Attributes& first) {
         const ParagraphStyle* style = paragraphOf(*first);
         if (!style || style->textLists.empty()) return;
@@ -43,26 +29,15 @@ class MarkerWriter {
     }
 
   private:
-    const ParagraphStyleReference& indentedStyle(const ParagraphStyle& style) {
-        ParagraphStyleReference& made = styles_[&style];
-        if (made) return made;
-        auto changed = std::make_shared<ParagraphStyle>(style);
-        const double indent = kLevelIndent * static_cast<double>(style.textLists.size());
-        changed->firstLineHeadIndent = 0;
-        changed->headIndent = indent;
-        changed->tabStops = {{TextAlignment::left, indent - kMarkerTab}, {TextAlignment::natural, indent}};
-        return made = std::move(changed);
-    }
-
     // Font, colors and paragraph style of the paragraph's first character, and nothing else of it.
     Attributes markerAttributes(const Attributes& first, const TextList& list) {
         Attributes& made = markerSets_[first.get()];
         if (made) return made;
         std::vector<AttributeSet::Entry> entries;
-        for (const AttributeName name :
-             {kFontAttributeName, kForegroundColorAttributeName, kBackgroundColorAttributeName})
+        entries.reserve(5);
+        for (const AttributeName name : {kFontAttributeName, kForegroundColorAttributeName,
+                                         kBackgroundColorAttributeName, kParagraphStyleAttributeName})
             if (const AttributeValue* value = first->find(name)) entries.emplace_back(name, *value);
-        entries.emplace_back(kParagraphStyleAttributeName, indentedStyle(*paragraphOf(*first)));
         if (const auto link = links_.find(&list); link != links_.end())
             entries.emplace_back(kLinkAttributeName, link->second);
         return made = std::make_shared<const AttributeSet>(std::move(entries));
@@ -70,8 +45,7 @@ class MarkerWriter {
 
     const HTMLListLinks& links_;
     std::unordered_map<const TextList*, std::int64_t> numbers_;
-    std::unordered_map<const ParagraphStyle*, ParagraphStyleReference> styles_;
-    std::unordered_map<const AttributeSet*, Attributes> indentedSets_, markerSets_;
+    std::unordered_map<const AttributeSet*, Attributes> markerSets_;
 };
 
 } // namespace
@@ -82,19 +56,15 @@ AttributedString textWithListMarkers(const HTMLTextBuilder& written, const HTMLL
     MarkerWriter markers(links);
     std::size_t at = 0;
     bool startsParagraph = true;
-    bool inList = false; // the paragraph begins in a list
     for (const AttributedString::Run& run : written.runs()) {
         const ParagraphStyle* style = paragraphOf(*run.attributes);
         const bool isListed = style && !style->textLists.empty();
         while (at < run.end) {
-            if (startsParagraph) {
-                inList = isListed;
-                markers.appendMarker(text, run.attributes);
-            }
+            if (startsParagraph) markers.appendMarker(text, run.attributes);
             // Only in a list do paragraphs have to be told apart.
-            const std::size_t newline = isListed || inList ? all.find(u'\n', at) : std::u16string_view::npos;
+            const std::size_t newline = isListed ? all.find(u'\n', at) : std::u16string_view::npos;
             const std::size_t end = newline < run.end ? newline + 1 : run.end;
-            text.append(all.substr(at, end - at), inList ? markers.indented(run.attributes) : run.attributes);
+            text.append(all.substr(at, end - at), run.attributes);
             startsParagraph = all[end - 1] == u'\n';
             at = end;
         }

@@ -34,6 +34,8 @@ using NodeIndex = HTMLDocument::NodeIndex;
 using Newline = HTMLTextBuilder::Newline;
 constexpr NodeIndex kNone = HTMLDocument::kNone;
 constexpr char16_t kNoBreakSpace = 0xA0;
+// Lists and cells nested deeper take part in those around them: every paragraph names all that it lies in.
+constexpr std::size_t kMostListsAround = 32, kMostCellsAround = 32;
 
 // The formats of list objects, in the order of CssListStyle; the last two have none of their own.
 constexpr auto kMarkerFormats = std::to_array<std::string_view>({
@@ -281,6 +283,7 @@ bool PageWalk::processByTag(Frame& frame) {
 }
 
 void PageWalk::openList(Frame& frame) {
+    if (context_.lists.size() >= kMostListsAround) return;
     const auto style = static_cast<std::size_t>(frame.style->listStyle);
     const bool isOrdered = frame.tag == HTMLTag::ol;
     const std::string_view format = style < kMarkerFormats.size() ? kMarkerFormats[style]
@@ -334,7 +337,9 @@ void PageWalk::endLooseTable() {
 }
 
 void PageWalk::openCell(Frame& frame) {
-    context_.blocks.push_back(tables_.addCell(frame.node, *frame.style));
+    auto cell = tables_.addCell(frame.node, *frame.style);
+    if (context_.blocks.size() >= kMostCellsAround) return;
+    context_.blocks.push_back(std::move(cell));
     context_.number = ++lastContext_;
     frame.pushedCell = true;
 }

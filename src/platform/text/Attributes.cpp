@@ -115,15 +115,14 @@ const AttributeValue* AttributeSet::find(AttributeName name) const {
 }
 
 AttributeSet AttributeSet::with(AttributeName name, AttributeValue value) const {
-    AttributeSet changed = *this;
-    for (Entry& entry : changed.entries_) {
-        if (entry.first != name) continue;
-        entry.second = std::move(value);
-        return changed;
-    }
+    AttributeSet changed;
     Entry added(name, std::move(value));
-    const auto place = std::upper_bound(changed.entries_.begin(), changed.entries_.end(), added, byName);
-    changed.entries_.insert(place, std::move(added));
+    const auto place = std::lower_bound(entries_.begin(), entries_.end(), added, byName);
+    const bool replaces = place != entries_.end() && place->first == name;
+    changed.entries_.reserve(entries_.size() + (replaces ? 0 : 1)); // sets live long: no room to grow
+    changed.entries_.assign(entries_.begin(), place);
+    changed.entries_.push_back(std::move(added));
+    changed.entries_.insert(changed.entries_.end(), place + (replaces ? 1 : 0), entries_.end());
     return changed;
 }
 
