@@ -283,12 +283,12 @@ void CssStyleSheet::match(const HTMLDocument& page, HTMLDocument::NodeIndex elem
                 rest = trimmed(rest.substr(end));
             }
     if (found.empty()) return;
-    std::ranges::sort(found);
-    found.erase(std::unique(found.begin(), found.end()), found.end());
-    std::ranges::stable_sort(found, [this](std::uint32_t a, std::uint32_t b) {
+    // Selectors are numbered in the order of their rules.
+    std::ranges::sort(found, [this](std::uint32_t a, std::uint32_t b) {
         const Selector &x = selectors_[a], &y = selectors_[b];
-        return x.specificity != y.specificity ? x.specificity < y.specificity : x.rule < y.rule;
+        return x.specificity != y.specificity ? x.specificity < y.specificity : a < b;
     });
+    found.erase(std::unique(found.begin(), found.end()), found.end());
     for (const std::uint32_t number : found) matched.push_back(&rules_[selectors_[number].rule]);
 }
 

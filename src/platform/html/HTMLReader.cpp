@@ -56,10 +56,13 @@ constexpr auto kMarkerFormats = std::to_array<std::string_view>({
 
 class PageWalk {
   public:
-    PageWalk(const HTMLDocument& page, const HTMLReadOptions& options)
-        : page_(page), resolver_(page), tables_(page), images_(options) {}
+    PageWalk(HTMLDocument page, const HTMLReadOptions& options)
+        : page_(std::move(page)), resolver_(page_), tables_(page_), images_(options) {}
 
     void run();
+    const HTMLDocument& page() const { return page_; }
+    // The tree is as large as the text that is made next, and not needed for it.
+    void releasePage() { page_ = HTMLDocument(); }
     const HTMLTextBuilder& written() const { return text_; }
     const HTMLListLinks& listLinks() const { return listLinks_; }
     const std::optional<CssRGBA>& background() const { return background_; }
@@ -110,7 +113,7 @@ class PageWalk {
     }
     std::optional<AttributeValue> linkOf(const Frame& frame) const;
 
-    const HTMLDocument& page_;
+    HTMLDocument page_;
     CssStyleResolver resolver_;
     HTMLAttributes attributes_;
     HTMLTables tables_;
@@ -462,10 +465,10 @@ void PageWalk::writeText(NodeIndex node) {
 
 Result<HTMLDocumentText> attributedStringFromHTMLData(std::string_view bytes, const HTMLReadOptions& options) {
     HTMLDocumentText read;
-    const HTMLDocument page = TRY(HTMLDocument::parse(bytes));
-    PageWalk walk(page, options);
+    PageWalk walk(TRY(HTMLDocument::parse(bytes)), options);
     walk.run();
-    read.documentAttributes = htmlDocumentAttributes(page, walk.background());
+    read.documentAttributes = htmlDocumentAttributes(walk.page(), walk.background());
+    walk.releasePage();
     read.text = textWithListMarkers(walk.written(), walk.listLinks());
     return read;
 }
