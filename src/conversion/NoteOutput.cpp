@@ -73,7 +73,9 @@ void NoteOutput::overwriteLog(std::string_view name, std::string_view text) {
 }
 
 Result<> NoteOutput::flush() {
-    return directory_ ? directory_->flush() : Result<>();
+    if (!directory_) return {};
+    directory_->removeSpareScratchDirectory();
+    return directory_->flush();
 }
 
 } // namespace quillet

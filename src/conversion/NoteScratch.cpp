@@ -65,7 +65,7 @@ Result<std::shared_ptr<FileWrapper>> NoteScratch::fileWrapper(std::string_view n
 
 Result<> NoteScratch::remove() {
     platform::OutputDirectory* destination = std::exchange(destination_, nullptr);
-    return destination ? destination->remove(name_) : Result<>();
+    return destination ? destination->retireScratchDirectory(name_, directory_.takeDescriptor()) : Result<>();
 }
 
 } // namespace quillet

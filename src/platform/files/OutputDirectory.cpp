@@ -27,6 +27,11 @@ constexpr unsigned kDirectoryMode = 0777;
 constexpr unsigned kPrivateMode = 0700;
 constexpr int kOpenDirectory = O_RDONLY | O_DIRECTORY | O_NOFOLLOW;
 
+std::string nextTemporaryName() {
+    static std::atomic<unsigned long> counter = 0;
+    return fmt::format("{}{}-{}", kTemporaryPrefix, ::getpid(), ++counter);
+}
+
 Error invalidName(std::string_view directoryPath, std::string_view name) {
     return Error::withDescription(
         kCocoaErrorDomain, static_cast<std::int64_t>(CocoaError::fileWriteInvalidFileName),
@@ -136,9 +141,8 @@ std::string OutputDirectory::firstFreeName(const std::string& name,
 }
 
 Result<PendingOutput> OutputDirectory::create(bool isDirectory) {
-    static std::atomic<unsigned long> counter = 0;
     while (true) {
-        std::string name = fmt::format("{}{}-{}", kTemporaryPrefix, ::getpid(), ++counter);
+        std::string name = nextTemporaryName();
         FileDescriptor made = makeEntry(directory_.get(), name, isDirectory, isDirectory ? kDirectoryMode : kFileMode);
         if (!made && errno == EEXIST) continue;
         if (!made) return failure(errorFromErrno(errno, FileAccess::writing, joinedPath(path_, name)));
@@ -159,12 +163,35 @@ Result<PendingOutput> OutputDirectory::createPackage() {
 
 Result<FileDescriptor> OutputDirectory::createScratchDirectory(std::string_view name) {
     if (!isPathComponent(name)) return failure(invalidName(path_, name));
-    FileDescriptor made = makeEntry(directory_.get(), std::string(name), true, kPrivateMode);
+    const std::string wanted(name);
+    if (spareScratch_.descriptor) {
+        if (moveWithoutReplacing(directory_.get(), spareScratch_.name, wanted, EntryKind::directory) == 0)
+            return std::move(spareScratch_.descriptor);
+        removeSpareScratchDirectory(); // making a new one tells what is wrong
+    }
+    FileDescriptor made = makeEntry(directory_.get(), wanted, true, kPrivateMode);
     if (!made) return failure(errorFromErrno(errno, FileAccess::writing, joinedPath(path_, name)));
     // Locked before it is marked: until then no sweep touches it. Without room for the mark it is never swept.
     (void)lock(made.get());
     (void)::fsetxattr(made.get(), kScratchAttribute, "", 0, 0);
     return made;
+}
+
+Result<> OutputDirectory::retireScratchDirectory(std::string_view name, FileDescriptor descriptor) {
+    const std::string old(name), path = joinedPath(path_, name);
+    if (spareScratch_.descriptor || !isStillNamed(directory_.get(), old, descriptor.get())) return remove(name);
+    for (const std::string& entry : TRY(entryNames(descriptor.get(), path)))
+        TRY(removeTree(descriptor.get(), entry, path));
+    std::string hidden = nextTemporaryName();
+    if (moveWithoutReplacing(directory_.get(), old, hidden, EntryKind::directory) != 0) return remove(name);
+    spareScratch_ = {std::move(hidden), std::move(descriptor)};
+    return {};
+}
+
+void OutputDirectory::removeSpareScratchDirectory() {
+    if (!spareScratch_.descriptor) return;
+    (void)remove(spareScratch_.name);
+    spareScratch_.descriptor.reset();
 }
 
 Result<> OutputDirectory::remove(std::string_view name) {

@@ -60,9 +60,14 @@ class OutputDirectory {
     // A directory opened elsewhere (O_PATH will do); the path is for messages.
     OutputDirectory(FileDescriptor directory, std::string path)
         : directory_(std::move(directory)), path_(std::move(path)) {}
+    OutputDirectory(OutputDirectory&&) = default;
+    OutputDirectory& operator=(OutputDirectory&&) = delete;
+    ~OutputDirectory() { removeSpareScratchDirectory(); }
 
     const std::string& path() const { return path_; }
     int descriptor() const { return directory_.get(); }
+    // The descriptor becomes the caller's; the directory is of no more use then.
+    FileDescriptor takeDescriptor() { return std::move(directory_); }
 
     // Whether anything has the name: a dangling symbolic link has, since moving onto it would fail. What cannot be
     // looked up (no permission, name too long) counts as free, and writing there will give the error.
@@ -77,6 +82,12 @@ class OutputDirectory {
 
     // A working directory for one output, private to its owner. Held as long as the descriptor is open.
     Result<FileDescriptor> createScratchDirectory(std::string_view name);
+    // Takes a scratch directory back when its output is done. Emptied, it waits under a hidden name to be the next one:
+    // file systems are slow at making entries where they have just deleted some, and slower with each one deleted.
+    // What cannot be removed stays, and the error names it.
+    Result<> retireScratchDirectory(std::string_view name, FileDescriptor descriptor);
+    // To be called when no more outputs follow; the destructor does it too.
+    void removeSpareScratchDirectory();
     // Removes an entry with all in it, without following links.
     Result<> remove(std::string_view name);
 
@@ -92,12 +103,18 @@ class OutputDirectory {
     Result<> flush();
 
   private:
+    struct SpareDirectory {
+        std::string name;
+        FileDescriptor descriptor; // none: there is no spare one
+    };
+
     Result<PendingOutput> create(bool isDirectory);
     bool removeIfLeftover(const std::string& name);
 
     FileDescriptor directory_;
     std::string path_;
     std::unordered_map<std::string, std::size_t> takenNumbers_; // name → highest number known to be taken
+    SpareDirectory spareScratch_;
 };
 
 } // namespace platform

@@ -209,6 +209,61 @@ TEST(OutputDirectory, MakesAndRemovesScratchDirectories) {
     EXPECT_TRUE(directory.flush());
 }
 
+TEST(OutputDirectory, UsesAScratchDirectoryAgain) {
+    const tests::ScratchDirectory scratch;
+    {
+        OutputDirectory directory = opened(scratch.path());
+        auto first = directory.createScratchDirectory("first");
+        ASSERT_TRUE(first);
+        struct stat before{}, after{};
+        ASSERT_EQ(::fstat(first->get(), &before), 0);
+        tests::writeFile(scratch / "first" / "page.html", "x");
+        std::filesystem::create_directory(scratch / "first" / "folder");
+        tests::writeFile(scratch / "first" / "folder" / "file", "x");
+        ASSERT_TRUE(directory.retireScratchDirectory("first", *std::move(first)));
+        EXPECT_FALSE(directory.isReachable("first"));
+
+        auto second = directory.createScratchDirectory("second");
+        ASSERT_TRUE(second);
+        ASSERT_EQ(::fstat(second->get(), &after), 0);
+        EXPECT_EQ(before.st_ino, after.st_ino);
+        EXPECT_EQ(entriesIn(scratch / "second"), 0U);
+        EXPECT_EQ(entriesIn(scratch.path()), 1U);
+
+        // While one is in use another is made, and of two that come back one is kept.
+        auto third = directory.createScratchDirectory("third");
+        ASSERT_TRUE(third);
+        ASSERT_TRUE(directory.retireScratchDirectory("second", *std::move(second)));
+        ASSERT_TRUE(directory.retireScratchDirectory("third", *std::move(third)));
+        EXPECT_EQ(entriesIn(scratch.path()), 1U);
+        EXPECT_EQ(opened(scratch.path()).removeLeftovers(), 0U); // it is locked
+
+        // A name that is taken is reported, spare directory or not.
+        tests::writeFile(scratch / "taken", "mine");
+        const auto taken = directory.createScratchDirectory("taken");
+        ASSERT_FALSE(taken);
+        EXPECT_EQ(taken.error().code, 516);
+        EXPECT_EQ(tests::readFile(scratch / "taken"), "mine");
+
+        auto last = directory.createScratchDirectory("last");
+        ASSERT_TRUE(last);
+        ASSERT_TRUE(directory.retireScratchDirectory("last", *std::move(last)));
+        EXPECT_EQ(entriesIn(scratch.path()), 2U);
+    }
+    EXPECT_EQ(entriesIn(scratch.path()), 1U);
+}
+
+TEST(OutputDirectory, LeavesAloneWhatTookTheNameOfAScratchDirectory) {
+    const tests::ScratchDirectory scratch;
+    OutputDirectory directory = opened(scratch.path());
+    auto made = directory.createScratchDirectory("work");
+    ASSERT_TRUE(made);
+    std::filesystem::remove(scratch / "work");
+    ASSERT_TRUE(directory.retireScratchDirectory("work", *std::move(made)));
+    EXPECT_EQ(entriesIn(scratch.path()), 0U);
+    EXPECT_TRUE(directory.createScratchDirectory("next"));
+}
+
 TEST(OutputDirectory, ReportsWhyItCannotWrite) {
     const auto missing = OutputDirectory::openURL(URL::fileURLWithPath("/nowhere/at/all", true));
     ASSERT_FALSE(missing);
