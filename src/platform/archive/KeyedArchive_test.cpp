@@ -139,6 +139,18 @@ TEST_F(KeyedArchiveTest, WritesTheSameObjectOnce) {
     EXPECT_EQ((*array)[2].identity(), (*array)[3].identity());
 }
 
+TEST_F(KeyedArchiveTest, WritesTheSameListOnce) {
+    const auto list = std::make_shared<const Value>(Array{Value("a"), Value(1), Array{Value("a")}});
+    const auto equal = std::make_shared<const Value>(*list);
+    const auto array =
+        unarchived(archived(std::make_shared<ObjectArray>(ObjectArray{list, list, equal}))).as<ObjectArray>();
+    ASSERT_TRUE(array);
+    ASSERT_EQ(array->size(), 3U);
+    EXPECT_EQ((*array)[0].identity(), (*array)[1].identity());
+    EXPECT_NE((*array)[0].identity(), (*array)[2].identity());
+    for (const ArchivedObject& object : *array) EXPECT_EQ(propertyListFromObject(object), *list);
+}
+
 TEST_F(KeyedArchiveTest, TellsTemporariesApart) {
     ObjectArray dates;
     for (int i = 0; i < 100; ++i) dates.emplace_back(Value(Date{static_cast<double>(i)}));

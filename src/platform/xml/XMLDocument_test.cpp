@@ -223,6 +223,23 @@ TEST_F(XMLTree, HoldsTextsAndValuesOfAnySize) {
     }
 }
 
+TEST(MarkupText, EscapesByTableWhatASearchForEachCharacterFinds) {
+    struct Form {
+        void (*append)(std::string_view, std::string&);
+        std::string_view escaped;
+    };
+    for (const auto& [append, escaped] :
+         {Form{appendEscapedText, "&<>\r"}, Form{appendEscapedAttribute, "&<>\"\t\n\r"}})
+        for (int byte = 0; byte < 256; ++byte) {
+            const auto character = static_cast<char>(byte);
+            std::string out = "before ";
+            append(std::string{'a', character, character, 'z'}, out);
+            const bool stays = out == std::string("before a") + character + character + 'z';
+            EXPECT_EQ(stays, escaped.find(character) == std::string_view::npos) << byte;
+            EXPECT_TRUE(stays || (out.starts_with("before a&") && out.ends_with(";z"))) << out;
+        }
+}
+
 TEST(MarkupText, KnowsTheFirstTag) {
     const Row rows[] = {
         {"<?xml version='1.0'?><!DOCTYPE x><En-Note a='1'>", "en-note"},
