@@ -95,12 +95,16 @@ double doubleValue(const AttributeValue& value) {
 
 AttributeSet::AttributeSet(std::initializer_list<Entry> entries) : AttributeSet(std::vector<Entry>(entries)) {}
 
-AttributeSet::AttributeSet(std::vector<Entry> entries) : entries_(std::move(entries)) {
-    std::stable_sort(entries_.begin(), entries_.end(), byName);
-    // Of equal names the last one stays: the first of each group, walking from the back.
-    const auto kept = std::unique(entries_.rbegin(), entries_.rend(),
-                                  [](const Entry& a, const Entry& b) { return a.first == b.first; });
-    entries_.erase(entries_.begin(), kept.base());
+AttributeSet::AttributeSet(std::vector<Entry> entries) {
+    entries_.reserve(entries.size());
+    for (Entry& entry : entries) {
+        const auto place = std::lower_bound(entries_.begin(), entries_.end(), entry, byName);
+        if (place != entries_.end() && place->first == entry.first) {
+            place->second = std::move(entry.second);
+        } else {
+            entries_.insert(place, std::move(entry));
+        }
+    }
 }
 
 const AttributeSet::Reference& AttributeSet::empty() {
