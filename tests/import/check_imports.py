@@ -19,6 +19,7 @@ import time
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
 UUID = re.compile(r"[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}")
+CELL_SIZE = re.compile(r"\\width\d+ \\height\d+")  # of a file's icon with its name: depends on the fonts installed
 LOG_DATE = re.compile(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d \+0000")
 
 
@@ -50,7 +51,7 @@ def package(path, binaries, with_rtf):
     dump = subprocess.run([binaries / "quillet-dump", path], check=True, capture_output=True, text=True).stdout
     lines += [f"  | {line}" for line in dump.splitlines()]
     if with_rtf:
-        lines += [f"  rtf | {line}" for line in (path / "TXT.rtf").read_bytes().decode("latin-1").splitlines()]
+        lines += [f"  rtf | {CELL_SIZE.sub('SIZE', line)}" for line in (path / "TXT.rtf").read_bytes().decode("latin-1").splitlines()]
     return lines
 
 
