@@ -258,7 +258,9 @@ class ServiceTest(unittest.TestCase):
         started = time.monotonic()
         run_loop(lambda: False, seconds)
         # The connection stays free meanwhile.
-        self.assertIn("Items", self.import_with(client(), export_with(self.scratch / "short.enex", 1)))
+        short = self.scratch / "short"
+        short.mkdir()
+        self.assertIn("Items", self.import_with(client(), export_with(self.scratch / "short.enex", 1), short))
         os.kill(worker, signal.SIGCONT)
         self.assertTrue(run_loop(lambda: outcome))
         self.assertGreater(time.monotonic() - started, seconds)
