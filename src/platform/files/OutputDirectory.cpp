@@ -25,6 +25,7 @@ constexpr const char* kScratchAttribute = "user.com.tesseral.quillet.scratch"; /
 constexpr unsigned kFileMode = 0666;                                           // narrowed by the umask
 constexpr unsigned kDirectoryMode = 0777;
 constexpr unsigned kPrivateMode = 0700;
+constexpr int kMostSweepsInTheWay = 100; // a sweep is short; so many in a row mean something else
 constexpr int kOpenDirectory = O_RDONLY | O_DIRECTORY | O_NOFOLLOW;
 
 std::string nextTemporaryName() {
@@ -141,10 +142,13 @@ std::string OutputDirectory::firstFreeName(const std::string& name,
 }
 
 Result<PendingOutput> OutputDirectory::create(bool isDirectory) {
-    while (true) {
+    for (int sweptAway = 0;;) {
         std::string name = nextTemporaryName();
         FileDescriptor made = makeEntry(directory_.get(), name, isDirectory, isDirectory ? kDirectoryMode : kFileMode);
         if (!made && errno == EEXIST) continue;
+        // A directory is made first and opened then: another import's sweep may come between. When the destination
+        // itself is gone the same error comes back every time.
+        if (!made && errno == ENOENT && isDirectory && ++sweptAway < kMostSweepsInTheWay) continue;
         if (!made) return failure(errorFromErrno(errno, FileAccess::writing, joinedPath(path_, name)));
         // File systems without locks keep no leftovers apart; the others give the lock unless a sweep was faster.
         if (!lock(made.get()) && errno == EWOULDBLOCK) continue;
