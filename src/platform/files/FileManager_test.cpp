@@ -50,7 +50,7 @@ TEST(FileManager, ReadsAndWritesRegularFilesOnly) {
 }
 
 TEST(FileManager, ReportsAFullDisk) {
-    if (!std::filesystem::exists("/dev/full")) GTEST_SKIP();
+    if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full here";
     const FileDescriptor full = openAt(-1, "/dev/full", O_WRONLY);
     const auto written = writeAll(full.get(), "x", "/dev/full");
     ASSERT_FALSE(written);
