@@ -121,42 +121,39 @@ std::size_t alphaIndex(ColorSpace space) {
 } // namespace
 
 Color Color::sRGB(double red, double green, double blue, double alpha) {
-    return {ColorSpace::sRGB, {red, green, blue, alpha}};
+    return Color({ColorSpace::sRGB, {red, green, blue, alpha}, {}, {}});
 }
 Color Color::deviceRGB(double red, double green, double blue, double alpha) {
-    return {ColorSpace::deviceRGB, {red, green, blue, alpha}};
+    return Color({ColorSpace::deviceRGB, {red, green, blue, alpha}, {}, {}});
 }
 Color Color::calibratedRGB(double red, double green, double blue, double alpha) {
-    return {ColorSpace::calibratedRGB, {red, green, blue, alpha}};
+    return Color({ColorSpace::calibratedRGB, {red, green, blue, alpha}, {}, {}});
 }
 Color Color::calibratedWhite(double white, double alpha) {
-    return {ColorSpace::calibratedWhite, {white, alpha}};
+    return Color({ColorSpace::calibratedWhite, {white, alpha}, {}, {}});
 }
 Color Color::deviceWhite(double white, double alpha) {
-    return {ColorSpace::deviceWhite, {white, alpha}};
+    return Color({ColorSpace::deviceWhite, {white, alpha}, {}, {}});
 }
 Color Color::deviceCMYK(double cyan, double magenta, double yellow, double black, double alpha) {
-    return {ColorSpace::deviceCMYK, {cyan, magenta, yellow, black, alpha}};
+    return Color({ColorSpace::deviceCMYK, {cyan, magenta, yellow, black, alpha}, {}, {}});
 }
 
 std::optional<Color> Color::catalog(std::string_view catalogName, std::string_view colorName) {
     if (!resolved(catalogName, colorName)) return std::nullopt;
-    Color color(ColorSpace::catalog, {});
-    color.catalogName_ = catalogName;
-    color.colorName_ = colorName;
-    return color;
+    return Color({ColorSpace::catalog, {}, std::string(catalogName), std::string(colorName)});
 }
 
 Color Color::catalog(std::string_view catalogName, std::string_view colorName, const RGBA& fallback) {
     if (auto known = catalog(catalogName, colorName)) return *std::move(known);
-    Color color(ColorSpace::catalog, {fallback.red, fallback.green, fallback.blue, fallback.alpha});
-    color.catalogName_ = catalogName;
-    color.colorName_ = colorName;
-    return color;
+    return Color({ColorSpace::catalog,
+                  {fallback.red, fallback.green, fallback.blue, fallback.alpha},
+                  std::string(catalogName),
+                  std::string(colorName)});
 }
 
 Color Color::pattern() {
-    return {ColorSpace::pattern, {}};
+    return Color({ColorSpace::pattern, {}, {}, {}});
 }
 
 Color Color::black() {
@@ -189,14 +186,14 @@ std::optional<Color> Color::colorNamed(std::string_view name) {
 }
 
 double Color::alphaComponent() const {
-    if (space_ == ColorSpace::pattern) return 1;
-    if (space_ == ColorSpace::catalog) return rgba()->alpha;
-    return components_[alphaIndex(space_)];
+    if (space() == ColorSpace::pattern) return 1;
+    if (space() == ColorSpace::catalog) return rgba()->alpha;
+    return components()[alphaIndex(space())];
 }
 
 std::optional<Color::RGBA> Color::rgba() const {
-    const auto& c = components_;
-    switch (space_) {
+    const auto& c = components();
+    switch (space()) {
     case ColorSpace::sRGB:
     case ColorSpace::deviceRGB:
         return RGBA{c[0], c[1], c[2], c[3]};
@@ -208,7 +205,7 @@ std::optional<Color::RGBA> Color::rgba() const {
     case ColorSpace::deviceCMYK:
         return RGBA{(1 - c[0]) * (1 - c[3]), (1 - c[1]) * (1 - c[3]), (1 - c[2]) * (1 - c[3]), c[4]};
     case ColorSpace::catalog:
-        return resolved(catalogName_, colorName_).value_or(RGBA{c[0], c[1], c[2], c[3]});
+        return resolved(catalogNameComponent(), colorNameComponent()).value_or(RGBA{c[0], c[1], c[2], c[3]});
     case ColorSpace::pattern:
         break;
     }
@@ -216,16 +213,16 @@ std::optional<Color::RGBA> Color::rgba() const {
 }
 
 std::optional<Color::RGBA> Color::genericRGB() const {
-    const auto& c = components_;
-    if (space_ == ColorSpace::calibratedRGB) return RGBA{c[0], c[1], c[2], c[3]};
+    const auto& c = components();
+    if (space() == ColorSpace::calibratedRGB) return RGBA{c[0], c[1], c[2], c[3]};
     const std::optional<RGBA> color = rgba();
     if (!color) return std::nullopt;
     return converted(*color, kGenericFromSRGB, linearFromSRGB, genericFromLinear);
 }
 
 std::optional<Color> Color::usingComponents() const {
-    if (space_ == ColorSpace::pattern) return std::nullopt;
-    if (space_ != ColorSpace::catalog) return *this;
+    if (space() == ColorSpace::pattern) return std::nullopt;
+    if (space() != ColorSpace::catalog) return *this;
     const RGBA color = *rgba();
     return sRGB(color.red, color.green, color.blue, color.alpha);
 }
@@ -237,18 +234,20 @@ std::optional<Color> Color::usingDeviceRGB() const {
 }
 
 Color Color::withAlphaComponent(double alpha) const {
-    std::optional<Color> color = usingComponents();
+    const std::optional<Color> color = usingComponents();
     if (!color) return *this;
-    color->components_[alphaIndex(color->space_)] = alpha;
-    return *std::move(color);
+    Parts changed = *color->parts_;
+    changed.components[alphaIndex(changed.space)] = alpha;
+    return Color(std::move(changed));
 }
 
 Color Color::shadowWithLevel(double level) const {
-    std::optional<Color> color = space_ == ColorSpace::deviceCMYK ? usingDeviceRGB() : usingComponents();
+    const std::optional<Color> color = space() == ColorSpace::deviceCMYK ? usingDeviceRGB() : usingComponents();
     if (!color) return *this;
     const double kept = 1 - std::clamp(level, 0.0, 1.0);
-    for (std::size_t i = 0; i < alphaIndex(color->space_); ++i) color->components_[i] *= kept;
-    return *std::move(color);
+    Parts changed = *color->parts_;
+    for (std::size_t i = 0; i < alphaIndex(changed.space); ++i) changed.components[i] *= kept;
+    return Color(std::move(changed));
 }
 
 void registerColorAsset(std::string_view name, const Color::RGBA& light, const Color::RGBA& dark) {

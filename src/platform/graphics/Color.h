@@ -1,11 +1,14 @@
 // Counterpart of NSColor, as a value: a component color in one of a few spaces, a catalog color by name, or a pattern.
+// Copies share what they are made of: rich text holds the few colors of a page many thousand times.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace platform {
 
@@ -46,13 +49,13 @@ class Color {
     // Counterpart of colorNamed: an asset color registered with registerColorAsset; nothing when unknown.
     static std::optional<Color> colorNamed(std::string_view name);
 
-    ColorSpace space() const { return space_; }
-    bool isCatalogColor() const { return space_ == ColorSpace::catalog; }
-    const std::string& catalogNameComponent() const { return catalogName_; }
-    const std::string& colorNameComponent() const { return colorName_; }
+    ColorSpace space() const { return parts_->space; }
+    bool isCatalogColor() const { return space() == ColorSpace::catalog; }
+    const std::string& catalogNameComponent() const { return parts_->catalogName; }
+    const std::string& colorNameComponent() const { return parts_->colorName; }
 
     // The components in this color's own space, alpha last; 2 for gray, 4 for RGB, 5 for CMYK.
-    const std::array<double, 5>& components() const { return components_; }
+    const std::array<double, 5>& components() const { return parts_->components; }
     double alphaComponent() const;
 
     struct RGBA {
@@ -78,14 +81,18 @@ class Color {
     Color shadowWithLevel(double level) const;
 
     // Object equality: same space, same components or names.
-    friend bool operator==(const Color&, const Color&) = default;
+    friend bool operator==(const Color& a, const Color& b) { return a.parts_ == b.parts_ || *a.parts_ == *b.parts_; }
 
   private:
-    Color(ColorSpace space, const std::array<double, 5>& components) : space_(space), components_(components) {}
+    struct Parts {
+        ColorSpace space = ColorSpace::sRGB;
+        std::array<double, 5> components{}; // of a catalog color unknown here: its fallback in sRGB
+        std::string catalogName, colorName;
+        friend bool operator==(const Parts&, const Parts&) = default;
+    };
+    explicit Color(Parts parts) : parts_(std::make_shared<const Parts>(std::move(parts))) {}
 
-    ColorSpace space_ = ColorSpace::sRGB;
-    std::array<double, 5> components_{}; // of a catalog color unknown here: its fallback in sRGB
-    std::string catalogName_, colorName_;
+    std::shared_ptr<const Parts> parts_;
 };
 
 // Makes an asset color known under a name, with its light and its dark components in sRGB.

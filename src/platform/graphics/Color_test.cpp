@@ -131,6 +131,17 @@ TEST(Color, UnknownCatalogColorsKeepTheComponentsTheyCameWith) {
     EXPECT_EQ(Color::catalog("System", "textColor", {0.5, 0.25, 0, 1}), Color::textColor());
 }
 
+TEST(Color, CopiesShareTheirPartsAndChangesLeaveThemAlone) {
+    const Color color = Color::sRGB(1, 0.5, 0), copy = color;
+    EXPECT_EQ(&copy.components(), &color.components());
+    EXPECT_EQ(copy.withAlphaComponent(0.5).alphaComponent(), 0.5);
+    EXPECT_EQ(copy.shadowWithLevel(1).components()[0], 0);
+    EXPECT_EQ(color, Color::sRGB(1, 0.5, 0));
+    EXPECT_NE(color, Color::deviceRGB(1, 0.5, 0));
+    EXPECT_NE(color, Color::sRGB(1, 0.5, 0.1));
+    EXPECT_LE(sizeof(Color), 16U);
+}
+
 TEST(Color, AlphaAndShadowKeepTheSpace) {
     EXPECT_EQ(Color::sRGB(1, 0.5, 0).withAlphaComponent(0.15), Color::sRGB(1, 0.5, 0, 0.15));
     EXPECT_EQ(Color::black().withAlphaComponent(0.5), Color::calibratedWhite(0, 0.5));

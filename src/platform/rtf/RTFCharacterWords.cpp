@@ -35,13 +35,13 @@ std::size_t colorAttribute(const AttributeSet& attributes, AttributeName name, R
 }
 
 RTFCharacterState::Shadow shadowState(const Shadow& shadow, RTFColorTable& colors) {
-    RTFCharacterState::Shadow state{units(shadow.offsetX, kTwipsAPoint), units(shadow.offsetY, kTwipsAPoint),
-                                    units(shadow.blurRadius, kTwipsAPoint), units(kDefaultShadowOpacity, 255), 0};
-    if (!shadow.color) return state;
-    state.opacity = units(std::clamp(shadow.color->alphaComponent(), 0.0, 1.0), 255);
-    const auto components = shadow.color->rgba();
+    RTFCharacterState::Shadow state{units(shadow.offsetX(), kTwipsAPoint), units(shadow.offsetY(), kTwipsAPoint),
+                                    units(shadow.blurRadius(), kTwipsAPoint), units(kDefaultShadowOpacity, 255), 0};
+    if (!shadow.color()) return state;
+    state.opacity = units(std::clamp(shadow.color()->alphaComponent(), 0.0, 1.0), 255);
+    const auto components = shadow.color()->rgba();
     const bool black = !components || (components->red == 0 && components->green == 0 && components->blue == 0);
-    if (!black) state.color = colors.indexOf(shadow.color->withAlphaComponent(1));
+    if (!black) state.color = colors.indexOf(shadow.color()->withAlphaComponent(1));
     return state;
 }
 

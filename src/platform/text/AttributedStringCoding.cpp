@@ -57,7 +57,7 @@ std::size_t hashOf(const AttributeValue& value) {
         std::size_t operator()(const TextAttachmentReference& attachment) const {
             return std::hash<const void*>()(attachment.get());
         }
-        std::size_t operator()(const Shadow& shadow) const { return (*this)(shadow.blurRadius); }
+        std::size_t operator()(const Shadow& shadow) const { return (*this)(shadow.blurRadius()); }
         std::size_t operator()(const std::vector<std::int64_t>& numbers) const { return numbers.size(); }
     };
     return std::visit(Hash(), value);

@@ -72,15 +72,33 @@ inline const AttributeName kTrackingAttributeName{"CTTracking"};
 inline const AttributeName kAdaptiveImageAttributeName{"CTAdaptiveImageProvider"};
 inline const AttributeName kOriginalFontAttributeName{"NSOriginalFont"};
 
-// Counterpart of NSShadow. Offsets in points, y upwards.
-struct Shadow {
-    double offsetX = 0, offsetY = 0, blurRadius = 0;
-    std::optional<Color> color;
-    friend bool operator==(const Shadow&, const Shadow&) = default;
+// Counterpart of NSShadow, as a value. Offsets in points, y upwards. Copies share its parts: few texts have shadows,
+// and every attribute value would be as large as one.
+class Shadow {
+  public:
+    Shadow(double offsetX, double offsetY, double blurRadius, std::optional<Color> color)
+        : parts_(std::make_shared<const Parts>(Parts{offsetX, offsetY, blurRadius, std::move(color)})) {}
+
+    double offsetX() const { return parts_->offsetX; }
+    double offsetY() const { return parts_->offsetY; }
+    double blurRadius() const { return parts_->blurRadius; }
+    const std::optional<Color>& color() const { return parts_->color; }
+
+    friend bool operator==(const Shadow& a, const Shadow& b) { return a.parts_ == b.parts_ || *a.parts_ == *b.parts_; }
+
+  private:
+    struct Parts {
+        double offsetX, offsetY, blurRadius;
+        std::optional<Color> color;
+        friend bool operator==(const Parts&, const Parts&) = default;
+    };
+    std::shared_ptr<const Parts> parts_;
 };
 
 using AttributeValue = std::variant<std::int64_t, double, std::u16string, URL, Font, Color, ParagraphStyleReference,
                                     TextAttachmentReference, Shadow, std::vector<std::int64_t>>;
+// A large page holds a hundred thousand of them.
+static_assert(sizeof(AttributeValue) <= 40);
 
 // Equal by value; paragraph styles by what they say, attachments by identity; an integer equals a real of its value.
 bool equalAttributeValues(const AttributeValue& a, const AttributeValue& b);

@@ -68,6 +68,16 @@ TEST(AttributeValues, ConvertBetweenNumbers) {
     EXPECT_EQ(doubleValue(Font("Helvetica", 12)), 0.0);
 }
 
+TEST(Shadows, AreEqualByValue) {
+    const Shadow shadow(1, -2, 3, Color::black());
+    EXPECT_EQ(shadow, Shadow(1, -2, 3, Color::black()));
+    EXPECT_NE(shadow, Shadow(0, -2, 3, Color::black()));
+    EXPECT_NE(shadow, Shadow(1, 2, 3, Color::black()));
+    EXPECT_NE(shadow, Shadow(1, -2, 0, Color::black()));
+    EXPECT_NE(shadow, Shadow(1, -2, 3, std::nullopt));
+    EXPECT_TRUE(equalAttributeValues(shadow, Shadow(1, -2, 3, Color::black())));
+}
+
 TEST(AttributeSets, SortByNameAndKeepTheLaterOfTwo) {
     const AttributeSet set{
         {kKernAttributeName, std::int64_t{1}}, {kFontAttributeName, 2.0}, {kKernAttributeName, std::int64_t{3}}};

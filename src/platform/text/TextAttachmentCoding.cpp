@@ -31,17 +31,17 @@ Result<ArchivedObject> decodePlainAttachment(const ArchivedFields& fields) {
 }
 
 void encodeShadow(KeyedArchiver& archiver, const Shadow& shadow) {
-    archiver.encodeDouble("NSShadowBlurRadius", shadow.blurRadius);
-    archiver.encodeDouble("NSShadowHoriz", shadow.offsetX);
-    archiver.encodeDouble("NSShadowVert", shadow.offsetY);
-    if (shadow.color) archiver.encodeObject("NSShadowColor", std::make_shared<const Color>(*shadow.color));
+    archiver.encodeDouble("NSShadowBlurRadius", shadow.blurRadius());
+    archiver.encodeDouble("NSShadowHoriz", shadow.offsetX());
+    archiver.encodeDouble("NSShadowVert", shadow.offsetY());
+    if (shadow.color()) archiver.encodeObject("NSShadowColor", std::make_shared<const Color>(*shadow.color()));
 }
 
 Result<ArchivedObject> decodeShadow(const ArchivedFields& fields) {
-    Shadow shadow{fields.decodeLength("NSShadowHoriz"), fields.decodeLength("NSShadowVert"),
-                  fields.decodeLength("NSShadowBlurRadius"), std::nullopt};
-    if (const auto color = fields.decode<Color>("NSShadowColor")) shadow.color = *color;
-    return ArchivedObject(std::make_shared<const Shadow>(std::move(shadow)));
+    const auto color = fields.decode<Color>("NSShadowColor");
+    return ArchivedObject(std::make_shared<const Shadow>(
+        fields.decodeLength("NSShadowHoriz"), fields.decodeLength("NSShadowVert"),
+        fields.decodeLength("NSShadowBlurRadius"), color ? std::optional(*color) : std::nullopt));
 }
 
 } // namespace

@@ -98,8 +98,8 @@ std::string describe(const Color& color) {
 }
 
 std::string describe(const Shadow& shadow) {
-    std::string out = fmt::format("{},{} blur {}", shadow.offsetX, shadow.offsetY, shadow.blurRadius);
-    if (shadow.color) out += " " + describe(*shadow.color);
+    std::string out = fmt::format("{},{} blur {}", shadow.offsetX(), shadow.offsetY(), shadow.blurRadius());
+    if (shadow.color()) out += " " + describe(*shadow.color());
     return out;
 }
 

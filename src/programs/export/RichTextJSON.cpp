@@ -71,8 +71,8 @@ class AttributeValues {
         return next_;
     }
     json operator()(const platform::Shadow& shadow) const {
-        json form{{"offsetX", shadow.offsetX}, {"offsetY", shadow.offsetY}, {"blurRadius", shadow.blurRadius}};
-        if (shadow.color) form["color"] = jsonFromColor(*shadow.color);
+        json form{{"offsetX", shadow.offsetX()}, {"offsetY", shadow.offsetY()}, {"blurRadius", shadow.blurRadius()}};
+        if (shadow.color()) form["color"] = jsonFromColor(*shadow.color());
         return form;
     }
     json operator()(const std::vector<std::int64_t>& numbers) const { return numbers; }
