@@ -2,6 +2,7 @@
 // writing it again changes nothing.
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -39,15 +40,20 @@ void prepare() {
     };
 }
 
+[[noreturn]] void failed(const char* what, const Error& error) {
+    std::fprintf(stderr, "%s: %s\n", what, error.description().c_str());
+    std::abort();
+}
+
 std::shared_ptr<FileWrapper> written(const QLTNoteFile& note) {
     const auto package = note.fileWrapper();
-    if (!package) std::abort();
+    if (!package) failed("writing", package.error());
     return *package;
 }
 
 std::unique_ptr<QLTNoteFile> readAgain(const FileWrapper& package) {
     auto note = QLTNoteFile::initWithFileWrapper(package);
-    if (!note) std::abort();
+    if (!note) failed("reading again", note.error());
     return *std::move(note);
 }
 
@@ -61,6 +67,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!note) return 0;
     const auto settled = readAgain(*written(**note));
     const auto again = readAgain(*written(*settled));
-    if (textDump(again->noteText()) != textDump(settled->noteText())) std::abort();
-    return 0;
+    const std::string before = textDump(settled->noteText()), after = textDump(again->noteText());
+    if (after == before) return 0;
+    std::fprintf(stderr, "settled:\n%s\nwritten and read again:\n%s\n", before.c_str(), after.c_str());
+    std::abort();
 }

@@ -58,7 +58,7 @@ struct PackageParts {
     bool hasText = false; // an entry "NoteText" was met
     std::optional<AttributedString> text;
     std::optional<Error> textError;
-    Dictionary attributes;
+    std::optional<Dictionary> attributes; // nothing where they are missing or damaged
     std::map<std::string, std::shared_ptr<FileWrapper>, std::less<>> files;
 };
 
@@ -98,12 +98,14 @@ TextAttachmentReference restoredAttachment(const TextAttachmentReference& attach
     if (stored == parts.files.end()) return nullptr;
 
     TextAttachmentReference restored = attachment->sameClassWithFileWrapper(stored->second);
-    const auto* file = dynamic_cast<const QLTFileAttachment*>(attachment.get());
-    if (file && file->convertToInPlaceOnMac()) return std::make_shared<TextAttachment>(stored->second);
+    if (const auto* file = dynamic_cast<const QLTFileAttachment*>(attachment.get())) {
+        if (!file->convertToInPlaceOnMac()) return restored;
+        restored = std::make_shared<TextAttachment>(stored->second);
+    }
+    // What cannot be shown in the text is a file again, even where it was meant to be shown there.
     const auto type = platform::UTType::typeWithIdentifier(restored->fileType());
-    const bool isAudio = type && type->conformsTo("public.audio");
-    if (!file && (isAudio || isPasswordProtectedPDF(*restored)))
-        return QLTFileAttachment::fileAttachmentWithAttachment(*restored);
+    const bool isAudio = type && type->conformsTo(platform::kUTTypeAudio);
+    if (isAudio || isPasswordProtectedPDF(*restored)) return QLTFileAttachment::fileAttachmentWithAttachment(*restored);
     return restored;
 }
 
@@ -124,13 +126,25 @@ void removeWhiteBackgrounds(AttributedString& text) {
     });
 }
 
-// Gives the paragraph of each checkbox its style.
+// Gives the paragraph of each checkbox its style; of several in one paragraph the last one's counts. A paragraph is
+// looked for and rewritten once, however many boxes it holds.
 void styleChecklistParagraphs(AttributedString& text) {
     std::vector<StyledRange> paragraphs;
-    for (const AttachmentRun& run : attachmentsOf(text))
-        if (const auto* box = dynamic_cast<const QLTChecklistTextAttachment*>(run.attachment.get()))
-            paragraphs.emplace_back(platform::paragraphAt(text.string(), run.range.location).enclosing,
-                                    box->checklistParagraphStyle());
+    const QLTChecklistTextAttachment* last = nullptr; // in the paragraph that is listed last
+    const auto styleParagraph = [&] {
+        if (last) paragraphs.back().second = last->checklistParagraphStyle();
+    };
+    const std::vector<AttachmentRun> attachments = attachmentsOf(text);
+    for (const AttachmentRun& run : attachments) {
+        const auto* box = dynamic_cast<const QLTChecklistTextAttachment*>(run.attachment.get());
+        if (!box) continue;
+        if (!last || run.range.location >= paragraphs.back().first.end()) {
+            styleParagraph();
+            paragraphs.emplace_back(platform::paragraphAt(text.string(), run.range.location).enclosing, nullptr);
+        }
+        last = box;
+    }
+    styleParagraph();
     setParagraphStyles(text, paragraphs);
 }
 
@@ -143,6 +157,7 @@ void restoreDividers(AttributedString& text, const Dictionary& attributes) {
     std::vector<TextEdit> edits;
     std::size_t limit = text.length();
     for (auto value = ranges->rbegin(); value != ranges->rend(); ++value) {
+        if (!value->as<std::u16string>()) continue;
         const Range range = platform::rangeFromString(value->utf8());
         if (range.location >= limit || range.length > limit - range.location) continue;
         if (range.end() >= text.length()) continue;
@@ -163,7 +178,7 @@ AttributeSet withHighlightColors(const AttributeSet& attributes, std::int64_t ty
 void restoreHighlights(AttributedString& text, bool usesColorTypes) {
     text.transformAttributes({0, text.length()}, [&](const AttributeSet::Reference& attributes, Range) {
         const AttributeValue* value = attributes->find(QLTHighlightTextAttributeName);
-        if (!value) return attributes;
+        if (!isHighlight(value)) return attributes;
         const std::int64_t type = platform::integerValue(*value);
         if (usesColorTypes) {
             if (type == kHighlightInOwnColors) return attributes;
@@ -201,7 +216,7 @@ Result<> QLTNoteFile::readFileWrapper(const FileWrapper& wrapper) {
     if (!wrapper.isDirectory())
         return platform::failure(noteFileError(QLTNoteFileInvalidFormatErrorCode, kNotAPackage));
     PackageParts parts = partsOf(wrapper);
-    takeAttributes(parts.attributes);
+    if (parts.attributes) takeAttributes(*parts.attributes);
     // The attributes count even where the text has to come from the RTFD part.
     if ((!parts.text || !parts.hasText) && parts.files.contains(kRTFDTextEntry))
         return platform::failure(noteFileError(QLTNoteFileRecoverFromRTFDErrorCode, kUnreadable));
@@ -217,8 +232,9 @@ Result<> QLTNoteFile::readFileWrapper(const FileWrapper& wrapper) {
     checkForTextListsAndConvertIfNecessary(text);
     removeWhiteBackgrounds(text);
     styleChecklistParagraphs(text);
-    restoreDividers(text, parts.attributes);
-    restoreHighlights(text, booleanUnder(parts.attributes, "usesColorTypes"));
+    const Dictionary attributes = std::move(parts.attributes).value_or(Dictionary());
+    restoreDividers(text, attributes);
+    restoreHighlights(text, booleanUnder(attributes, "usesColorTypes"));
     noteText_ = std::move(text);
     return {};
 }
@@ -228,8 +244,9 @@ void QLTNoteFile::takeAttributes(const Dictionary& attributes) {
     if (const Value* color = platform::find(attributes, "backgroundColor"))
         if (const auto* components = color->as<Dictionary>())
             backgroundColor_ = colorFromPropertyListRepresentation(*components);
-    if (const Value* drawings = platform::find(attributes, "drawingsData"))
-        if (const auto* dictionary = drawings->as<Dictionary>()) drawingData_ = *dictionary;
+    const Value* drawings = platform::find(attributes, "drawingsData");
+    const auto* drawingsByKey = drawings ? drawings->as<Dictionary>() : nullptr;
+    drawingData_ = drawingsByKey ? std::optional(*drawingsByKey) : std::nullopt;
 }
 
 Result<> QLTNoteFile::readFileAtURL(const platform::URL& fileURL) {

@@ -34,6 +34,11 @@ class NoteFileReading : public NoteFileFixture {
         package->setFileWrapper(std::string(name), file(name, contents));
         return package;
     }
+    static std::shared_ptr<QLTFileAttachment> shownInPlace() {
+        auto attachment = std::make_shared<QLTFileAttachment>();
+        attachment->setConvertToInPlaceOnMac(true);
+        return attachment;
+    }
     static const Color* color(const AttributedString& text, platform::AttributeName name, std::size_t position) {
         return text.attributesAt(position).find<Color>(name);
     }
@@ -68,18 +73,38 @@ TEST_F(NoteFileReading, AbsentOrOddAttributesLeaveTheirDefaults) {
          {"drawingsData", Value(1)},
          {"dividerRanges", Value("{0, 1}")},
          {"usesColorTypes", Value(Array())}},
-        {{"dividerRanges", Value(Array{Value(7), Value(), Value("no range"), Value("{-1, 5}")})}},
+        {{"dividerRanges", Value(Array{Value(7), Value(Array()), Value(true), Value("{9, 0}"), Value("{1, 8}")})}},
     };
     for (const Dictionary& attributes : cases) {
         const auto package = packageWithArchive(plain(u"some text"));
-        if (const auto plist = platform::binaryDataFromPropertyList(attributes))
-            package->setFileWrapper("NoteAttributes", FileWrapper::regularFile(Data(*plist)));
+        const auto plist = platform::binaryDataFromPropertyList(attributes);
+        ASSERT_TRUE(plist) << plist.error().description();
+        package->setFileWrapper("NoteAttributes", FileWrapper::regularFile(Data(*plist)));
         const auto note = noteFrom(*package);
         EXPECT_EQ(note->noteText().string(), u"some text");
         EXPECT_FALSE(note->showSmallImages());
         EXPECT_FALSE(note->backgroundColor());
         EXPECT_FALSE(note->drawingDataByAttachmentKey());
     }
+}
+
+// A document that reads another package: what that one says nothing of stays only where it has no attributes at all.
+TEST_F(NoteFileReading, ASecondPackageReplacesWhatTheFirstOneSaid) {
+    const Dictionary drawings{{"key", Value(Data("drawing"))}};
+    const auto first =
+        packageWithArchive(plain(u"first"), {{"showSmallImages", Value(true)}, {"drawingsData", Value(drawings)}});
+    const auto bare = packageWithArchive(plain(u"bare"));
+    bare->removeFileWrapper(kNoteAttributesEntry);
+    QLTNoteFile note;
+    ASSERT_TRUE(note.readFileWrapper(*first));
+    ASSERT_TRUE(note.readFileWrapper(*bare));
+    EXPECT_EQ(note.noteText().string(), u"bare");
+    EXPECT_TRUE(note.showSmallImages());
+    EXPECT_EQ(note.drawingDataByAttachmentKey(), drawings);
+    ASSERT_TRUE(note.readFileWrapper(*packageWithArchive(plain(u"second"), {{"usesColorTypes", Value(true)}})));
+    EXPECT_EQ(note.noteText().string(), u"second");
+    EXPECT_FALSE(note.showSmallImages());
+    EXPECT_FALSE(note.drawingDataByAttachmentKey());
 }
 
 TEST_F(NoteFileReading, AnEmptyTextIsAnEmptyNoteWhateverFollows) {
@@ -118,8 +143,7 @@ TEST_F(NoteFileReading, AnAttachmentWhoseFileIsMissingStaysAPlaceholder) {
 }
 
 TEST_F(NoteFileReading, ChoosesTheClassOfAttachment) {
-    const auto inPlace = std::make_shared<QLTFileAttachment>();
-    inPlace->setConvertToInPlaceOnMac(true);
+    const auto inPlace = shownInPlace();
     const std::string locked = data("pdf/user-password.pdf"), open = data("pdf/open.pdf");
     struct Case {
         std::string what;
@@ -128,6 +152,9 @@ TEST_F(NoteFileReading, ChoosesTheClassOfAttachment) {
     };
     const Case cases[] = {
         {"to be shown in place", inPlace, "a.zip", "zipped", "NSTextAttachment"},
+        {"sound to be shown in place", shownInPlace(), "sound.mp3", "noise", "QLTFileAttachment"},
+        {"protected, to be shown in place", shownInPlace(), "a.pdf", locked, "QLTFileAttachment"},
+        {"open, to be shown in place", shownInPlace(), "a.pdf", open, "NSTextAttachment"},
         {"a file", std::make_shared<QLTFileAttachment>(), "a.zip", "zipped", "QLTFileAttachment"},
         {"sound", std::make_shared<TextAttachment>(), "sound.mp3", "noise", "QLTFileAttachment"},
         {"a file of sound", std::make_shared<QLTFileAttachment>(), "sound.wav", "noise", "QLTFileAttachment"},
@@ -147,9 +174,7 @@ TEST_F(NoteFileReading, ChoosesTheClassOfAttachment) {
 }
 
 TEST_F(NoteFileReading, ReadingLosesTheWishToShowInPlaceOnceItIsGranted) {
-    const auto inPlace = std::make_shared<QLTFileAttachment>();
-    inPlace->setConvertToInPlaceOnMac(true);
-    const auto note = noteFrom(*packageWithFile(inPlace, "a.mov", "moving"));
+    const auto note = noteFrom(*packageWithFile(shownInPlace(), "a.mov", "moving"));
     const auto again = noteFrom(*packageOf(*note));
     EXPECT_EQ(attachmentAt(again->noteText(), 0)->className(), "NSTextAttachment");
 }
@@ -222,6 +247,27 @@ TEST_F(NoteFileReading, StylesTheParagraphsOfCheckboxes) {
     EXPECT_FALSE(style(13));
 }
 
+TEST_F(NoteFileReading, TheLastOfSeveralBoxesStylesTheirParagraph) {
+    const auto note = noteFrom(*packageWithArchive(
+        joined(checkbox(false, 0), checkbox(false, 1), checkbox(false, 3), plain(u"item\n"), checkbox(false, 1))));
+    for (std::size_t position = 0; position < 9; ++position) {
+        const auto& style = paragraphStyleAt(note->noteText(), position);
+        EXPECT_EQ(style.headIndent, position < 8 ? 74 : 38) << position;
+    }
+}
+
+// One paragraph of this many boxes: work on the whole paragraph for each of them would take minutes.
+TEST_F(NoteFileReading, ManyBoxesInOneParagraphAreReadInOnePass) {
+    constexpr std::size_t kBoxes = 50'000;
+    AttributedString text;
+    for (std::size_t box = 0; box < kBoxes; ++box)
+        text.append(AttributedString::withAttachment(std::make_shared<QLTChecklistTextAttachment>()));
+    const auto note = noteFrom(*packageWithArchive(text));
+    EXPECT_EQ(note->noteText().length(), kBoxes);
+    EXPECT_EQ(paragraphStyleAt(note->noteText(), 0).headIndent, 20);
+    EXPECT_EQ(paragraphStyleAt(note->noteText(), kBoxes - 1).headIndent, 20);
+}
+
 TEST_F(NoteFileReading, PaintsHighlightsByTheirColorType) {
     AttributedString text;
     for (const std::int64_t type : {1, 2, 3, 4, 5, 999, 77})
@@ -248,6 +294,9 @@ TEST_F(NoteFileReading, OlderHighlightsTakeTheirTypeFromTheBackground) {
                                    with(platform::kBackgroundColorAttributeName, other, u"o"), plain(u"n"));
     text.addAttribute(QLTHighlightTextAttributeName, std::int64_t{1}, {0, 3});
     text.append(with(platform::kBackgroundColorAttributeName, green, u"u")); // not highlighted at all
+    AttributedString off = with(platform::kBackgroundColorAttributeName, green, u"z");
+    off.addAttribute(QLTHighlightTextAttributeName, std::int64_t{0}, {0, 1});
+    text.append(off);
     const auto note = noteFrom(*packageWithArchive(text, {{"usesColorTypes", Value(false)}}));
     const auto type = [&](std::size_t position) {
         const auto* value = note->noteText().attributeAt(QLTHighlightTextAttributeName, position);
@@ -257,6 +306,7 @@ TEST_F(NoteFileReading, OlderHighlightsTakeTheirTypeFromTheBackground) {
     EXPECT_EQ(type(1), 1) << "a color of no type changes nothing";
     EXPECT_EQ(type(2), 1);
     EXPECT_EQ(type(3), -1);
+    EXPECT_EQ(type(4), 0) << "0 is no highlight";
 }
 
 // What reading changes in a text as it was archived, and nothing else.

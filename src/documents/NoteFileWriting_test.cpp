@@ -298,6 +298,22 @@ TEST_F(NoteFileWriting, GivesEveryAttachmentANameOfItsOwn) {
     EXPECT_EQ(package->fileWrappers().size(), std::size(cases) + 3);
 }
 
+TEST_F(NoteFileWriting, AnIdentifierThatIsANameAlreadyIsNotTakenTwice) {
+    const platform::UUID first = environment_->newUUID();
+    environment_->newUUID = [taken = first, count = std::uint8_t{}]() mutable {
+        platform::UUID next = taken;
+        next.bytes.front() = static_cast<std::uint8_t>(count++ / 2); // each twice
+        return next;
+    };
+    const std::string name = first.string() + ".png";
+    const auto package =
+        packageOf(joined(attached(name, "1"), attached("a.png", "2"), attached("a.png", "3"), attached("a.png", "4")));
+    const AttributedString archived = archivedTextOf(*package);
+    for (std::size_t i = 0; i < archived.length(); ++i)
+        EXPECT_EQ(contentsOf(*package, attachmentAt(archived, i)->fileWrapper()->preferredFilename()),
+                  std::to_string(i + 1));
+}
+
 TEST_F(NoteFileWriting, LeavesTheNotesOwnAttachmentsTheirNames) {
     QLTNoteFile note;
     note.setNoteText(joined(attached("a.txt", "1"), attached("a.txt", "2")));

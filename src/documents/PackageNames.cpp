@@ -77,7 +77,8 @@ AttributedString textWithPackageNames(const AttributedString& text) {
         if (!isPackageFile(*run.attachment)) continue;
         const FileWrapper& wrapper = *run.attachment->fileWrapper();
         std::string key = safeComponent(wrapper.preferredFilename());
-        if (key.empty() || hidesPackageEntry(key) || taken.contains(key)) key = uniqueName(key);
+        const std::string wanted = key;
+        while (key.empty() || hidesPackageEntry(key) || taken.contains(key)) key = uniqueName(wanted);
         if (key != wrapper.preferredFilename())
             renamings.push_back(
                 attachmentEdit(text, run.range, run.attachment->sameClassWithFileWrapper(renamed(wrapper, key))));
