@@ -22,7 +22,7 @@ inline constexpr std::string_view kCancelMessage = "cancel";
 inline constexpr std::string_view kEntryEvent = "entry";         // an item entry
 inline constexpr std::string_view kNoteErrorEvent = "noteError"; // the error of a note that failed
 inline constexpr std::string_view kProgressEvent = "progress";   // an array: bytes read, bytes in all
-inline constexpr std::string_view kLogEvent = "log";             // bytes for the import's log
+inline constexpr std::string_view kLogEvent = "log"; // bytes for the import's log, a piece of a line at least
 inline constexpr std::string_view kSystemLogEvent = "systemLog"; // an entry for the system log
 inline constexpr std::string_view kFinishEvent = "finish";       // true, or the error that ended the import
 
@@ -37,6 +37,9 @@ struct WorkerRequest {
 };
 
 // The worker's end: sends events. When the service is gone there is nothing left to work for, and the process ends.
+//
+// A channel's messages have a greatest size, and a note may have a title or a source that passes it: such a note is
+// reported as failed, in a few words, and the import goes on.
 class WorkerReport {
   public:
     explicit WorkerReport(platform::MessageChannel& channel) : channel_(channel) {}
@@ -50,6 +53,7 @@ class WorkerReport {
 
   private:
     void send(std::string_view event, platform::Value value) const;
+    bool sendIfShortEnough(std::string_view event, platform::Value value) const;
 
     platform::MessageChannel& channel_;
 };

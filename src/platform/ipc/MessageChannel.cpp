@@ -26,7 +26,7 @@ Error channelError(int errorNumber) {
 
 Result<> MessageChannel::send(const Dictionary& message) {
     std::string bytes = TRY(encodedMessage(message));
-    if (bytes.size() > kMaximumSize) return failure(channelError(EMSGSIZE));
+    if (bytes.size() > maximumSize_) return failure(channelError(EMSGSIZE));
     const auto length = static_cast<Length>(bytes.size());
     std::array<char, sizeof length> head{};
     std::memcpy(head.data(), &length, sizeof length);
@@ -63,7 +63,7 @@ Result<std::optional<Dictionary>> MessageChannel::receive(std::optional<std::chr
     Length length = 0;
     std::memcpy(&length, head.data(), sizeof length);
     if (headSize < head.size()) return failure(channelError(ECONNRESET));
-    if (length > kMaximumSize) return failure(channelError(EMSGSIZE));
+    if (length > maximumSize_) return failure(channelError(EMSGSIZE));
     std::string bytes(length, '\0');
     if (TRY(readInto(bytes.data(), bytes.size(), patience)) < bytes.size()) return failure(channelError(ECONNRESET));
     return TRY(decodedMessage(bytes));

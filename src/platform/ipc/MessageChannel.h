@@ -13,12 +13,14 @@ namespace platform {
 
 class MessageChannel {
   public:
-    // The longest message that is taken in; a longer one is an error, not an allocation.
     static constexpr std::size_t kMaximumSize = std::size_t{64} << 20;
 
-    explicit MessageChannel(Descriptor socket) : socket_(std::move(socket)) {}
+    // The longest message, in bytes, that is sent or taken in; a longer one is an error (EMSGSIZE), not an allocation.
+    explicit MessageChannel(Descriptor socket, std::size_t maximumSize = kMaximumSize)
+        : socket_(std::move(socket)), maximumSize_(maximumSize) {}
 
-    // Callable from any thread; messages do not mix. An error when the other side is gone or the message is too long.
+    // Callable from any thread; messages do not mix. An error when the other side is gone, or when the message is too
+    // long: then nothing of it has been sent.
     Result<> send(const Dictionary& message);
 
     // Waits for the next message: from one thread at a time. Nothing when the other side has closed between messages;
@@ -30,6 +32,7 @@ class MessageChannel {
     Result<std::size_t> readInto(char* bytes, std::size_t size, std::optional<std::chrono::milliseconds> patience);
 
     Descriptor socket_;
+    std::size_t maximumSize_;
     std::mutex sending_;
 };
 
