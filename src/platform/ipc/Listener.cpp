@@ -30,6 +30,16 @@ Error takenError(GError* error, BusError code) {
     return taken;
 }
 
+// The last reference may be an import's that has just sent progress, while the library is about to call the objects of
+// the connection on the listener's thread: they go there.
+void releaseConnection(BusConnection* connection) {
+    const auto release = [](gpointer released) -> gboolean {
+        delete static_cast<BusConnection*>(released);
+        return G_SOURCE_REMOVE;
+    };
+    g_main_context_invoke(nullptr, release, connection);
+}
+
 using MainLoop = std::unique_ptr<GMainLoop, void (*)(GMainLoop*)>;
 
 } // namespace
@@ -121,10 +131,10 @@ Result<std::shared_ptr<ExportedObject>> Listener::State::objectFor(const std::st
     if (stopping) return failure(busError(BusError::failed, "The service is shutting down."));
     auto known = connections.find(client);
     if (known == connections.end()) {
-        auto connection = std::make_shared<BusConnection>(context, client);
+        const std::shared_ptr<BusConnection> connection(new BusConnection(context, client), releaseConnection);
         if (!delegate.listenerShouldAcceptNewConnection(listener, connection))
             return failure(busError(BusError::accessDenied, "The service does not serve this client."));
-        known = connections.emplace(client, std::move(connection)).first;
+        known = connections.emplace(client, connection).first;
         known->second->watch([this, client] { connections.erase(client); });
     }
     return known->second->exportedObject();
