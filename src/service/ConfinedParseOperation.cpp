@@ -46,8 +46,10 @@ void ConfinedParseOperation::cancel() {
     if (worker_) sendCancel();
 }
 
-// A worker that is gone needs none, and its end is noticed elsewhere.
+// Once: a worker reads no second one, and a full channel would hold up who cancels. One that is gone needs none, and
+// its end is noticed elsewhere.
 void ConfinedParseOperation::sendCancel() {
+    if (std::exchange(cancelSent_, true)) return;
     (void)worker_->channel().send({{std::string(kCancelMessage), Value(true)}});
 }
 

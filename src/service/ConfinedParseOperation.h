@@ -43,6 +43,7 @@ class ConfinedParseOperation : public EvernoteXMLParseOperation {
     WorkerProgram program_;
     std::mutex mutex_;
     std::unique_ptr<platform::WorkerProcess> worker_; // guarded by mutex_ while cancel may come
+    bool cancelSent_ = false;                         // guarded by mutex_
     bool workerFinished_ = false;
 };
 

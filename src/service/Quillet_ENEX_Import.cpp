@@ -97,7 +97,7 @@ void Quillet_ENEX_Import::importENEXFile(const URL& file, const Dictionary& opti
     items_.clear();
     failedItemNames_.clear();
     logStream_ = std::move(logStream);
-    operation_ = operation;
+    operations_.push_back(operation);
     operationQueue_->addOperation(std::move(operation));
 }
 
@@ -155,7 +155,7 @@ void Quillet_ENEX_Import::finish(Job& job, const std::optional<Error>& error) {
             reply.emplace(kErrorNotesReplyKey, failedItemNames_);
         }
         // The operation's blocks hold this importer; it must not hold the operation any longer.
-        if (operation_ == job.operation.lock()) operation_.reset();
+        std::erase(operations_, job.operation.lock());
     }
     if (Reply replyBlock = std::exchange(job.reply, nullptr)) replyBlock(std::move(reply));
 }
@@ -179,7 +179,7 @@ void Quillet_ENEX_Import::setProgressBlock(ProgressBlock block) {
 
 void Quillet_ENEX_Import::cancel() {
     const std::lock_guard lock(mutex_);
-    if (operation_) operation_->cancel();
+    for (const auto& operation : operations_) operation->cancel();
 }
 
 Array Quillet_ENEX_Import::items() const {

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "platform/base/Value.h"
 #include "platform/operations/OperationQueue.h"
@@ -56,7 +57,8 @@ class Quillet_ENEX_Import : public QLTImportENEXProtocol, public std::enable_sha
 
     // For the imports that are started from now on.
     void setProgressBlock(ProgressBlock block);
-    // Ends the running import after the note under way; its reply takes the error form. Callable from any thread.
+    // Ends what runs, also imports that a later call has taken over, after the note under way; the replies take the
+    // error form. Callable from any thread.
     void cancel();
 
     // Snapshots, in the order in which the notes' end tags were read.
@@ -79,7 +81,7 @@ class Quillet_ENEX_Import : public QLTImportENEXProtocol, public std::enable_sha
     platform::Array items_;
     platform::Array failedItemNames_;
     std::shared_ptr<OutputStream> logStream_;
-    std::shared_ptr<EvernoteXMLParseOperation> operation_;
+    std::vector<std::shared_ptr<EvernoteXMLParseOperation>> operations_; // those that have not replied
     ProgressBlock progressBlock_;
 };
 
