@@ -23,12 +23,21 @@ platform::Error invalid(const std::string& text) {
     return platform::busError(BusError::invalidArguments, text);
 }
 
+// As much of a caller's text as belongs into a message to it.
+std::string shown(const std::string& text) {
+    constexpr std::size_t kMost = 200;
+    if (text.size() <= kMost) return text;
+    std::size_t end = kMost;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end; // not inside a character
+    return text.substr(0, end) + "…";
+}
+
 Result<URL> fileURL(const Value& argument, std::string_view what) {
     const std::string text = argument.utf8();
     const auto url = URL::fromString(text);
     const bool isHere = url && url->isFileURL() && (url->host().value_or("").empty() || url->host() == "localhost");
     if (!isHere || !url->path().starts_with('/') || url->path().find('\0') != std::string::npos)
-        return platform::failure(invalid("The " + std::string(what) + " \"" + text + "\" is no file URL."));
+        return platform::failure(invalid("The " + std::string(what) + " \"" + shown(text) + "\" is no file URL."));
     return *url;
 }
 

@@ -14,9 +14,10 @@ using platform::PathAccess;
 
 namespace {
 
+// A directory that the environment names; "" for none, also when the name is no absolute path.
 std::string environmentPath(const char* variable) {
     const char* value = std::getenv(variable);
-    return value ? value : "";
+    return value && *value == '/' ? value : "";
 }
 
 std::string preferencesFile(std::string_view domain) {

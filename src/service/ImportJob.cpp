@@ -16,28 +16,25 @@ std::string tooLargeText(const Dictionary& reply) {
     return "The outputs are in place; the log is " + (log ? log->utf8() : "missing") + ".";
 }
 
-void ImportJob::start(std::shared_ptr<Quillet_ENEX_Import> importer, const ImportCall& call,
-                      Quillet_ENEX_Import::ProgressBlock sendProgress, platform::Listener& listener) {
-    importer_ = std::move(importer);
+void ImportJob::start(std::shared_ptr<ImportRun> run, platform::OperationQueue& queue, platform::Listener& listener,
+                      Quillet_ENEX_Import::ProgressBlock sendProgress, std::shared_ptr<void> place) {
+    run_ = std::move(run);
     const std::weak_ptr<ImportJob> weak = weak_from_this();
-    importer_->setProgressBlock([weak, send = std::move(sendProgress)](const ImportProgress& progress) {
-        send(progress);
-        if (const auto job = weak.lock()) job->progressed(progress);
-    });
-    const std::weak_ptr<Quillet_ENEX_Import> running = importer_;
-    auto work = listener.beginWork([running] {
-        if (const auto import = running.lock()) import->cancel();
-    });
-    importer_->importENEXFile(call.file, call.options, call.directory,
-                              [weak, work = std::move(work)](Dictionary reply) mutable {
-                                  if (const auto job = weak.lock()) job->finish(std::move(reply));
-                                  work.reset();
-                              });
+    run_->begin(
+        queue, listener,
+        [weak, send = std::move(sendProgress)](const ImportProgress& progress) {
+            send(progress);
+            if (const auto job = weak.lock()) job->progressed(progress);
+        },
+        [weak, place = std::move(place)](Dictionary reply) mutable {
+            place.reset(); // before the reply, after which the client may call again
+            if (const auto job = weak.lock()) job->finish(std::move(reply));
+        });
 }
 
 void ImportJob::handleCall(platform::MethodCall call, platform::MethodReply reply) {
     if (call.method == kCancelMethod) {
-        importer_->cancel();
+        run_->cancel();
         return reply(Array{}, {});
     }
     const std::lock_guard lock(mutex_);

@@ -9,7 +9,8 @@
 
 #include "platform/ipc/Connection.h"
 #include "platform/ipc/Listener.h"
-#include "service/ImportCall.h"
+#include "platform/operations/OperationQueue.h"
+#include "service/ImportRun.h"
 #include "service/ProgressPace.h"
 #include "service/Quillet_ENEX_Import.h"
 
@@ -17,12 +18,13 @@ namespace quillet {
 
 class ImportJob : public platform::ExportedObject, public std::enable_shared_from_this<ImportJob> {
   public:
-    // `stay` keeps the service up for as long as the object may be asked for its reply.
+    // `stay` is held for as long as the object may be asked for its reply.
     ImportJob(std::string path, std::weak_ptr<platform::Connection> connection, std::shared_ptr<void> stay)
         : path_(std::move(path)), connection_(std::move(connection)), stay_(std::move(stay)) {}
 
-    void start(std::shared_ptr<Quillet_ENEX_Import> importer, const ImportCall& call,
-               Quillet_ENEX_Import::ProgressBlock sendProgress, platform::Listener& listener);
+    // `place` is held until the import has ended.
+    void start(std::shared_ptr<ImportRun> run, platform::OperationQueue& queue, platform::Listener& listener,
+               Quillet_ENEX_Import::ProgressBlock sendProgress, std::shared_ptr<void> place);
 
     void handleCall(platform::MethodCall call, platform::MethodReply reply) override;
     platform::Value property(std::string_view interface, std::string_view name) override;
@@ -35,7 +37,7 @@ class ImportJob : public platform::ExportedObject, public std::enable_shared_fro
     std::string path_;
     std::weak_ptr<platform::Connection> connection_;
     std::shared_ptr<void> stay_;
-    std::shared_ptr<Quillet_ENEX_Import> importer_;
+    std::shared_ptr<ImportRun> run_;
     ProgressPace pace_;
 
     mutable std::mutex mutex_; // guards everything below

@@ -8,7 +8,7 @@ namespace quillet {
 
 bool ServiceDelegate::listenerShouldAcceptNewConnection(platform::Listener& listener,
                                                         const std::shared_ptr<platform::Connection>& connection) {
-    connection->setExportedObject(std::make_shared<ImportClient>(listener, connection, program_));
+    connection->setExportedObject(std::make_shared<ImportClient>(listener, connection, program_, imports_));
     return true;
 }
 

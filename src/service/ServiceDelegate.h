@@ -2,13 +2,18 @@
 #pragma once
 
 #include "platform/ipc/Listener.h"
+#include "service/Capacity.h"
 #include "service/ConfinedParseOperation.h"
 
 namespace quillet {
 
-// Nothing is shared between clients; what the delegate holds says only how workers are started.
+// Clients share nothing but the number of imports that may run; what else the delegate holds says how workers are
+// started.
 class ServiceDelegate : public platform::ListenerDelegate {
   public:
+    // Each import is a process that may take gigabytes.
+    static constexpr int kMaximumImports = 64;
+
     explicit ServiceDelegate(WorkerProgram program) : program_(std::move(program)) {}
 
     // @sel listener:shouldAcceptNewConnection:
@@ -17,6 +22,7 @@ class ServiceDelegate : public platform::ListenerDelegate {
 
   private:
     WorkerProgram program_;
+    Capacity imports_{kMaximumImports};
 };
 
 // The service as it is offered on the bus.
