@@ -176,10 +176,16 @@ void printSummary(const std::string& file, const Dictionary& reply) {
     fmt::print("  log: {}\n", shown(logPath(reply)));
 }
 
+// The text behind the file's name as it was given; an error within the file names it already, by its whole path.
+std::string placed(const std::string& file, std::string text) {
+    const std::string path = URL::fileURLWithPath(file).path() + ": ";
+    return file + ": " + (text.starts_with(path) ? text.substr(path.size()) : text);
+}
+
 // The reply's part of the exit status; reports its error.
 int statusOf(const std::string& file, const Dictionary& reply) {
     if (const Value* value = platform::find(reply, kErrorReplyKey)) {
-        if (const platform::Error* error = value->asError()) printMessage(file + ": " + error->description());
+        if (const platform::Error* error = value->asError()) printMessage(placed(file, error->description()));
         return kImportFailed;
     }
     return listUnder(reply, kErrorNotesReplyKey).empty() ? kAllWritten : kNotesFailed;

@@ -2,8 +2,10 @@
 // confined process of one import, started by the service.
 #include <charconv>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <string_view>
 
 #include <fmt/core.h>
@@ -44,7 +46,9 @@ std::chrono::milliseconds idleTime() {
     std::chrono::milliseconds::rep milliseconds = 0;
     const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), milliseconds);
     const bool isNumber = failure == std::errc() && end == text.data() + text.size();
-    return isNumber && milliseconds >= 0 ? std::chrono::milliseconds(milliseconds) : kIdleTime;
+    constexpr auto kLongest = std::numeric_limits<std::int32_t>::max();
+    return isNumber && milliseconds >= 0 && milliseconds <= kLongest ? std::chrono::milliseconds(milliseconds)
+                                                                     : kIdleTime;
 }
 
 int serve() {
