@@ -15,53 +15,13 @@ import shutil
 import signal
 import subprocess
 import sys
-import tempfile
 import time
-import unittest
 import xml.etree.ElementTree as ET
 
-NAME = "com.tesseral.Quillet.ENEXImport1"
-PATH = "/com/tesseral/Quillet/ENEXImport1"
-PROTOCOL = NAME + ".QLTImportENEXProtocol"
-JOBS = NAME + ".Jobs"
-JOB = NAME + ".Job"
-INVALID = "org.freedesktop.DBus.Error.InvalidArgs"
-IDLE_MS = 2000
-
-
-def reenter_on_private_bus():
-    """Runs this script again under a bus of its own, whose services are in a scratch directory."""
-    program, data = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[3])
-    with tempfile.TemporaryDirectory() as scratch:
-        services = pathlib.Path(scratch) / "dbus-1/services"
-        services.mkdir(parents=True)
-        template = (data / f"dbus/{NAME}.service.in").read_text()
-        (services / f"{NAME}.service").write_text(template.replace("@QUILLET_SERVICE_PROGRAM@", str(program)))
-        environment = dict(os.environ, XDG_DATA_HOME=scratch, QUILLET_DATA_DIR=str(data), QUILLET_CHECK_SCRATCH=scratch,
-                           QUILLET_IDLE_TIME_MS=str(IDLE_MS))
-        command = ["dbus-run-session", "--", sys.executable, *sys.argv]
-        sys.exit(subprocess.run(command, env=environment, check=False).returncode)
-
-
-if shutil.which("dbus-run-session") is None:
-    print("skipped: no dbus-run-session")
-    sys.exit(77)
-try:
-    import dbus
-    import dbus.bus
-    import dbus.mainloop.glib
-    from gi.repository import GLib
-except ImportError as missing:
-    print(f"skipped: {missing}")
-    sys.exit(77)
-if "QUILLET_CHECK_SCRATCH" not in os.environ:
-    reenter_on_private_bus()
-
-SERVICE, COMMAND, DATA = sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3])
-EXAMPLE = DATA.parent / "examples/notebook.enex"
-FOREVER = 3600  # seconds; a client's own limit of 25 s would end long imports
-dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
-
+import private_bus  # first: starts the bus
+from private_bus import (COMMAND, DATA, EXAMPLE, FOREVER, IDLE_MS, INVALID, JOB, JOBS, NAME, PATH, PROTOCOL, client, export_with,
+                 options, owner_of, run_loop, service)
+import dbus
 
 # Calls and waits, until it is killed.
 KILLED_CLIENT = """
@@ -71,72 +31,7 @@ dbus.SessionBus().call_blocking(name, path, interface, "ImportENEXFile", "sa{sv}
 """
 
 
-def client():
-    """A client of its own on the bus."""
-    return dbus.bus.BusConnection(os.environ["DBUS_SESSION_BUS_ADDRESS"])
-
-
-def service(bus, interface=PROTOCOL, path=PATH):
-    return dbus.Interface(bus.get_object(NAME, path, introspect=False), interface)
-
-
-def options(**values):
-    return dbus.Dictionary(values, signature="sv")
-
-
-def owner_of(manager):
-    try:
-        return str(manager.GetNameOwner(NAME))
-    except dbus.DBusException:
-        return None
-
-
-def run_loop(until, seconds=60):
-    """Dispatches signals and replies until the condition holds."""
-    context, end = GLib.MainContext.default(), time.monotonic() + seconds
-    while not until() and time.monotonic() < end:
-        if not context.iteration(False):
-            time.sleep(0.002)
-    return until()
-
-
-def export_with(path, count, words=20):
-    note = ("<note><title>Note {0}</title><content><![CDATA[<en-note>" + "<div>word {0}</div>" * words +
-            "</en-note>]]></content><tag>t</tag></note>")
-    path.write_text("<en-export>" + "".join(note.format(number) for number in range(count)) + "</en-export>")
-    return path
-
-
-class ServiceTest(unittest.TestCase):
-    def setUp(self):
-        self.scratch = pathlib.Path(tempfile.mkdtemp(dir=os.environ["QUILLET_CHECK_SCRATCH"]))
-        self.output = self.scratch / "out"
-        self.output.mkdir()
-
-    def import_with(self, bus, file, output=None, **values):
-        return service(bus).ImportENEXFile(file.as_uri(), options(**values), (output or self.output).as_uri(),
-                                           timeout=FOREVER)
-
-    def service_process(self, bus):
-        return int(bus.get_object("org.freedesktop.DBus", "/org/freedesktop/DBus").GetConnectionUnixProcessID(
-            NAME, dbus_interface="org.freedesktop.DBus"))
-
-    def wait_for_worker(self, bus):
-        for _ in range(1000):
-            workers = subprocess.run(["pgrep", "-P", str(self.service_process(bus))], capture_output=True, text=True,
-                                     check=False).stdout.split()
-            if workers:
-                return int(workers[0])
-            time.sleep(0.01)
-        return self.fail("no worker was started")
-
-    def start(self, bus, file, output):
-        """An import whose outcome comes later: a list that gets one reply or error."""
-        outcome = []
-        service(bus).ImportENEXFile(file.as_uri(), options(), output.as_uri(), timeout=FOREVER,
-                                    reply_handler=outcome.append, error_handler=outcome.append)
-        return outcome
-
+class ServiceTest(private_bus.ServiceTest):
     # Replies
 
     def test_imports_the_example(self):
@@ -296,12 +191,36 @@ class ServiceTest(unittest.TestCase):
             replies.append(text)
         self.assertEqual(replies[0], replies[1])
 
-    def test_the_command_says_when_there_is_no_service(self):
-        for environment in ({"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"},):
-            done = subprocess.run([COMMAND, "--service", EXAMPLE, self.output], capture_output=True, text=True, check=False,
-                                  env=dict(os.environ, **environment))
-            self.assertEqual(69, done.returncode)
-            self.assertIn("the service cannot be used", done.stderr)
+    def test_gjs(self):
+        if not shutil.which("gjs"):
+            self.skipTest("no gjs")
+        done = subprocess.run(["gjs", pathlib.Path(__file__).parent / "client.js", EXAMPLE.as_uri(), self.output.as_uri(),
+                               DATA / f"dbus/{PROTOCOL}.xml"], capture_output=True, text=True, check=True)
+        seen = json.loads(done.stdout)
+        self.assertEqual((["aa{sv}", "as"], INVALID), (seen["types"], seen["refusal"]))
+        self.assertEqual((10, ["A broken note"]), (len(seen["items"]), seen["failed"]))
+        self.assertEqual((self.output / "notebook.log").as_uri(), seen["log"])
+
+    def test_the_command_says_when_there_is_no_bus_or_no_service(self):
+        without_service = {"XDG_DATA_HOME": "/nowhere", "XDG_DATA_DIRS": "/nowhere", "XDG_RUNTIME_DIR": str(self.scratch)}
+        for prefix, environment in (([], {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"}),
+                                    (["dbus-run-session", "--"], without_service)):
+            done = subprocess.run([*prefix, COMMAND, "--json", "--service", EXAMPLE, self.output], capture_output=True,
+                                  text=True, check=False, env=dict(os.environ, **environment))
+            self.assertEqual(69, done.returncode, done.stderr)
+            self.assertIn("quillet-enex-import: the service cannot be used: ", done.stderr)
+            self.assertEqual("", done.stdout)
+
+    def test_an_interrupted_command_cancels_its_import_in_the_service(self):
+        file = export_with(self.scratch / "long.enex", 2000)
+        for number, status in ((signal.SIGINT, 130), (signal.SIGTERM, 143)):
+            output = self.scratch / str(status)
+            command = subprocess.Popen([COMMAND, "--json", "--service", file, output], stdout=subprocess.PIPE, text=True)
+            self.assertTrue(run_loop(lambda: list(output.glob("*.qltnote"))))
+            command.send_signal(number)
+            reply = json.loads(command.communicate()[0])
+            self.assertEqual((status, 512), (command.returncode, reply["Error"]["code"]))
+            self.assertLess(len(list(output.glob("*.qltnote"))), 2000)
 
     # Jobs
 
@@ -402,4 +321,4 @@ def described(interface):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=[sys.argv[0], *sys.argv[4:]], verbosity=2)
+    private_bus.run()
