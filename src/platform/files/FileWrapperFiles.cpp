@@ -23,6 +23,19 @@ namespace {
 constexpr std::size_t kMaximumDepth = 64;
 constexpr std::size_t kMaximumContents = std::numeric_limits<std::uint32_t>::max();
 
+// An error of the file system whose own words would mislead.
+Error refused(int errorNumber, FileAccess access, const std::string& path, std::string_view what) {
+    Error error = errorFromErrno(errorNumber, access, path);
+    error.userInfo.insert_or_assign(
+        std::string(kLocalizedDescriptionKey),
+        Value(fmt::format("Cannot {} “{}”: {}.", access == FileAccess::reading ? "read" : "write", path, what)));
+    return error;
+}
+
+Error tooDeep(FileAccess access, const std::string& path) {
+    return refused(ELOOP, access, path, fmt::format("directories are nested deeper than {}", kMaximumDepth));
+}
+
 // ---- reading
 
 class TreeReader {
@@ -61,6 +74,8 @@ class TreeReader {
                                               const std::string& path, std::string filename) {
         FileDescriptor descriptor = openAt(directory, name.c_str(), O_RDONLY | O_NONBLOCK | flags);
         struct stat status{};
+        if (!descriptor && errno == ELOOP && flags & O_NOFOLLOW)
+            return failure(refused(ELOOP, FileAccess::reading, path, "it is a symbolic link"));
         if (!descriptor || ::fstat(descriptor.get(), &status) != 0)
             return failure(errorFromErrno(errno, FileAccess::reading, path));
         std::shared_ptr<FileWrapper> wrapper;
@@ -71,7 +86,7 @@ class TreeReader {
         } else if (S_ISDIR(status.st_mode)) {
             wrapper = FileWrapper::directory();
         } else {
-            return failure(errorFromErrno(ENOTSUP, FileAccess::reading, path));
+            return failure(refused(ENOTSUP, FileAccess::reading, path, "it is neither a file nor a directory"));
         }
         wrapper->setFileAttributes(attributesOf(descriptor.get(), status));
         wrapper->setPreferredFilename(filename);
@@ -90,7 +105,7 @@ class TreeReader {
     }
 
     Result<> enter(FileDescriptor descriptor, const std::string& path, const std::shared_ptr<FileWrapper>& wrapper) {
-        if (stack_.size() == kMaximumDepth) return failure(errorFromErrno(ELOOP, FileAccess::reading, path));
+        if (stack_.size() == kMaximumDepth) return failure(tooDeep(FileAccess::reading, path));
         auto names = TRY(entryNames(descriptor.get(), path));
         std::ranges::sort(names);
         stack_.push_back({std::move(descriptor), path, wrapper, std::move(names), 0});
@@ -170,7 +185,7 @@ class TreeWriter {
         const std::string path = joinedPath(directoryPath, name);
         FileDescriptor descriptor = TRY(createEntry(directory, name, wrapper, path));
         if (wrapper.isDirectory()) {
-            if (stack_.size() == kMaximumDepth) return failure(errorFromErrno(ELOOP, FileAccess::writing, path));
+            if (stack_.size() == kMaximumDepth) return failure(tooDeep(FileAccess::writing, path));
             stack_.push_back({std::move(descriptor), path, &wrapper, 0});
             return {};
         }

@@ -228,12 +228,44 @@ TEST(FileWrapperFiles, LeavesNothingBehindWhenAChildCannotBeWritten) {
 
 TEST(FileWrapperFiles, RefusesLinksAndFifosInsideADirectory) {
     const tests::ScratchDirectory scratch;
-    std::filesystem::create_directory(scratch / "a");
-    std::filesystem::create_symlink("/etc/passwd", scratch / "a" / "link");
-    EXPECT_FALSE(FileWrapper::readingURL(URL::fileURLWithPath((scratch / "a").string(), true)));
-    std::filesystem::remove(scratch / "a" / "link");
-    ASSERT_EQ(::mkfifo((scratch / "a" / "fifo").c_str(), 0600), 0);
-    EXPECT_FALSE(FileWrapper::readingURL(URL::fileURLWithPath((scratch / "a").string(), true)));
+    const auto directory = scratch / "a";
+    const auto refusal = [&] {
+        const auto read = FileWrapper::readingURL(URL::fileURLWithPath(directory.string(), true));
+        return read ? "(none)" : read.error().localizedDescription();
+    };
+    std::filesystem::create_directory(directory);
+    std::filesystem::create_symlink("/etc/passwd", directory / "link");
+    EXPECT_EQ(refusal(), "Cannot read “" + (directory / "link").string() + "”: it is a symbolic link.");
+    std::filesystem::remove(directory / "link");
+    ASSERT_EQ(::mkfifo((directory / "fifo").c_str(), 0600), 0);
+    EXPECT_EQ(refusal(), "Cannot read “" + (directory / "fifo").string() + "”: it is neither a file nor a directory.");
+    std::filesystem::remove(directory / "fifo");
+    EXPECT_EQ(refusal(), "(none)");
+}
+
+TEST(FileWrapperFiles, RefusesDirectoriesNestedWithoutEnd) {
+    const tests::ScratchDirectory scratch;
+    std::filesystem::path deepest = scratch / "a";
+    std::shared_ptr<FileWrapper> tree = FileWrapper::directory();
+    for (int depth = 0; depth < 63; ++depth) {
+        deepest /= "d";
+        tree = FileWrapper::directory({{"d", tree}});
+    }
+    std::filesystem::create_directories(deepest);
+    const URL top = URL::fileURLWithPath((scratch / "a").string(), true);
+    EXPECT_TRUE(FileWrapper::readingURL(top)) << "64 directories";
+    EXPECT_TRUE(tree->writeToURL(URL::fileURLWithPath((scratch / "b").string(), true)));
+
+    std::filesystem::create_directory(deepest / "d");
+    const auto read = FileWrapper::readingURL(top);
+    ASSERT_FALSE(read);
+    EXPECT_EQ(read.error().localizedDescription(),
+              "Cannot read “" + (deepest / "d").string() + "”: directories are nested deeper than 64.");
+    const auto written =
+        FileWrapper::directory({{"d", tree}})->writeToURL(URL::fileURLWithPath((scratch / "c").string(), true));
+    ASSERT_FALSE(written);
+    EXPECT_TRUE(written.error().localizedDescription().ends_with("”: directories are nested deeper than 64."));
+    EXPECT_FALSE(std::filesystem::exists(scratch / "c"));
 }
 
 TEST(FileWrapperFiles, SaysThatAMissingFileIsMissing) {
