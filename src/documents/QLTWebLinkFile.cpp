@@ -76,9 +76,10 @@ Result<std::string> QLTWebLinkFile::webLinkData() const {
 
 Result<> QLTWebLinkFile::writeToURL(const platform::URL& fileURL) const {
     const std::string bytes = TRY(webLinkData());
-    const auto existing = platform::resourceValuesOfItemAtURL(fileURL);
-    platform::ResourceValues values;
-    values.hasHiddenExtension = existing ? existing->hasHiddenExtension.value_or(true) : true;
+    // What the file system says of an old file stays with the new one that takes its place, save when it was changed.
+    platform::ResourceValues values = platform::resourceValuesOfItemAtURL(fileURL).value_or(platform::ResourceValues());
+    values.contentModificationDate.reset();
+    if (!values.hasHiddenExtension) values.hasHiddenExtension = true;
     TRY(platform::writeContents(bytes, fileURL));
     // A file system that keeps no flags keeps the address all the same.
     (void)platform::setResourceValuesOfItemAtURL(values, fileURL);

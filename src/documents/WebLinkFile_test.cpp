@@ -127,6 +127,23 @@ TEST(WebLinkFile, ANewFileHidesItsExtensionAnOldOneKeepsItsFlag) {
     EXPECT_NE(isHidden(), true);
 }
 
+TEST(WebLinkFile, AnOldFileKeepsItsTagsAndCreationDate) {
+    tests::ScratchDirectory scratch;
+    const URL file = URL::fileURLWithPath((scratch / "a.webloc").string());
+    ASSERT_TRUE(linkTo("https://example.org/").writeToURL(file));
+    platform::ResourceValues set;
+    set.tagNames = std::vector<std::u16string>{u"Reading"};
+    set.creationDate = platform::Date::fromUnixTime(1'000'000'000);
+    ASSERT_TRUE(platform::setResourceValuesOfItemAtURL(set, file));
+    ASSERT_TRUE(linkTo("https://example.org/2").writeToURL(file));
+    const auto kept = platform::resourceValuesOfItemAtURL(file);
+    ASSERT_TRUE(kept);
+    EXPECT_EQ(kept->tagNames, set.tagNames);
+    EXPECT_EQ(kept->creationDate, set.creationDate);
+    EXPECT_EQ(kept->hasHiddenExtension, true);
+    EXPECT_GT(kept->contentModificationDate->unixTime(), 1'600'000'000) << "it was changed just now";
+}
+
 TEST(WebLinkFile, RefusesOtherPropertyLists) {
     tests::ScratchDirectory scratch;
     const std::pair<Value, std::int64_t> cases[] = {

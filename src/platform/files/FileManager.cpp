@@ -7,6 +7,7 @@
 
 #include "platform/files/FileDescriptor.h"
 #include "platform/files/FileTree.h"
+#include "platform/files/OutputDirectory.h"
 #include "platform/files/ResourceValues.h"
 #include "platform/foundation/URL.h"
 
@@ -14,15 +15,9 @@ namespace platform {
 
 namespace {
 
-// A regular file, open; anything else is EISDIR or EINVAL.
-Result<FileDescriptor> openRegularFile(const std::string& path, int flags, FileAccess access) {
-    constexpr unsigned kMode = 0666; // narrowed by the umask
-    FileDescriptor file = openAt(AT_FDCWD, path.c_str(), flags | O_NONBLOCK | O_NOCTTY, kMode);
-    struct stat status{};
-    if (!file || ::fstat(file.get(), &status) != 0) return failure(errorFromErrno(errno, access, path));
-    if (!S_ISREG(status.st_mode))
-        return failure(errorFromErrno(S_ISDIR(status.st_mode) ? EISDIR : EINVAL, access, path));
-    return file;
+Error notARegularFile(const struct stat& status, FileAccess access, const std::string& path) {
+    const int reason = S_ISDIR(status.st_mode) ? EISDIR : S_ISLNK(status.st_mode) ? ELOOP : EINVAL;
+    return errorFromErrno(reason, access, path);
 }
 
 } // namespace
@@ -40,17 +35,29 @@ bool isDirectory(const URL& url) {
 
 Result<Data> contentsAtURL(const URL& url, std::size_t limit) {
     const std::string path = url.path();
-    const FileDescriptor file = TRY(openRegularFile(path, O_RDONLY, FileAccess::reading));
+    const FileDescriptor file = openAt(AT_FDCWD, path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    struct stat status{};
+    if (!file || ::fstat(file.get(), &status) != 0) return failure(errorFromErrno(errno, FileAccess::reading, path));
+    if (!S_ISREG(status.st_mode)) return failure(notARegularFile(status, FileAccess::reading, path));
     return Data(TRY(readAll(file.get(), limit, path)));
 }
 
 Result<> writeContents(std::string_view bytes, const URL& url) {
-    const std::string path = url.path();
-    const FileDescriptor file = TRY(openRegularFile(path, O_WRONLY | O_CREAT | O_NOFOLLOW, FileAccess::writing));
-    struct stat status{};
-    if (::fstat(file.get(), &status) == 0 && status.st_size > 0 && ::ftruncate(file.get(), 0) != 0)
-        return failure(errorFromErrno(errno, FileAccess::writing, path));
-    return writeAll(file.get(), bytes, path);
+    OutputDirectory directory = TRY(OutputDirectory::openURL(url.deletingLastPathComponent()));
+    const std::string name = url.lastPathComponent();
+    struct stat existing{};
+    const bool exists = ::fstatat(directory.descriptor(), name.c_str(), &existing, AT_SYMLINK_NOFOLLOW) == 0;
+    if (exists && !S_ISREG(existing.st_mode))
+        return failure(notARegularFile(existing, FileAccess::writing, url.path()));
+    PendingOutput file = TRY(directory.createFile());
+    if (Result<> written = file.write(bytes); !written) {
+        // Its user knows the file by its own name, not by the one that it is built under.
+        const auto cause = written.error().underlyingError();
+        if (!cause) return written;
+        return failure(errorFromErrno(static_cast<int>(cause->code), FileAccess::writing, url.path()));
+    }
+    if (exists) (void)::fchmod(file.descriptor(), existing.st_mode & 07777); // its own owner may always do so
+    return file.moveReplacing(name);
 }
 
 Result<> createDirectoryAtURL(const URL& url) {

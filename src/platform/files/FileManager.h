@@ -23,7 +23,8 @@ bool isDirectory(const URL& url); // links followed
 // bytes.
 Result<Data> contentsAtURL(const URL& url, std::size_t limit = std::numeric_limits<std::uint32_t>::max());
 
-// Writes a regular file, not atomically, replacing the contents of an existing one; never through a link.
+// Writes a regular file. One that exists is replaced in one step when all has been written, and leaves its permissions
+// to the new one; what is no regular file, or a link to one, is an error and stays. On failure nothing has changed.
 Result<> writeContents(std::string_view bytes, const URL& url);
 
 // A directory readable by its owner alone. Its parent must exist.

@@ -1,8 +1,11 @@
 #include "platform/files/FileManager.h"
 
 #include <cerrno>
+#include <csignal>
+#include <iterator>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
@@ -47,6 +50,33 @@ TEST(FileManager, ReadsAndWritesRegularFilesOnly) {
     EXPECT_FALSE(writeContents("x", urlOf(scratch.path())));
     EXPECT_EQ(writeContents("x", urlOf(scratch / "no" / "file")).error().code, 4);
     EXPECT_EQ(tests::readFile(scratch / "file"), "short");
+}
+
+TEST(FileManager, AFailedWriteLeavesTheOldFile) {
+    const tests::ScratchDirectory scratch;
+    tests::writeFile(scratch / "file", "old");
+    ASSERT_EQ(::chmod((scratch / "file").c_str(), 0640), 0);
+    struct rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const struct rlimit narrow{4096, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &narrow), 0);
+    const auto written = writeContents(std::string(100'000, 'x'), urlOf(scratch / "file"));
+    const auto madeNew = writeContents(std::string(100'000, 'x'), urlOf(scratch / "new"));
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    ASSERT_FALSE(written);
+    EXPECT_FALSE(madeNew);
+    EXPECT_EQ(written.error().underlyingError()->code, EFBIG);
+    EXPECT_NE(written.error().localizedDescription().find("/file”: "), std::string::npos);
+    EXPECT_EQ(tests::readFile(scratch / "file"), "old");
+    const auto entries = std::filesystem::directory_iterator(scratch.path());
+    EXPECT_EQ(std::distance(begin(entries), end(entries)), 1) << "nothing half written is left";
+
+    ASSERT_TRUE(writeContents("new", urlOf(scratch / "file")));
+    struct stat status{};
+    ASSERT_EQ(::stat((scratch / "file").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0640u);
 }
 
 TEST(FileManager, ReportsAFullDisk) {
