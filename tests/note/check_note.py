@@ -108,10 +108,32 @@ class Note(unittest.TestCase):
         for arguments in ([], ["show"], ["export", self.notes[0]], ["export", "--to", "0", self.notes[0]], ["check"], ["look", "x"]):
             done = self.note(*arguments)
             self.assertEqual((done.returncode, done.stdout), (64, b""), arguments)
+        for arguments in (["show", ""], ["check", self.notes[0], ""], ["export", "--to", "html", self.notes[0], "-o", ""]):
+            done = self.note(*arguments)
+            self.assertEqual((done.returncode, done.stdout), (64, b""), arguments)
         done = self.note("show", "/nonexistent/n.qltnote")
         self.assertEqual(done.returncode, 1)
         self.assertTrue(done.stderr.startswith(b"quillet-note: /nonexistent/n.qltnote: "))
         self.assertEqual(self.note("--version").returncode, 0)
+
+    def test_output_that_nothing_takes_is_a_failure(self):
+        environment = {"HOME": self.scratch.name, "QUILLET_DATA_DIR": str(DATA)}
+        for command in (["quillet-note", "show"], ["quillet-note", "export", "--to", "json"], ["quillet-dump"]):
+            with open("/dev/full", "wb") as full:
+                done = subprocess.run([BINARIES / command[0], *command[1:], self.notes[0]], env=environment, stdout=full,
+                                      stderr=subprocess.PIPE, timeout=120)
+            self.assertEqual(done.returncode, 1, command)
+            self.assertIn(b"No space left", done.stderr, command)
+
+    def test_links_and_fifos_in_a_package_are_named(self):
+        damaged = self.copy("linked.qltnote")
+        (damaged / "evil").symlink_to("/etc/passwd")
+        done = self.note("check", damaged)
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stdout.decode(), f"{damaged}: Cannot read “{damaged}/evil”: it is a symbolic link.\n")
+        (damaged / "evil").unlink()
+        os.mkfifo(damaged / "pipe")
+        self.assertIn(b"neither a file nor a directory", self.note("show", damaged).stderr)
 
     def test_dump_writes_what_it_read(self):
         for form in ("rtf", "rtfd", "html", "archive"):

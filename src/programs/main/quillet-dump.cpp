@@ -1,4 +1,5 @@
 // A developers' program: shows what the product's readers of rich text make of a file, and writes it in other forms.
+#include <cerrno>
 #include <cstdio>
 #include <map>
 #include <optional>
@@ -63,8 +64,8 @@ platform::Result<> dump(const Options& options) {
     const platform::AttributedString text = TRY(readRichText(options.file, options.baseDirectory));
     if (!options.to.empty()) return writeRichText(text, formats().at(options.to.front()), options.to.back());
     const std::string shown = options.json ? richTextJSON(text) + "\n" : platform::textDump(text);
-    std::fwrite(shown.data(), 1, shown.size(), stdout);
-    return {};
+    if (std::fwrite(shown.data(), 1, shown.size(), stdout) == shown.size() && std::fflush(stdout) == 0) return {};
+    return platform::failure(platform::errorFromErrno(errno, platform::FileAccess::writing, "standard output"));
 }
 
 int run(int argc, char** argv) {

@@ -1,4 +1,5 @@
 // Reads note packages back: shows one, exports it to other formats, checks that they are sound.
+#include <cerrno>
 #include <cstdio>
 #include <map>
 #include <optional>
@@ -60,14 +61,12 @@ void complain(std::string_view what) {
 struct OpenNote {
     std::string path;
     URL url;
-    std::shared_ptr<FileWrapper> package;
     std::unique_ptr<QLTNoteFile> note;
 };
 
 Result<OpenNote> openNote(const std::string& path) {
     const URL url = URL::fileURLWithPath(path, true);
-    std::unique_ptr<QLTNoteFile> note = TRY(QLTNoteFile::initWithFileURL(url));
-    return OpenNote{path, url, TRY(FileWrapper::readingURL(url)), std::move(note)};
+    return OpenNote{path, url, TRY(QLTNoteFile::initWithFileURL(url))};
 }
 
 Result<> writeToStandardOutput(std::string_view bytes) {
@@ -87,11 +86,10 @@ Result<> show(const Options& options) {
 
 // ---- export
 
-Value noteAttributesOf(const FileWrapper& package) {
-    const auto entry = package.childNamed(kNoteAttributesEntry);
-    const auto plist =
-        platform::propertyListFromData(entry ? entry->regularFileContents().bytes() : std::string_view());
-    return plist.value_or(Value());
+// As they are stored; nothing where they cannot be read.
+Value noteAttributesAt(const URL& package) {
+    const auto bytes = platform::contentsAtURL(package.appendingPathComponent(kNoteAttributesEntry));
+    return bytes ? platform::propertyListFromData(bytes->bytes()).value_or(Value()) : Value();
 }
 
 std::string markdownOf(const OpenNote& open, const std::string& out) {
@@ -116,7 +114,7 @@ Result<std::string> exported(const OpenNote& open, const Options& options) {
     case Format::markdown:
         return markdownOf(open, options.out);
     case Format::json:
-        return richTextJSON(open.note->noteText(), noteAttributesOf(*open.package)) + "\n";
+        return richTextJSON(open.note->noteText(), noteAttributesAt(open.url)) + "\n";
     case Format::rtfd: // a directory, which has no bytes
     case Format::text:
         break;
@@ -173,8 +171,10 @@ int run(int argc, char** argv) {
     CLI::App app{"Reads note packages: shows, exports and checks them.", "quillet-note"};
     app.set_version_flag("--version", "quillet-note " + platform::Environment::current().bundleShortVersion);
     app.require_subcommand(1);
+    // An empty name would be the working directory.
+    const auto isNamed = [](const std::string& path) { return std::string(path.empty() ? "a name is empty" : ""); };
     CLI::App* showing = app.add_subcommand("show", "plain text of the note, with its attachments listed");
-    showing->add_option("NOTE", options.notes, "the note package")->required()->expected(1);
+    showing->add_option("NOTE", options.notes, "the note package")->required()->expected(1)->check(isNamed);
     CLI::App* exporting = app.add_subcommand("export", "the note in another format");
     std::string format;
     exporting->add_option("--to", format, "html, rtf, rtfd (needs -o), markdown, text, json")
@@ -183,10 +183,10 @@ int run(int argc, char** argv) {
         ->check([](const std::string& name) {
             return formats().contains(name) ? std::string() : "not html, rtf, rtfd, markdown, text or json";
         });
-    exporting->add_option("NOTE", options.notes, "the note package")->required()->expected(1);
-    exporting->add_option("-o,--output", options.out, "where to write; standard output without it");
+    exporting->add_option("NOTE", options.notes, "the note package")->required()->expected(1)->check(isNamed);
+    exporting->add_option("-o,--output", options.out, "where to write; standard output without it")->check(isNamed);
     CLI::App* checking = app.add_subcommand("check", "what is wrong with packages; exit status 1 when anything is");
-    checking->add_option("NOTE", options.notes, "the note packages")->required();
+    checking->add_option("NOTE", options.notes, "the note packages")->required()->check(isNamed);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
