@@ -1,6 +1,6 @@
-// Each conversion walks the text as it was, collects what changes line by line, and applies it in one pass. State that
-// the walk carries from item to item (the lists of the item before, for example) depends on the items alone, never on
-// text already changed.
+// Each conversion walks the text as it was, collects what changes, and applies it in one pass. State that the walk
+// carries from item to item (the lists of the item before, for example) depends on the items alone, never on text
+// already changed.
 #include "richtext/Checklists.h"
 
 #include <algorithm>
@@ -116,28 +116,29 @@ std::vector<ChecklistItem> checklistItems(const AttributedString& text) {
 // later one's style stays. `paragraphStyle` gets the style that the line has when it comes to the box.
 template<class Form, class Style>
 void replaceChecklistItems(AttributedString& text, Form textForm, Style paragraphStyle) {
-    const std::vector<ChecklistItem> items = checklistItems(text);
-    std::vector<TextEdit> lines;
-    for (auto item = items.begin(); item != items.end();) {
-        Line line = platform::lineAt(text.string(), item->range.location);
-        const std::size_t start = line.enclosing.location;
-        std::vector<TextEdit> boxes;
-        ParagraphStyleReference style;
-        for (; item != items.end() && line.enclosing.contains(item->range.location); ++item) {
-            const Range box = item->range;
-            // A box that covers the line's end takes it away, so that the next line belongs to this one.
-            if (box.end() > line.contents.end()) line = platform::lineAt(text.string(), box.end());
-            line.enclosing = {start, line.enclosing.end() - start};
-            boxes.push_back({{box.location - start, box.length},
-                             AttributedString(textForm(*item->box), attributesWithoutAttachment(text, box.location))});
-            style = paragraphStyle(*item->box, style ? *style : paragraphStyleAt(text, box.location));
-        }
-        AttributedString replaced = text.substring(line.enclosing);
-        replaced.applyEdits(boxes);
-        replaced.addAttribute(platform::kParagraphStyleAttributeName, std::move(style), {0, replaced.length()});
-        lines.push_back({line.enclosing, std::move(replaced)});
+    std::vector<TextEdit> forms;
+    std::vector<ParagraphStyleReference> styles;
+    std::size_t styledEnd = 0; // where the line ends to which the last box gave its style
+    for (const auto& [range, box] : checklistItems(text)) {
+        const bool isStyled = range.location < styledEnd;
+        styles.push_back(paragraphStyle(*box, isStyled ? *styles.back() : paragraphStyleAt(text, range.location)));
+        if (range.end() >= styledEnd) styledEnd = platform::lineAt(text.string(), range.end()).enclosing.end();
+        forms.push_back({range, AttributedString(textForm(*box), attributesWithoutAttachment(text, range.location))});
     }
-    text.applyEdits(lines);
+    text.applyEdits(forms);
+
+    // The lines are those of the new text: a box that covered a line's end took it away.
+    std::vector<StyledRange> lines;
+    std::size_t oldLength = 0, newLength = 0; // of the forms so far
+    for (std::size_t i = 0; i < forms.size(); ++i) {
+        const std::size_t start = forms[i].range.location - oldLength + newLength;
+        if (lines.empty() || !lines.back().first.contains(start))
+            lines.push_back({platform::lineAt(text.string(), start).enclosing, nullptr});
+        lines.back().second = std::move(styles[i]);
+        oldLength += forms[i].range.length;
+        newLength += forms[i].replacement.length();
+    }
+    setParagraphStyles(text, lines);
 }
 
 } // namespace
