@@ -7,16 +7,14 @@
 
 #include "documents/attachments/QLTChecklistTextAttachment.h"
 #include "documents/attachments/QLTDividerTextAttachment.h"
-#include "platform/files/FileWrapper.h"
 #include "platform/text/TextDump.h"
 #include "platform/text/TextList.h"
-#include "platform/text/TextTable.h"
 #include "richtext/AttachmentViews.h"
 #include "richtext/Checklists.h"
 #include "richtext/ImportCleanup.h"
+#include "richtext/RandomRichText.h"
 #include "richtext/WebCleanup.h"
 #include "richtext/highlights/Highlights.h"
-#include "styles/base/ParagraphStyles.h"
 #include "tests/support/StylesFixture.h"
 
 namespace quillet {
@@ -25,96 +23,11 @@ using platform::AttributedString;
 using platform::AttributeSet;
 using platform::AttributeValue;
 using platform::Font;
-using platform::ParagraphStyle;
-using platform::ParagraphStyleReference;
 using platform::Range;
-using platform::TextAttachment;
 using platform::TextAttachmentReference;
 using platform::TextList;
 
 namespace {
-
-// Paragraph styles of one text: their lists and tables are shared, as those of a real text are.
-std::vector<ParagraphStyleReference> someStyles() {
-    const auto disc = std::make_shared<TextList>(platform::kTextListMarkerDisc);
-    const auto numbers = std::make_shared<TextList>("{decimal}.");
-    const auto check = std::make_shared<TextList>(platform::kTextListMarkerCheck);
-    const auto circle = std::make_shared<TextList>(platform::kTextListMarkerCircle);
-    const auto table = std::make_shared<platform::TextTable>();
-    const auto cell = std::make_shared<platform::TextTableBlock>(table, 0, 1, 0, 1);
-    std::vector<ParagraphStyleReference> styles{nullptr};
-    const auto add = [&](auto change) {
-        ParagraphStyle style;
-        change(style);
-        styles.push_back(std::make_shared<const ParagraphStyle>(std::move(style)));
-    };
-    add([&](ParagraphStyle& style) { style.paragraphSpacing = 12; });
-    add([&](ParagraphStyle& style) { style.textLists = {disc}; });
-    add([&](ParagraphStyle& style) { style.textLists = {disc, numbers}; });
-    add([&](ParagraphStyle& style) { style.textLists = {numbers}; });
-    add([&](ParagraphStyle& style) { style.textLists = {disc, check}; });
-    add([&](ParagraphStyle& style) { style.textLists = {circle}; });
-    add([&](ParagraphStyle& style) { style.textBlocks = {cell}; });
-    add([&](ParagraphStyle& style) { style = listParagraphStyle(); });
-    return styles;
-}
-
-TextAttachmentReference file(const std::string& name) {
-    auto wrapper = platform::FileWrapper::regularFile(platform::Data(name));
-    wrapper->setFilename(name);
-    wrapper->setPreferredFilename(name);
-    return std::make_shared<TextAttachment>(std::move(wrapper));
-}
-
-TextAttachmentReference checkbox(bool on, std::uint64_t level) {
-    auto box = std::make_shared<QLTChecklistTextAttachment>();
-    box->setOn(on);
-    box->setIndentationLevel(level);
-    return box;
-}
-
-TextAttachmentReference someAttachment() {
-    switch (*rc::gen::inRange(0, 5)) {
-    case 0:
-        return file(*rc::gen::element<std::string>("a.png", "b.pdf", "c.zip", "README"));
-    case 1:
-        return std::make_shared<QLTDividerTextAttachment>();
-    case 2:
-        return std::make_shared<TextAttachment>(platform::Data("x"), "public.zip-archive");
-    default:
-        return checkbox(*rc::gen::arbitrary<bool>(), *rc::gen::inRange<std::uint64_t>(0, 6));
-    }
-}
-
-AttributedString someText() {
-    const auto styles = someStyles();
-    AttributedString text;
-    const int pieces = *rc::gen::inRange(0, 25);
-    for (int i = 0; i < pieces; ++i) {
-        AttributeSet set;
-        if (const auto& style = *rc::gen::elementOf(styles))
-            set = set.with(platform::kParagraphStyleAttributeName, style);
-        if (*rc::gen::inRange(0, 4) == 0) set = set.with(platform::kFontAttributeName, Font("Times-Roman", 16));
-        if (*rc::gen::inRange(0, 6) == 0) set = set.with(QLTHighlightTextAttributeName, std::int64_t{1});
-        if (*rc::gen::inRange(0, 6) == 0)
-            set = set.with(platform::kBackgroundColorAttributeName, platform::Color::sRGB(1, 1, 0));
-        std::u16string characters =
-            *rc::gen::element<std::u16string>(u"a", u" b", u"\n", u"c\n", u"\r\n", u"\u2028", u"\t•\t", u"\t1.\t",
-                                              u"\t7.\tx", u"\t✓\t", u"\t◦\t", u"***", u"\n***\n", u"\xD83D", u"\uFFFC");
-        if (*rc::gen::inRange(0, 4) == 0) {
-            // Now and then over more than its own character, which only damaged texts have.
-            set = set.with(platform::kAttachmentAttributeName, someAttachment());
-            if (*rc::gen::inRange(0, 8) != 0) characters = platform::kAttachmentCharacter;
-        }
-        text.append(characters, std::make_shared<const AttributeSet>(std::move(set)));
-    }
-    return text;
-}
-
-Range someRange(const AttributedString& text) {
-    const auto location = *rc::gen::inRange<std::size_t>(0, text.length() + 1);
-    return {location, *rc::gen::inRange<std::size_t>(0, text.length() - location + 1)};
-}
 
 // The characters on which an attachment stands.
 std::size_t attachmentUnits(const AttributedString& text) {
