@@ -1,12 +1,8 @@
 // Text operations at three sizes: the time a unit should stay level, also for the texts made to be slow.
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
 
-#include "platform/base/UTF16.h"
 #include "util/FileNames.h"
 #include "util/Hashtags.h"
 #include "util/Markdown.h"
@@ -80,26 +76,6 @@ void sanitizeTitle(benchmark::State& state) {
     report(state);
 }
 
-// Notes of one title in one directory: with the cache each costs two questions to the file system.
-void uniqueNamesOfOneTitle(benchmark::State& state) {
-    const auto notes = state.range(0);
-    for (auto _ : state) {
-        std::string scratch = std::filesystem::temp_directory_path() / "util_bench.XXXXXX";
-        if (!mkdtemp(scratch.data())) return state.SkipWithError("no scratch directory");
-        quillet::UniqueFilenames names(platform::URL::fileURLWithPath(scratch, true));
-        std::u16string name;
-        for (std::int64_t i = 0; i < notes; ++i) {
-            name = names.makeFilenameUnique(u"Untitled.qltnote");
-            std::ofstream(scratch + '/' + platform::utf8FromUTF16(name));
-        }
-        stop(state, platform::utf8FromUTF16(name) == "Untitled " + std::to_string(notes - 1) + ".qltnote");
-        state.PauseTiming();
-        std::filesystem::remove_all(scratch);
-        state.ResumeTiming();
-    }
-    state.SetComplexityN(notes);
-}
-
 void threeSizes(benchmark::internal::Benchmark* benchmark) {
     benchmark->RangeMultiplier(10)->Range(10'000, 1'000'000)->Complexity();
 }
@@ -113,6 +89,5 @@ BENCHMARK(searchForAlmostTheText)->Apply(threeSizes);
 BENCHMARK(collapseSpaces)->Apply(threeSizes);
 BENCHMARK(removeImages)->Apply(threeSizes);
 BENCHMARK(sanitizeTitle)->RangeMultiplier(4)->Range(16, 256);
-BENCHMARK(uniqueNamesOfOneTitle)->RangeMultiplier(4)->Range(1'250, 20'000)->Complexity()->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();

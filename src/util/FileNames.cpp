@@ -84,25 +84,16 @@ bool isReachable(const platform::URL& directory, std::u16string_view name) {
     return platform::resourceIsReachable(directory.appendingPathComponent(platform::utf8FromUTF16(name)));
 }
 
-struct NumberedName {
-    std::u16string name;
-    long number;
-};
-
-// The first of "base n.ext", from n = `first`, at which nothing is reachable.
-NumberedName firstFreeNumber(std::u16string_view name, const platform::URL& directory, long first) {
+// The first of "base 1.ext", "base 2.ext"… at which nothing is reachable.
+std::u16string firstFreeNumber(std::u16string_view name, const platform::URL& directory) {
     const std::u16string base = platform::deletingPathExtension(name);
     const std::u16string extension = platform::pathExtension(name);
-    for (long number = first;; ++number) {
+    for (long number = 1;; ++number) {
         const std::string digits = std::to_string(number);
         std::u16string candidate = base + u' ' + std::u16string(digits.begin(), digits.end());
         if (!extension.empty()) candidate.append(1, u'.').append(extension);
-        if (!isReachable(directory, candidate)) return {std::move(candidate), number};
+        if (!isReachable(directory, candidate)) return candidate;
     }
-}
-
-std::u16string sanitizedLastComponent(std::u16string_view candidate) {
-    return stringSanitizedForFileName(platform::lastPathComponent(candidate));
 }
 
 std::u16string precededByBackslash(std::u16string_view text, std::u16string_view escaped) {
@@ -152,16 +143,7 @@ std::u16string stringSanitizedForFileName(std::u16string_view text) {
 std::u16string makeFilenameUniqueInDirectoryAtURL(std::u16string_view name, const platform::URL& directory) {
     if (!directory.isFileURL()) return std::u16string(name);
     if (!isReachable(directory, name)) return std::u16string(name);
-    return sanitizedLastComponent(firstFreeNumber(name, directory, 1).name);
-}
-
-std::u16string UniqueFilenames::makeFilenameUnique(std::u16string_view name) {
-    if (!directory_.isFileURL()) return std::u16string(name);
-    if (!isReachable(directory_, name)) return std::u16string(name);
-    long& firstUntried = firstUntried_.try_emplace(std::u16string(name), 1).first->second;
-    const NumberedName free = firstFreeNumber(name, directory_, firstUntried);
-    firstUntried = free.number;
-    return sanitizedLastComponent(free.name);
+    return stringSanitizedForFileName(platform::lastPathComponent(firstFreeNumber(name, directory)));
 }
 
 bool isEqualToFilename(std::u16string_view name, std::u16string_view other) {

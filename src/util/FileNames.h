@@ -1,14 +1,13 @@
 // Titles and other free text made into safe, unique file names, and what an ENEX file's odd texts need cleaned up.
 //
 // Lengths and positions are UTF-16 units. Everything is a pure function, except for what looks at the file system:
-// makeFilenameUniqueInDirectoryAtURL and UniqueFilenames.
+// makeFilenameUniqueInDirectoryAtURL and fileDisplayName.
 #pragma once
 
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 #include "platform/foundation/CharacterSet.h"
 #include "platform/foundation/TextEncoding.h"
@@ -35,19 +34,6 @@ std::u16string stringSanitizedForFileName(std::u16string_view text);
 // case only are two names, as the file system has them.
 // @sel makeFilenameUniqueInDirectoryAtURL:
 std::u16string makeFilenameUniqueInDirectoryAtURL(std::u16string_view name, const platform::URL& directory);
-
-// makeFilenameUniqueInDirectoryAtURL for many names in one directory: remembers up to which number a name's candidates
-// were taken and goes on from there, so that n notes of one title cost 2n questions instead of n²/2. The names are
-// the same as the function's as long as nobody removes files meanwhile; after a removal a number may stay unused.
-class UniqueFilenames {
-  public:
-    explicit UniqueFilenames(const platform::URL& directory) : directory_(directory) {}
-    std::u16string makeFilenameUnique(std::u16string_view name);
-
-  private:
-    platform::URL directory_;
-    std::unordered_map<std::u16string, long> firstUntried_; // by name
-};
 
 // Whether a file system would take the two for one name: case, diacritics and character width are ignored, in every
 // locale alike. "ø" and "o" are two names.

@@ -182,17 +182,6 @@ TEST_F(UniqueName, HostileNamesAreTestedAsTheyStand) {
     });
 }
 
-TEST_F(UniqueName, CacheGivesTheSameNames) {
-    UniqueFilenames cached(URL::fileURLWithPath(scratch_.path().string(), true));
-    make("Note 2.x");
-    for (int i = 0; i < 50; ++i) {
-        const std::u16string name = i % 3 == 0 ? u"Other.x" : u"Note.x";
-        const std::u16string expected = unique(name);
-        EXPECT_EQ(cached.makeFilenameUnique(name), expected);
-        make(platform::utf8FromUTF16(expected));
-    }
-}
-
 TEST(FileNames, TruncatesTheMiddle) {
     EXPECT_EQ(stringByTruncatingMiddleWithMaxLength(u"0123456789abcdefghij", 10), u"01234…fghij");
     EXPECT_EQ(stringByTruncatingMiddleWithMaxLength(u"0123456789", 10), u"0123456789");
