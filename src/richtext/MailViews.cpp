@@ -5,6 +5,7 @@
 #include <optional>
 #include <unordered_map>
 
+#include "platform/files/FileDescriptor.h"
 #include "platform/files/FileWrapper.h"
 #include "platform/files/UTType.h"
 #include "platform/foundation/Base64.h"
@@ -108,12 +109,6 @@ std::optional<FoundForm> formAtStart(std::string_view page, const MailFiles& fil
     return FoundForm{&entry->second, addressEnd + rest.size()};
 }
 
-// A name under which a file may be written into a directory.
-bool isOnePathComponent(std::string_view name) {
-    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string_view::npos &&
-           name.find('\0') == std::string_view::npos;
-}
-
 } // namespace
 
 Result<std::string> htmlStringForSharingToMail(const AttributedString& text) {
@@ -139,7 +134,7 @@ std::vector<URL> fileURLsForNonImageAttachmentsWrittenToURL(const AttributedStri
     std::vector<URL> urls;
     for (const AttachmentRun& run : attachmentsOf(text)) {
         const auto& wrapper = run.attachment->fileWrapper();
-        if (!wrapper || !isOnePathComponent(wrapper->filename()) || run.attachment->fileType().empty()) continue;
+        if (!wrapper || !platform::isPathComponent(wrapper->filename()) || run.attachment->fileType().empty()) continue;
         if (conformsTo(*run.attachment, platform::kUTTypeImage)) continue;
         URL url = directory.appendingPathComponent(wrapper->filename(), wrapper->isDirectory());
         if (wrapper->writeToURL(url)) urls.push_back(std::move(url));
