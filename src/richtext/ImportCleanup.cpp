@@ -99,20 +99,15 @@ const platform::TextTable* outermostTable(const platform::ParagraphStyleReferenc
 
 void fixTrailingTables(AttributedString& text) {
     const platform::TextTable* current = nullptr;
-    Range tableRange{platform::kNotFound, 0};
+    std::size_t end = 0; // of the current table
     for (const auto& [range, style] : paragraphStyleRuns(text, {0, text.length()})) {
         const platform::TextTable* table = outermostTable(style);
-        if (table && table == current) {
-            tableRange.length = range.end() - tableRange.location;
-        } else if (table && !current) {
-            current = table;
-            tableRange = range;
-        } else if (!table && current) {
-            tableRange.location = platform::kNotFound;
-            current = nullptr;
-        }
+        // A table right behind another one is not seen.
+        if (table && current && table != current) continue;
+        current = table;
+        end = range.end();
     }
-    if (tableRange.location == platform::kNotFound || tableRange.end() != text.length()) return;
+    if (!current || end != text.length()) return;
     text.append(u"\n", std::make_shared<const AttributeSet>(
                            text.attributesAt(text.length() - 1).without(platform::kParagraphStyleAttributeName)));
 }
