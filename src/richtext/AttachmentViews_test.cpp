@@ -99,6 +99,15 @@ TEST_F(AttachmentViews, WhitesAndThePageAreNoBackground) {
     }
 }
 
+TEST_F(AttachmentViews, InDarkAppearanceThePageIsNotWhiteAndBothAreNoBackground) {
+    environment_->darkAppearance = true;
+    AttributedString text(u"abc");
+    text.addAttribute(platform::kBackgroundColorAttributeName, Color::white(), {0, 1});
+    text.addAttribute(platform::kBackgroundColorAttributeName, Color::textBackgroundColor(), {1, 1});
+    text.addAttribute(platform::kBackgroundColorAttributeName, Color::black(), {2, 1});
+    EXPECT_EQ(stringsWithBackgroundColor(text), std::vector<std::u16string_view>{u"c"});
+}
+
 TEST_F(AttachmentViews, AHighlightInOwnColorsCounts) {
     const AttributedString text =
         textFromDump("\"a\"  QLTHighlightTextAttribute 999\n\"b\"  QLTHighlightTextAttribute -1\n");
@@ -131,6 +140,8 @@ TEST_F(AttachmentViews, FilesThatCannotBeWrittenAreLeftOut) {
     EXPECT_TRUE(
         fileURLsForNonImageAttachmentsWrittenToURL(withFile({"a.zip", "a.zip"}), urlOf(scratch_ / "none")).empty());
     EXPECT_TRUE(fileURLsForNonImageAttachmentsWrittenToURL(withFile({"", "a.zip"}), urlOf(scratch_.path())).empty());
+    const std::string cut("a\0.zip", 6);
+    EXPECT_TRUE(fileURLsForNonImageAttachmentsWrittenToURL(withFile({cut, "a.zip"}), urlOf(scratch_.path())).empty());
     const auto written =
         fileURLsForNonImageAttachmentsWrittenToURL(withFile({"b.zip", "a.zip"}), urlOf(scratch_.path()));
     EXPECT_EQ(written, std::vector{urlOf(scratch_.path()).appendingPathComponent("b.zip")});
@@ -141,7 +152,8 @@ TEST_F(AttachmentViews, DirectoriesAreWrittenWhole) {
     package->setFilename("a.bundle");
     package->setPreferredFilename("a.bundle");
     const auto text = AttributedString::withAttachment(std::make_shared<TextAttachment>(package));
-    ASSERT_EQ(fileURLsForNonImageAttachmentsWrittenToURL(text, urlOf(scratch_.path())).size(), 1U);
+    EXPECT_EQ(fileURLsForNonImageAttachmentsWrittenToURL(text, urlOf(scratch_.path())),
+              std::vector{urlOf(scratch_.path()).appendingPathComponent("a.bundle", true)});
     EXPECT_EQ(tests::readFile(scratch_ / "a.bundle" / "inside"), "bytes");
 }
 

@@ -81,23 +81,6 @@ TextLists enclosingLists(const TextLists& previous, std::uint64_t previousLevel,
     return TextLists(previous.begin(), previous.begin() + static_cast<std::ptrdiff_t>(kept));
 }
 
-// Moves both indents so that the text hangs at the next tab stop behind the head indent.
-void indentToNextTabStop(ParagraphStyle& style) {
-    const auto stop =
-        std::ranges::find_if(style.tabStops, [&](const auto& tab) { return tab.location > style.headIndent; });
-    double target = 0;
-    if (stop != style.tabStops.end() && stop->location != 0) {
-        target = stop->location;
-    } else if (style.headIndent + style.defaultTabInterval > 0) {
-        target = style.headIndent + style.defaultTabInterval;
-    } else {
-        target = ParagraphStyle::defaultParagraphStyle()->tabStops.front().location;
-    }
-    const double distance = target - style.headIndent;
-    style.headIndent += distance;
-    style.firstLineHeadIndent += distance;
-}
-
 // A checkbox of the text and the characters on which it stands.
 struct ChecklistItem {
     Range range;

@@ -8,7 +8,6 @@
 #include "platform/text/TextList.h"
 #include "platform/text/TextTable.h"
 #include "richtext/RichTextCase.h"
-#include "richtext/TextEditing.h"
 
 namespace quillet {
 
@@ -32,14 +31,6 @@ TEST(ImportCleanup, ABlockOutsideTablesIsNoTable) {
                                                     std::make_shared<const ParagraphStyle>(std::move(style))}}));
     fixTrailingTables(text);
     EXPECT_EQ(text.length(), 2U);
-}
-
-TEST(ImportCleanup, OfStylesOverOneRangeTheLaterStays) {
-    const auto centred = std::make_shared<ParagraphStyle>();
-    centred->alignment = platform::TextAlignment::center;
-    AttributedString text(u"ab\ncd");
-    setParagraphStyles(text, {{{0, 3}, ParagraphStyle::defaultParagraphStyle()}, {{0, 3}, centred}});
-    EXPECT_EQ(platform::textDump(text), "\"ab\\n\"  para [center]\n\"cd\"\n");
 }
 
 } // namespace quillet

@@ -85,7 +85,7 @@ Operation strings(std::vector<std::u16string_view> (*view)(const AttributedStrin
     return [view](AttributedString& text, Arguments&) {
         std::string lines;
         for (const std::u16string_view string : view(text))
-            lines += platform::textDump(AttributedString(std::u16string(string)));
+            lines += string.empty() ? "\"\"\n" : platform::textDump(AttributedString(std::u16string(string)));
         text = {};
         return lines;
     };

@@ -54,6 +54,22 @@ TextEdit attachmentEdit(const AttributedString& text, Range range, TextAttachmen
             AttributedString(std::u16string(range.length, platform::kAttachmentCharacter), std::move(attributes))};
 }
 
+void indentToNextTabStop(ParagraphStyle& style) {
+    const auto stop =
+        std::ranges::find_if(style.tabStops, [&](const auto& tab) { return tab.location > style.headIndent; });
+    double target = 0;
+    if (stop != style.tabStops.end() && stop->location != 0) {
+        target = stop->location;
+    } else if (style.headIndent + style.defaultTabInterval > 0) {
+        target = style.headIndent + style.defaultTabInterval;
+    } else {
+        target = ParagraphStyle::defaultParagraphStyle()->tabStops.front().location;
+    }
+    const double distance = target - style.headIndent;
+    style.headIndent += distance;
+    style.firstLineHeadIndent += distance;
+}
+
 void setParagraphStyles(AttributedString& text, const std::vector<StyledRange>& styles) {
     std::vector<TextEdit> edits;
     for (const auto& [range, style] : styles) {

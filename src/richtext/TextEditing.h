@@ -41,6 +41,10 @@ platform::TextEdit attachmentEdit(const platform::AttributedString& text, platfo
 using StyledRange = std::pair<platform::Range, platform::ParagraphStyleReference>;
 void setParagraphStyles(platform::AttributedString& text, const std::vector<StyledRange>& styles);
 
+// Moves both indents so that the text hangs at the next tab stop behind the head indent: one that is set, or else one
+// default interval further, or else the default style's first.
+void indentToNextTabStop(platform::ParagraphStyle& style);
+
 // One attachment of the text with the characters on which it stands (as a rule one).
 struct AttachmentRun {
     platform::Range range;
