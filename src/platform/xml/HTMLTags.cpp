@@ -1,7 +1,8 @@
 #include "platform/xml/HTMLTags.h"
 
 #include <array>
-#include <unordered_map>
+
+#include "platform/xml/NameTable.h"
 
 namespace platform {
 
@@ -161,13 +162,12 @@ static_assert(kAttributes.size() == static_cast<std::size_t>(HTMLAttribute::none
 } // namespace
 
 HTMLTag htmlTagNamed(std::string_view lowerCaseName) {
-    static const auto index = [] {
-        std::unordered_map<std::string_view, HTMLTag> made;
-        for (std::size_t i = 1; i < kTags.size(); ++i) made.emplace(kTags[i].name, static_cast<HTMLTag>(i));
-        return made;
-    }();
-    const auto found = index.find(lowerCaseName);
-    return found == index.end() ? HTMLTag::unknown : found->second;
+    static constexpr NameTable kNames([] {
+        std::array<std::string_view, kTags.size() - 1> names; // all but `unknown`
+        for (std::size_t i = 0; i < names.size(); ++i) names[i] = kTags[i + 1].name;
+        return names;
+    }());
+    return static_cast<HTMLTag>((kNames.find(lowerCaseName) + 1) % kTags.size());
 }
 
 std::string_view htmlTagName(HTMLTag tag) {
@@ -179,14 +179,8 @@ std::uint16_t htmlTagFlags(HTMLTag tag) {
 }
 
 HTMLAttribute htmlAttributeNamed(std::string_view lowerCaseName) {
-    static const auto index = [] {
-        std::unordered_map<std::string_view, HTMLAttribute> made;
-        for (std::size_t i = 0; i < kAttributes.size(); ++i)
-            made.emplace(kAttributes[i], static_cast<HTMLAttribute>(i));
-        return made;
-    }();
-    const auto found = index.find(lowerCaseName);
-    return found == index.end() ? HTMLAttribute::none : found->second;
+    static constexpr NameTable kNames(kAttributes);
+    return static_cast<HTMLAttribute>(kNames.find(lowerCaseName));
 }
 
 } // namespace platform

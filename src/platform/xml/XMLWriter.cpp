@@ -3,36 +3,40 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/xml/NameTable.h"
+#include "platform/xml/PageLayout.h"
+
 namespace platform {
 
 namespace {
 
-// The elements of HTML that have no content and no end tag (HTML, 13.1.2), with the obsolete ones that readers treat
-// alike.
-constexpr auto kVoidElements = std::to_array<std::string_view>(
-    {"area",  "base", "basefont", "bgsound", "br",   "col",  "command", "embed",  "frame", "hr",
-     "image", "img",  "input",    "keygen",  "link", "meta", "param",   "source", "track", "wbr"});
+struct PageElementRow {
+    std::string_view name;
+    unsigned flags;
+};
 
-// Elements between which an HTML reader drops white space.
-constexpr auto kBlockElements = std::to_array<std::string_view>(
-    {"address", "article", "aside", "base",  "blockquote", "body",     "caption", "center", "col",     "colgroup",
-     "dd",      "dir",     "div",   "dl",    "dt",         "fieldset", "figure",  "footer", "form",    "h1",
-     "h2",      "h3",      "h4",    "h5",    "h6",         "head",     "header",  "hr",     "html",    "li",
-     "link",    "main",    "menu",  "meta",  "nav",        "ol",       "p",       "pre",    "section", "style",
-     "table",   "tbody",   "td",    "tfoot", "th",         "thead",    "title",   "tr",     "ul"});
+constexpr unsigned V = kVoidElement, B = kBlockElement, P = kPreservingElement, R = kRawTextElement;
 
-// Elements whose white space counts.
-constexpr auto kPreservingElements =
-    std::to_array<std::string_view>({"listing", "plaintext", "pre", "script", "style", "textarea", "title", "xmp"});
-
-// Elements whose text HTML readers take as it stands.
-constexpr auto kRawTextElements = std::to_array<std::string_view>({"script", "style"});
-
-bool isOneOf(std::span<const std::string_view> names, std::string_view name) {
-    return std::ranges::binary_search(names, name);
-}
-static_assert(std::ranges::is_sorted(kVoidElements) && std::ranges::is_sorted(kBlockElements) &&
-              std::ranges::is_sorted(kPreservingElements) && std::ranges::is_sorted(kRawTextElements));
+constexpr auto kPageElements = std::to_array<PageElementRow>({
+    {"address", B},    {"area", V},     {"article", B},   {"aside", B},
+    {"base", V | B},   {"basefont", V}, {"bgsound", V},   {"blockquote", B},
+    {"body", B},       {"br", V},       {"caption", B},   {"center", B},
+    {"col", V | B},    {"colgroup", B}, {"command", V},   {"dd", B},
+    {"dir", B},        {"div", B},      {"dl", B},        {"dt", B},
+    {"embed", V},      {"fieldset", B}, {"figure", B},    {"footer", B},
+    {"form", B},       {"frame", V},    {"h1", B},        {"h2", B},
+    {"h3", B},         {"h4", B},       {"h5", B},        {"h6", B},
+    {"head", B},       {"header", B},   {"hr", V | B},    {"html", B},
+    {"image", V},      {"img", V},      {"input", V},     {"keygen", V},
+    {"li", B},         {"link", V | B}, {"listing", P},   {"main", B},
+    {"menu", B},       {"meta", V | B}, {"nav", B},       {"ol", B},
+    {"p", B},          {"param", V},    {"plaintext", P}, {"pre", B | P},
+    {"script", P | R}, {"section", B},  {"source", V},    {"style", B | P | R},
+    {"table", B},      {"tbody", B},    {"td", B},        {"textarea", P},
+    {"tfoot", B},      {"th", B},       {"thead", B},     {"title", B | P},
+    {"tr", B},         {"track", V},    {"ul", B},        {"wbr", V},
+    {"xmp", P},
+});
 
 // Which characters are escaped, by their byte: a search by table, where find_first_of would search the set for each.
 using CharacterTable = std::array<bool, 256>;
@@ -108,82 +112,45 @@ void appendEndTag(const XMLElement& element, std::string& out) {
     out.append("</").append(element.name()).append(">");
 }
 
-bool isBlank(const XMLNode& node) {
-    return node.kind() == XMLNodeKind::text && node.text().find_first_not_of(" \t\r\n") == std::string::npos;
-}
-
-// Whether white space between the children is dropped by a reader: all of them are blocks.
-bool holdsOnlyBlocks(const XMLElement& element) {
-    if (!isOneOf(kBlockElements, element.name()) || element.children().empty()) return false;
-    return std::ranges::all_of(element.children(), [](const auto& child) {
-        return isBlank(*child) || (child->asElement() && isOneOf(kBlockElements, child->name()));
-    });
-}
-
-bool preservesWhiteSpace(const XMLElement& element) {
-    if (isOneOf(kPreservingElements, element.name())) return true;
-    const auto style = element.attributeForName("style");
-    return (style && style->find("white-space") != std::string_view::npos) || element.attributeForName("xml:space");
-}
-
-class PageWriter {
+// The layout as markup.
+class MarkupSink {
   public:
-    PageWriter(PageLayout layout, std::string& out) : indents_(layout == PageLayout::indented), out_(out) {}
+    explicit MarkupSink(std::string& out) : out_(out) {}
 
-    void operator()(const XMLNode& node, NodeEdge edge) {
-        if (edge == NodeEdge::enter) return enter(*node.asElement());
-        if (edge == NodeEdge::leave) return leave(*node.asElement());
-        if (!open_.empty() && open_.back().indented && isBlank(node)) return;
-        const bool raw = !open_.empty() && node.isText() && isOneOf(kRawTextElements, open_.back().name);
-        if (raw) {
+    void startTag(const XMLElement& element, bool isVoid) {
+        out_.append("<").append(element.name());
+        appendAttributes(element, out_);
+        out_ += isVoid ? " />" : ">";
+    }
+    void endTag(const XMLElement& element) { appendEndTag(element, out_); }
+    void leaf(const XMLNode& node, bool isRaw) {
+        if (isRaw) {
             out_ += node.text();
         } else {
             appendLeaf(node, out_);
         }
     }
+    void whiteSpace(std::string_view text) { out_ += text; }
 
   private:
-    struct Open {
-        std::string_view name;
-        bool indented;  // its children stand on lines of their own
-        bool preserves; // it or an element above keeps white space
-    };
-
-    void enter(const XMLElement& element) {
-        if (!open_.empty() && open_.back().indented) newLine(open_.size());
-        out_.append("<").append(element.name());
-        appendAttributes(element, out_);
-        out_ += isVoid(element) ? " />" : ">";
-        const bool preserves = (!open_.empty() && open_.back().preserves) || preservesWhiteSpace(element);
-        open_.push_back({element.name(), indents_ && !preserves && holdsOnlyBlocks(element), preserves});
-    }
-
-    void leave(const XMLElement& element) {
-        const bool indented = open_.back().indented;
-        open_.pop_back();
-        if (isVoid(element)) return;
-        if (indented) newLine(open_.size());
-        appendEndTag(element, out_);
-    }
-
-    static bool isVoid(const XMLElement& element) {
-        return element.children().empty() && isOneOf(kVoidElements, element.name());
-    }
-
-    // Depth beyond this many levels is not shown: the page would grow with the square of the depth.
-    static constexpr std::size_t kDeepestIndent = 32;
-
-    void newLine(std::size_t depth) {
-        out_ += '\n';
-        out_.append(2 * std::min(depth, kDeepestIndent), ' ');
-    }
-
-    bool indents_;
     std::string& out_;
-    std::vector<Open> open_;
 };
 
 } // namespace
+
+std::uint8_t pageElementFlags(std::string_view name) {
+    static constexpr NameTable kNames([] {
+        std::array<std::string_view, kPageElements.size()> names;
+        std::ranges::transform(kPageElements, names.begin(), &PageElementRow::name);
+        return names;
+    }());
+    const std::size_t found = kNames.find(name);
+    return found < kPageElements.size() ? static_cast<std::uint8_t>(kPageElements[found].flags) : 0;
+}
+
+bool isBlankText(const XMLNode& node) {
+    return node.kind() == XMLNodeKind::text && node.text().find_first_not_of(" \t\r\n") == std::string::npos;
+}
 
 void appendEscapedText(std::string_view text, std::string& out) {
     appendEscaping(text, kEscapedInText, out);
@@ -204,7 +171,8 @@ void writeXML(const XMLNode& root, std::string& out) {
 }
 
 void writePage(const XMLNode& node, PageLayout layout, std::string& out) {
-    forEachNodeInOrder(node, PageWriter(layout, out));
+    MarkupSink sink(out);
+    forEachNodeInOrder(node, PageLayoutWalk(layout, sink));
 }
 
 } // namespace platform
