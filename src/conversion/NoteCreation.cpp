@@ -77,7 +77,7 @@ Result<URL> keepPage(const EvernoteXMLItem& item, NoteOutput& output, const Note
 
 Result<URL> createNoteForElement(EvernoteXMLItem& item, NoteScratch& scratch, NoteOutput& output,
                                  const platform::XMLElement& noteElement) {
-    const NotePage page =
+    NotePage page =
         TRY(notePageFromNoteElement(item, scratch, noteElement, UseInlineImages::yes, ConvertDividers::yes));
     ImportedPage imported = TRY(importRichText(item, scratch, page));
     if (!imported.text) return keepPage(item, output, page, *imported.readerError);

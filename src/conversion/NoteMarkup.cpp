@@ -136,15 +136,15 @@ Result<std::string> XMLStringFromNoteElement(EvernoteXMLItem& item, NoteScratch&
 
 Result<NotePage> notePageFromNoteElement(EvernoteXMLItem& item, NoteScratch& scratch, const XMLElement& noteElement,
                                          UseInlineImages useInlineImages, ConvertDividers convertDividers) {
-    NotePage page{{}, InlineImages(item.identifier)};
+    NotePage page{{}, {}, InlineImages(item.identifier)};
     std::string markup = TRY(innerMarkup(item, scratch, noteElement, useInlineImages, page.images));
     markup = TRY(replaceTodoTags(std::move(markup)));
     markup = TRY(replaceCryptTags(std::move(markup)));
     markup = fixShapes(std::move(markup), convertDividers);
 
     const std::string poured = TRY(filledTemplate(item.title, markup));
-    const XMLDocument document = TRY(XMLDocument::initWithXMLString(poured, XMLDocumentParsing::tidyHTML));
-    page.markup = document.prettyPrintedPage();
+    page.document = TRY(XMLDocument::initWithXMLString(poured, XMLDocumentParsing::tidyHTML));
+    page.markup = page.document.prettyPrintedPage();
     if (page.markup.empty()) return platform::failure(noPageError());
     return page;
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/base/Result.h"
+#include "platform/xml/XMLDocument.h"
 
 namespace quillet {
 
@@ -39,6 +40,7 @@ class InlineImages {
 
 struct NotePage {
     std::string markup;
+    platform::XMLDocument document; // what the markup was printed from
     InlineImages images;
 };
 

@@ -16,6 +16,7 @@
 #include "platform/foundation/Percent.h"
 #include "platform/html/HTMLReader.h"
 #include "platform/operations/OperationQueue.h"
+#include "platform/xml/HTMLDocument.h"
 #include "service/operations/OperationQueueWaits.h"
 #include "util/FileNames.h"
 
@@ -43,14 +44,17 @@ std::optional<platform::HTMLResource> imageBehind(const InlineImages& images, st
 }
 
 // HTML is read on the main thread only; this thread waits for it.
-Result<platform::HTMLDocumentText> readPageOnMainQueue(const NotePage& page, const platform::URL& directory) {
+Result<platform::HTMLDocumentText> readPageOnMainQueue(NotePage& page, const platform::URL& directory) {
     platform::HTMLReadOptions options;
     options.baseURL = directory;
     options.readAccessURL = directory;
     options.resourceForURL = [&page](std::string_view address) { return imageBehind(page.images, address); };
+    auto tree = platform::HTMLDocument::fromPrintedPage(page.document, page.markup);
+    page.document = {};
     std::optional<Result<platform::HTMLDocumentText>> read;
     addOperationWithBlockAndWaitUntilFinished(platform::OperationQueue::mainQueue(), [&] {
-        read = platform::attributedStringFromHTMLData(page.markup, options);
+        read = tree ? platform::attributedStringFromHTMLDocument(*std::move(tree), options)
+                    : platform::attributedStringFromHTMLData(page.markup, options);
     });
     return *std::move(read);
 }
@@ -128,7 +132,7 @@ void replaceDividerMarkers(AttributedString& text) {
     text.applyEdits(edits);
 }
 
-Result<ImportedPage> importRichText(EvernoteXMLItem& item, NoteScratch& scratch, const NotePage& page) {
+Result<ImportedPage> importRichText(EvernoteXMLItem& item, NoteScratch& scratch, NotePage& page) {
     TRY(scratch.writeFile(item.identifier + ".html", page.markup));
     Result<platform::HTMLDocumentText> read = readPageOnMainQueue(page, scratch.url());
     if (!read) return ImportedPage{std::nullopt, std::move(read).error()};

@@ -19,9 +19,9 @@ struct ImportedPage {
     std::optional<platform::Error> readerError;
 };
 
-// Writes the page into the scratch directory, reads it, and puts attachments in the place of markers. Errors: the page
-// cannot be written, or an attachment that a marker names cannot be read.
-platform::Result<ImportedPage> importRichText(EvernoteXMLItem& item, NoteScratch& scratch, const NotePage& page);
+// Writes the page into the scratch directory, reads it, and puts attachments in the place of markers. The page's
+// document is used up. Errors: the page cannot be written, or an attachment that a marker names cannot be read.
+platform::Result<ImportedPage> importRichText(EvernoteXMLItem& item, NoteScratch& scratch, NotePage& page);
 
 // The steps on the text itself, in the order in which they run.
 platform::Result<> replaceAttachmentMarkers(platform::AttributedString& text, const NoteScratch& scratch);

@@ -61,7 +61,7 @@ class RichTextImport : public NoteFixture {
         return replaced ? shown(rich) : replaced.error().description();
     }
     Result<ImportedPage> import(std::string_view markup) {
-        const NotePage page = notePageFromNoteElement(item_, *scratchDirectory_, *noteElement(markup),
+        NotePage page = notePageFromNoteElement(item_, *scratchDirectory_, *noteElement(markup),
                                                       UseInlineImages::yes, ConvertDividers::yes)
                                   .value();
         return importRichText(item_, *scratchDirectory_, page);

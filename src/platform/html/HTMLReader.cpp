@@ -463,14 +463,18 @@ void PageWalk::writeText(NodeIndex node) {
 
 } // namespace
 
-Result<HTMLDocumentText> attributedStringFromHTMLData(std::string_view bytes, const HTMLReadOptions& options) {
+HTMLDocumentText attributedStringFromHTMLDocument(HTMLDocument page, const HTMLReadOptions& options) {
     HTMLDocumentText read;
-    PageWalk walk(TRY(HTMLDocument::parse(bytes)), options);
+    PageWalk walk(std::move(page), options);
     walk.run();
     read.documentAttributes = htmlDocumentAttributes(walk.page(), walk.background());
     walk.releasePage();
     read.text = textWithListMarkers(walk.written(), walk.listLinks());
     return read;
+}
+
+Result<HTMLDocumentText> attributedStringFromHTMLData(std::string_view bytes, const HTMLReadOptions& options) {
+    return attributedStringFromHTMLDocument(TRY(HTMLDocument::parse(bytes)), options);
 }
 
 Result<HTMLDocumentText> attributedStringFromHTMLFile(const URL& file, const HTMLReadOptions& options) {

@@ -39,6 +39,8 @@ inline constexpr std::string_view kCharacterEncodingDocumentAttribute = "Charact
 inline constexpr std::string_view kTitleDocumentAttribute = "NSTitleDocumentAttribute";
 inline constexpr std::string_view kBackgroundColorDocumentAttribute = "BackgroundColor"; // "#rrggbb" or "#rrggbbaa"
 
+class HTMLDocument;
+
 struct HTMLDocumentText {
     AttributedString text;
     Dictionary documentAttributes;
@@ -48,6 +50,8 @@ struct HTMLDocumentText {
 // more attributes than any page has). Ill-formed markup is no error: it is read as a browser reads it.
 Result<HTMLDocumentText> attributedStringFromHTMLFile(const URL& file, const HTMLReadOptions& options = {});
 Result<HTMLDocumentText> attributedStringFromHTMLData(std::string_view bytes, const HTMLReadOptions& options = {});
+// The same for a page that is a tree already; it cannot fail.
+HTMLDocumentText attributedStringFromHTMLDocument(HTMLDocument page, const HTMLReadOptions& options = {});
 inline Result<HTMLDocumentText> attributedStringFromHTMLData(const Data& data, const HTMLReadOptions& options = {}) {
     return attributedStringFromHTMLData(data.bytes(), options);
 }

@@ -105,6 +105,17 @@ bool isQuirksType(std::string_view name, std::string_view publicIdentifier, bool
 
 } // namespace
 
+HTMLDocument::Attribute HTMLDocument::stored(HTMLAttribute name, std::string_view value) {
+    std::span<char> place = freeInBlock_;
+    if (value.size() > place.size()) {
+        const std::size_t size = value.size() < kLargeValue ? kBlockSize : value.size();
+        place = {blocks_.emplace_back(std::make_unique_for_overwrite<char[]>(size)).get(), size};
+    }
+    if (!value.empty()) std::memcpy(place.data(), value.data(), value.size());
+    if (value.size() < kLargeValue) freeInBlock_ = place.subspan(value.size());
+    return {place.data(), static_cast<std::uint32_t>(value.size()), name};
+}
+
 void HTMLDocument::ReleaseValue::operator()(char* value) const {
     xmlFree(value);
 }
@@ -125,7 +136,6 @@ class HTMLPageParser {
     void characters(std::string_view text);
     void error(const xmlError& error);
     HTMLDocument::Attribute kept(HTMLAttribute name, const xmlChar*& value);
-    const char* stored(std::string_view value);
     std::size_t position() const;
     bool behindEndTag(std::string_view name) const;
     bool isImplied(std::string_view name, const xmlChar** attributes) const;
@@ -133,9 +143,8 @@ class HTMLPageParser {
     HTMLDocument& document_;
     HTMLTreeBuilder builder_;
     std::unique_ptr<xmlParserCtxt, ReleaseContext> context_;
-    std::size_t startedAt_ = 0; // input position at the last start tag
-    std::size_t endedAt_ = 0;   // input position at which an end tag was dealt with
-    std::size_t blockUsed_ = kBlockSize;
+    std::size_t startedAt_ = 0;     // input position at the last start tag
+    std::size_t endedAt_ = 0;       // input position at which an end tag was dealt with
     bool ampersand_ = false;        // the last text was "&" alone
     bool entityWithoutEnd_ = false; // the parser missed a ";"
     std::vector<HTMLDocument::Attribute> pending_;
@@ -168,24 +177,12 @@ bool HTMLPageParser::isImplied(std::string_view name, const xmlChar** attributes
     return at - base < 2 || lower(at[-1]) != 'p' || at[-2] != '<';
 }
 
-const char* HTMLPageParser::stored(std::string_view value) {
-    if (document_.blocks_.empty() || blockUsed_ + value.size() > kBlockSize) {
-        document_.blocks_.push_back(std::make_unique_for_overwrite<char[]>(kBlockSize));
-        blockUsed_ = 0;
-    }
-    char* to = document_.blocks_.back().get() + blockUsed_;
-    if (!value.empty()) std::memcpy(to, value.data(), value.size());
-    blockUsed_ += value.size();
-    return to;
-}
-
 HTMLDocument::Attribute HTMLPageParser::kept(HTMLAttribute name, const xmlChar*& value) {
     const std::string_view text = view(value);
-    const auto length = static_cast<std::uint32_t>(text.size());
-    if (text.size() < kLargeValue) return {stored(text), length, name};
+    if (text.size() < kLargeValue) return document_.stored(name, text);
     document_.largeValues_.emplace_back(reinterpret_cast<char*>(const_cast<xmlChar*>(value)));
     value = nullptr; // ours now; the parser frees what it still finds
-    return {document_.largeValues_.back().get(), length, name};
+    return {document_.largeValues_.back().get(), static_cast<std::uint32_t>(text.size()), name};
 }
 
 void HTMLPageParser::startElement(const xmlChar* xmlName, const xmlChar** attributes) {
@@ -311,7 +308,7 @@ std::optional<std::string_view> HTMLDocument::attribute(NodeIndex index, HTMLAtt
     const Node& node = nodes_[index];
     if (node.kind == NodeKind::element)
         for (std::uint32_t i = node.start; i < node.start + node.count; ++i)
-            if (attributes_[i].name == name) return std::string_view(attributes_[i].value, attributes_[i].length);
+            if (attributes_[i].name == name) return attributes_[i].text();
     return std::nullopt;
 }
 
@@ -323,6 +320,11 @@ HTMLDocument::NodeIndex HTMLDocument::followingSkippingChildren(NodeIndex index,
     for (; index != end && index != kNone; index = nodes_[index].parent)
         if (nodes_[index].next != kNone) return nodes_[index].next;
     return kNone;
+}
+
+bool operator==(const HTMLDocument& a, const HTMLDocument& b) {
+    return a.nodes_ == b.nodes_ && a.attributes_ == b.attributes_ && a.text_ == b.text_ &&
+           a.otherNames_ == b.otherNames_ && a.encoding_ == b.encoding_ && a.quirksMode_ == b.quirksMode_;
 }
 
 std::string HTMLDocument::textContent(NodeIndex index) const {

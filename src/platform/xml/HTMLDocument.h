@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +15,8 @@
 #include "platform/xml/HTMLTags.h"
 
 namespace platform {
+
+class XMLDocument;
 
 inline constexpr std::string_view kHTMLDocumentErrorDomain = "HTMLDocumentErrorDomain";
 enum class HTMLDocumentError : std::int64_t { tooManyAttributes = 1, tooLarge = 2, outOfMemory = 3 };
@@ -36,12 +39,17 @@ class HTMLDocument {
         std::uint16_t otherName = 0;
         HTMLTag tag = HTMLTag::unknown;
         NodeKind kind = NodeKind::element;
+        friend bool operator==(const Node&, const Node&) = default;
     };
 
     // Bytes of any encoding: a byte order mark, a declaration within the first 1024 bytes, UTF-8 when the bytes are
     // well-formed UTF-8, else Windows-1252. Ill-formed markup is no error. Linear in time and memory, whatever the
     // nesting. The tree does not refer to the bytes afterwards.
     static Result<HTMLDocument> parse(std::string_view bytes);
+
+    // The tree that parse() makes of `page`, made from the document that the page was printed from (prettyPrintedPage).
+    // Nothing when it is not certain that it would be the same tree, or when parse() may refuse the page.
+    static std::optional<HTMLDocument> fromPrintedPage(const XMLDocument& source, std::string_view page);
 
     NodeIndex root() const { return 0; }
     NodeIndex head() const { return 1; }
@@ -68,24 +76,36 @@ class HTMLDocument {
     NodeIndex following(NodeIndex index, NodeIndex end) const;
     NodeIndex followingSkippingChildren(NodeIndex index, NodeIndex end) const;
 
+    // Whether both were built in the same steps, to the same tree.
+    friend bool operator==(const HTMLDocument& a, const HTMLDocument& b);
+
   private:
     friend class HTMLTreeBuilder;
     friend class HTMLPageParser;
+    friend class HTMLPrintedPage;
     struct Attribute {
         const char* value;
         std::uint32_t length;
         HTMLAttribute name;
+        std::string_view text() const { return {value, length}; }
+        friend bool operator==(const Attribute& a, const Attribute& b) {
+            return a.name == b.name && a.text() == b.text();
+        }
     };
     // Storage of attribute values that the parser underneath allocated, taken over as it is.
     struct ReleaseValue {
         void operator()(char* value) const;
     };
 
+    // The attribute with its value copied to where the document keeps it.
+    Attribute stored(HTMLAttribute name, std::string_view value);
+
     std::vector<Node> nodes_;
     std::vector<Attribute> attributes_;
     std::string text_;
     std::vector<std::string> otherNames_;
-    std::vector<std::unique_ptr<char[]>> blocks_; // small attribute values
+    std::vector<std::unique_ptr<char[]>> blocks_; // attribute values
+    std::span<char> freeInBlock_;                 // what is left of the block of small ones
     std::vector<std::unique_ptr<char, ReleaseValue>> largeValues_;
     std::string encoding_;
     bool quirksMode_ = true;

@@ -107,13 +107,17 @@ std::optional<std::string> converted(std::string_view bytes, const std::string& 
                        static_cast<std::size_t>(xmlBufferLength(out.get())));
 }
 
+// A declaration that could be read byte by byte is not of a two-byte encoding, whatever it says.
+bool namesUnicode(std::string_view declared) {
+    return declared.starts_with("utf-") || declared == "utf8" || declared == "unicode";
+}
+
 DecodedHTML decodedBytes(std::string_view bytes) {
     if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
     if (bytes.starts_with("\xFE\xFF")) return {fromUTF16(bytes.substr(2), true), "utf-16be"};
     if (bytes.starts_with("\xFF\xFE")) return {fromUTF16(bytes.substr(2), false), "utf-16le"};
     const std::string declared = declaredEncoding(bytes);
-    // A declaration that could be read byte by byte is not of a two-byte encoding, whatever it says.
-    const bool isUnicode = declared.starts_with("utf-") || declared == "utf8" || declared == "unicode";
+    const bool isUnicode = namesUnicode(declared);
     const bool isLatin = declared == "iso-8859-1" || declared == "latin1" || declared == "windows-1252" ||
                          declared == "us-ascii" || declared == "ascii" || declared == "cp1252";
     if (!isUnicode && !isLatin && !declared.empty())
@@ -192,6 +196,12 @@ void removeNulAndReturn(std::string& text) {
 std::string windows1252AsUTF8(char byte) {
     return utf8FromUTF16(
         std::u16string(1, kWindows1252[(static_cast<unsigned char>(byte) - 0x80U) % kWindows1252.size()]));
+}
+
+bool isPlainUTF8(std::string_view bytes) {
+    if (bytes.starts_with("\xEF\xBB\xBF") || bytes.contains('\0') || bytes.contains('\r')) return false;
+    const std::string declared = declaredEncoding(bytes);
+    return (declared.empty() || namesUnicode(declared)) && isValidUTF8(bytes) && !bytes.contains(kSectionStart);
 }
 
 DecodedHTML decodedHTML(std::string_view bytes) {

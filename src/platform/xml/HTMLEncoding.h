@@ -14,6 +14,9 @@ struct DecodedHTML {
 // Linear. Bytes that the encoding does not have become U+FFFD.
 DecodedHTML decodedHTML(std::string_view bytes);
 
+// Whether decodedHTML would give the bytes back as they are, read as UTF-8.
+bool isPlainUTF8(std::string_view bytes);
+
 // The character at one byte 0x80 to 0x9F of Windows-1252, in UTF-8.
 std::string windows1252AsUTF8(char byte);
 

@@ -403,10 +403,7 @@ void HTMLTreeBuilder::rememberFormatting(NodeIndex node) {
         const auto &x = document_.nodes_[a], &y = document_.nodes_[b];
         if (x.tag != y.tag || x.count != y.count) return false;
         return std::equal(document_.attributes_.begin() + x.start, document_.attributes_.begin() + x.start + x.count,
-                          document_.attributes_.begin() + y.start, [](const Attribute& p, const Attribute& q) {
-                              return p.name == q.name &&
-                                     std::string_view(p.value, p.length) == std::string_view(q.value, q.length);
-                          });
+                          document_.attributes_.begin() + y.start);
     };
     std::size_t same = 0, remembered = 0, earliestSame = 0, i = formatting_.size();
     for (; i > 0 && formatting_[i - 1] != HTMLDocument::kNone; --i) {

@@ -1,0 +1,161 @@
+// A page that was just printed from a tree need not be tokenized again: what the parser underneath would report, which
+// is the tags and texts that the printing wrote, is told to the tree builder straight away, at a fraction of the cost.
+//
+// The parser has habits of its own, and for what could meet one of them the tree is refused, so that the caller parses
+// the markup: elements and attributes that are not plain, markup in style sheets, control characters, text between the
+// cells of a table (whose pieces the builder judges one by one), and a page that is not a head and a body.
+#include <array>
+
+#include "platform/xml/HTMLDocument.h"
+#include "platform/xml/HTMLEncoding.h"
+#include "platform/xml/HTMLTreeBuilder.h"
+#include "platform/xml/PageLayout.h"
+#include "platform/xml/XMLDocument.h"
+
+namespace platform {
+
+namespace {
+
+constexpr std::string_view kPlainDocumentType =
+    "<!DOCTYPE html>";                        // the one that means no quirks mode, without parsing it
+constexpr std::size_t kDeepest = 200;         // far below what makes the parser drop levels
+constexpr std::size_t kMostAttributes = 64;   // far below what makes it refuse a tag
+constexpr std::size_t kLongestComment = 1024; // longer ones may look to it like a tag of too many attributes
+
+// Elements that the parser, or its end tags, treat in a way of their own.
+constexpr bool isPeculiar(HTMLTag tag) {
+    switch (tag) {
+    case HTMLTag::unknown:
+    case HTMLTag::frame:
+    case HTMLTag::frameset:
+    case HTMLTag::noframes:
+    case HTMLTag::plaintext:
+    case HTMLTag::script:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Whether the parser gives the text back in one way only: no control characters, which it drops, no C1 controls, which
+// may be meant as Windows-1252, no U+FFFE and U+FFFF.
+bool isPlainText(std::string_view text) {
+    static constexpr auto kSuspects = [] {
+        std::array<bool, 256> table{};
+        for (std::size_t byte = 0; byte < 0x20; ++byte) table[byte] = byte != '\t' && byte != '\n';
+        table[0x7F] = table[0xC2] = table[0xEF] = true;
+        return table;
+    }();
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (!kSuspects[static_cast<unsigned char>(text[at])]) continue;
+        if (text[at] == '\xC2' && static_cast<unsigned char>(text[at + 1]) >= 0xA0) continue;
+        if (text[at] == '\xEF' && text.substr(at, 2) != "\xEF\xBF") continue;
+        return false;
+    }
+    return true;
+}
+
+bool isBlank(std::string_view text) {
+    return text.find_first_not_of(" \t\n") == std::string_view::npos;
+}
+
+} // namespace
+
+// The sink of the layout that builds the tree.
+class HTMLPrintedPage {
+  public:
+    explicit HTMLPrintedPage(HTMLDocument& document) : document_(document), builder_(document) {}
+
+    bool isComplete() const { return !refused_ && part_ == Part::body; }
+
+    void startTag(const XMLElement& element, bool isVoid);
+    void endTag(const XMLElement& element) {
+        if (refused_) return;
+        --depth_;
+        builder_.endTag(element.name());
+    }
+    void leaf(const XMLNode& node, bool isRaw);
+    void whiteSpace(std::string_view text) {
+        if (!refused_) builder_.text(text);
+    }
+
+  private:
+    enum class Part : std::uint8_t { none, page, head, body };
+
+    bool entersPart(HTMLTag tag);
+
+    HTMLDocument& document_;
+    HTMLTreeBuilder builder_;
+    std::vector<HTMLDocument::Attribute> attributes_;
+    std::size_t depth_ = 0;
+    Part part_ = Part::none; // the last of those that have begun
+    bool refused_ = false;
+};
+
+// Whether the element is where it belongs: html outermost, in it at most one head and then one body, and all else
+// there.
+bool HTMLPrintedPage::entersPart(HTMLTag tag) {
+    const auto begins = [&](Part part, std::size_t depth) {
+        if (depth_ != depth || part_ >= part) return false;
+        part_ = part;
+        return true;
+    };
+    switch (tag) {
+    case HTMLTag::html:
+        return begins(Part::page, 0);
+    case HTMLTag::head:
+        return begins(Part::head, 1);
+    case HTMLTag::body:
+        return begins(Part::body, 1);
+    default:
+        return depth_ >= 2;
+    }
+}
+
+void HTMLPrintedPage::startTag(const XMLElement& element, bool isVoid) {
+    const HTMLTag tag = htmlTagNamed(element.name());
+    refused_ = refused_ || !entersPart(tag) || isPeculiar(tag) || depth_ > kDeepest ||
+               element.attributes().size() > kMostAttributes || hasFlag(tag, kVoidTag) != isVoid;
+    if (refused_) return;
+    attributes_.clear();
+    for (const XMLAttribute& attribute : element.attributes())
+        if (const HTMLAttribute known = htmlAttributeNamed(attribute.name); known != HTMLAttribute::none)
+            attributes_.push_back(document_.stored(known, attribute.value));
+    builder_.startTag(element.name(), attributes_, isVoid);
+    if (!isVoid) ++depth_;
+}
+
+void HTMLPrintedPage::leaf(const XMLNode& node, bool isRaw) {
+    if (refused_) return;
+    const std::string_view text = node.text();
+    switch (node.kind()) {
+    case XMLNodeKind::text:
+        refused_ = !isPlainText(text) || (isRaw && text.contains('<')) || (depth_ < 2 && !isBlank(text)) ||
+                   (builder_.isBetweenCells() && !isBlank(text));
+        if (!refused_) builder_.text(text);
+        return;
+    case XMLNodeKind::comment: // leaves no trace
+        refused_ = text.size() > kLongestComment || text.contains("--") || text.starts_with('-') ||
+                   text.starts_with('>') || text.ends_with('-');
+        return;
+    default:
+        refused_ = true;
+        return;
+    }
+}
+
+std::optional<HTMLDocument> HTMLDocument::fromPrintedPage(const XMLDocument& source, std::string_view page) {
+    const bool isPlain = source.documentType() == kPlainDocumentType;
+    if (!source.rootElement() || (!isPlain && !source.documentType().empty()) || !isPlainUTF8(page))
+        return std::nullopt;
+    HTMLDocument document;
+    document.encoding_ = "utf-8";
+    document.quirksMode_ = !isPlain;
+    HTMLPrintedPage reading(document);
+    forEachNodeInOrder(*source.rootElement(), PageLayoutWalk(PageLayout::indented, reading));
+    if (!reading.isComplete()) return std::nullopt;
+    reading.whiteSpace("\n"); // behind the root
+    return document;
+}
+
+} // namespace platform
