@@ -1,7 +1,6 @@
 #include "conversion/MediaTags.h"
 
 #include <map>
-#include <memory>
 #include <optional>
 #include <utility>
 
@@ -16,7 +15,7 @@
 #include "platform/foundation/Percent.h"
 #include "platform/foundation/StringFormat.h"
 #include "platform/foundation/StringTable.h"
-#include "platform/xml/XMLNode.h"
+#include "platform/xml/XMLDocument.h"
 #include "platform/xml/XMLWriter.h"
 #include "util/FileNames.h"
 
@@ -24,6 +23,7 @@ namespace quillet {
 
 using platform::Error;
 using platform::Result;
+using platform::XMLDocument;
 using platform::XMLElement;
 
 namespace {
@@ -85,24 +85,26 @@ class MediaReplacer {
         : resources_(item), scratch_(scratch), useInlineImages_(useInlineImages), images_(images) {}
 
     Result<> replace(std::string_view tag, std::string& out) {
-        const std::unique_ptr<XMLElement> media = TRY(XMLElement::initWithXMLString(tag));
-        const auto hash = media->attributeForName("hash");
+        const XMLDocument document = TRY(XMLElement::initWithXMLString(tag));
+        const XMLElement& media = *document.rootElement();
+        const auto hash = media.attributeForName("hash");
         EvernoteXMLResource* resource = hash ? resources_.find(*hash) : nullptr;
         if (!resource) {
             out += platform::localizedString(kMissingAttachment);
             return {};
         }
-        const std::string mime(media->attributeForName("type").value_or(resource->mime));
+        const std::string mime(media.attributeForName("type").value_or(resource->mime));
         const auto type = platform::UTType::typeWithMIMEType(mime);
         const std::u16string name = attachmentName(*resource, type);
-        if (type && type->conformsTo(platform::kUTTypeImage)) return appendImage(*media, *resource, mime, name, out);
+        if (type && type->conformsTo(platform::kUTTypeImage)) return appendImage(media, *resource, mime, name, out);
         return appendMarker(*resource, name, out);
     }
 
   private:
     Result<> appendImage(const XMLElement& media, EvernoteXMLResource& resource, const std::string& mime,
                          const std::u16string& name, std::string& out) {
-        XMLElement image("img");
+        XMLDocument document = XMLDocument::withRootElement("img");
+        XMLElement& image = *document.rootElement();
         for (const std::string_view size : {"width", "height"})
             if (const auto value = media.attributeForName(size)) image.setAttribute(size, *value);
         if (useInlineImages_ == UseInlineImages::yes) {

@@ -27,7 +27,7 @@ class NoteCreation : public NoteFixture {
     Result<URL> make(Creation creation, std::string_view markup) {
         NoteOutput output(destinationURL());
         NoteScratch scratch = NoteScratch::create(*output.directory().value(), item_.identifier).value();
-        return creation(item_, scratch, output, *noteElement(markup));
+        return creation(item_, scratch, output, *noteDocument(markup).rootElement());
     }
     // The file name of the note made of the markup, or the error.
     std::string noteName(std::string_view markup) { return shown(make(createNoteForElement, markup)); }

@@ -61,8 +61,8 @@ TagRewriting tagEndingIn(std::string_view opening, std::string_view closing, std
 Result<std::string> replaceTodoTags(std::string markup) {
     TagRewriting todo = tagEndingIn("<en-todo", "/en-todo>", kInvalidTodoTag);
     todo.replace = [](std::string_view tag, std::string& out) -> Result<> {
-        const std::unique_ptr<XMLElement> element = TRY(XMLElement::initWithXMLString(tag));
-        const bool isOn = element->attributeForName("checked") == "true";
+        const XMLDocument element = TRY(XMLElement::initWithXMLString(tag));
+        const bool isOn = element.rootElement()->attributeForName("checked") == "true";
         out += platform::utf8FromUTF16(isOn ? QLTChecklistOnValueReplacementString
                                             : QLTChecklistOffValueReplacementString);
         return {};

@@ -40,15 +40,15 @@ class NoteMarkup : public NoteFixture {
     }
 
     Result<std::string> inner(std::string_view markup, UseInlineImages inlineImages = UseInlineImages::yes) {
-        return XMLStringFromNoteElement(item_, *scratchDirectory_, *noteElement(markup), inlineImages);
+        return XMLStringFromNoteElement(item_, *scratchDirectory_, *noteDocument(markup).rootElement(), inlineImages);
     }
     std::string innerText(std::string_view markup, UseInlineImages inlineImages = UseInlineImages::yes) {
         const auto made = inner(markup, inlineImages);
         return made ? *made : made.error().description();
     }
     Result<std::string> page(std::string_view markup, ConvertDividers dividers = ConvertDividers::yes) {
-        return noteXHTMLStringFromNoteElement(item_, *scratchDirectory_, *noteElement(markup), UseInlineImages::yes,
-                                              dividers);
+        return noteXHTMLStringFromNoteElement(item_, *scratchDirectory_, *noteDocument(markup).rootElement(),
+                                              UseInlineImages::yes, dividers);
     }
     // What stands in the page's body, without white space at its ends.
     std::string body(std::string_view markup, ConvertDividers dividers = ConvertDividers::yes) {
@@ -403,10 +403,10 @@ TEST_F(NoteMarkup, IsLinearInMediaCheckboxesAndLists) {
         markup += media(pngBytes()) + "<ul><li><div><en-todo/>x</div></li></ul><en-crypt>y</en-crypt><hr/>";
     markup += "</en-note>";
     const auto start = std::chrono::steady_clock::now();
-    const auto element = noteElement(markup);
-    NotePage made =
-        notePageFromNoteElement(item_, *scratchDirectory_, *element, UseInlineImages::yes, ConvertDividers::yes)
-            .value();
+    const auto document = noteDocument(markup);
+    NotePage made = notePageFromNoteElement(item_, *scratchDirectory_, *document.rootElement(), UseInlineImages::yes,
+                                            ConvertDividers::yes)
+                        .value();
     EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 60);
     EXPECT_GT(made.markup.size(), 1'000'000U);
 }

@@ -61,9 +61,9 @@ class RichTextImport : public NoteFixture {
         return replaced ? shown(rich) : replaced.error().description();
     }
     Result<ImportedPage> import(std::string_view markup) {
-        NotePage page = notePageFromNoteElement(item_, *scratchDirectory_, *noteElement(markup),
-                                                      UseInlineImages::yes, ConvertDividers::yes)
-                                  .value();
+        NotePage page = notePageFromNoteElement(item_, *scratchDirectory_, *noteDocument(markup).rootElement(),
+                                                UseInlineImages::yes, ConvertDividers::yes)
+                            .value();
         return importRichText(item_, *scratchDirectory_, page);
     }
     std::string imported(std::string_view markup) {

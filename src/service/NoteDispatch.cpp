@@ -1,7 +1,6 @@
 #include "service/NoteDispatch.h"
 
 #include <algorithm>
-#include <memory>
 #include <optional>
 #include <utility>
 
@@ -46,11 +45,9 @@ Dictionary entryFor(const EvernoteXMLItem& item) {
 }
 
 // The note element: the document's en-note, or a new one around whatever stands in its place.
-std::unique_ptr<XMLElement> noteElementOf(XMLDocument& document) {
-    if (document.firstNodeForXPath(kNoteElement)) return document.takeRootElement();
-    auto note = std::make_unique<XMLElement>(std::string(kNoteElement));
-    if (auto root = document.takeRootElement()) note->addChild(std::move(root));
-    return note;
+const XMLElement& noteElementOf(XMLDocument& document) {
+    if (!document.firstNodeForXPath(kNoteElement)) document.wrapRootElement(kNoteElement);
+    return *document.rootElement();
 }
 
 bool isBlank(const XMLElement& element) {
@@ -127,13 +124,13 @@ Result<URL> convert(EvernoteXMLItem& item, NoteScratch& scratch, NoteOutput& out
 Result<ItemEntry> getItemDict(EvernoteXMLItem& item, NoteOutput& output) {
     Dictionary entry = entryFor(item);
     XMLDocument document = TRY(XMLDocument::initWithXMLString(item.contentData, platform::XMLDocumentParsing::tidyXML));
-    const std::unique_ptr<XMLElement> note = noteElementOf(document);
+    const XMLElement& note = noteElementOf(document);
 
-    std::optional<URL> written = writeSingleAttachment(item, output, *note);
+    std::optional<URL> written = writeSingleAttachment(item, output, note);
     if (!written) {
         NoteScratch scratch = TRY(NoteScratch::create(*TRY(output.directory()), item.identifier));
         item.intermediateHTMLDirectoryURL = scratch.url();
-        Result<URL> converted = convert(item, scratch, output, *note);
+        Result<URL> converted = convert(item, scratch, output, note);
         // A scratch directory that stays behind is reported in place of the converter's own error.
         Result<> removed = scratch.remove();
         if (!converted) return platform::failure(removed ? std::move(converted).error() : std::move(removed).error());

@@ -75,14 +75,14 @@ class NoteFixture : public testing::Test {
                "/>";
     }
 
-    // The root of a note's content.
-    static std::unique_ptr<platform::XMLElement> noteElement(std::string_view markup) {
+    // A note's content; its root is the note element.
+    static platform::XMLDocument noteDocument(std::string_view markup) {
         auto document = platform::XMLDocument::initWithXMLString(markup, platform::XMLDocumentParsing::tidyXML);
         if (!document) {
             ADD_FAILURE() << document.error().description();
-            return std::make_unique<platform::XMLElement>("en-note");
+            return platform::XMLDocument::withRootElement("en-note");
         }
-        return document->takeRootElement();
+        return *std::move(document);
     }
 
     platform::URL destinationURL() const { return platform::URL::fileURLWithPath(destination_.string(), true); }

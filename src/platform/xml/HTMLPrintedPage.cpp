@@ -118,7 +118,7 @@ void HTMLPrintedPage::startTag(const XMLElement& element, bool isVoid) {
                element.attributes().size() > kMostAttributes || hasFlag(tag, kVoidTag) != isVoid;
     if (refused_) return;
     attributes_.clear();
-    for (const XMLAttribute& attribute : element.attributes())
+    for (const XMLAttributeView& attribute : element.attributes())
         if (const HTMLAttribute known = htmlAttributeNamed(attribute.name); known != HTMLAttribute::none)
             attributes_.push_back(document_.stored(known, attribute.value));
     builder_.startTag(element.name(), attributes_, isVoid);

@@ -54,7 +54,7 @@ xmlSAXHandler handlers() {
     table.ignorableWhitespace = table.characters;
     table.cdataBlock = table.characters; // the text of scripts and style sheets
     table.comment = [](void* data, const xmlChar* piece) {
-        Reading::of(data).builder.addNode(XMLNodeKind::comment, std::string(view(piece)));
+        Reading::of(data).builder.addNode(XMLNodeKind::comment, view(piece));
     };
     table.internalSubset = [](void* data, const xmlChar* name, const xmlChar* publicID, const xmlChar* systemID) {
         Reading::of(data).builder.setDocumentType(view(name), view(publicID), view(systemID));

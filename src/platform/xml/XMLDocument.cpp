@@ -24,13 +24,10 @@ class BuildingDelegate final : public XMLParserDelegate {
     }
     void parserFoundCDATA(XMLParser&, std::string_view bytes) override { builder_.addText(XMLNodeKind::cdata, bytes); }
     void parserDidEndElement(XMLParser&, std::string_view) override { builder_.closeElement(); }
-    void parserFoundComment(XMLParser&, std::string_view text) override {
-        addInside(XMLNodeKind::comment, std::string(text));
-    }
+    void parserFoundComment(XMLParser&, std::string_view text) override { addInside(XMLNodeKind::comment, text); }
     void parserFoundProcessingInstructionWithTarget(XMLParser&, std::string_view target,
                                                     std::string_view data) override {
-        addInside(XMLNodeKind::processingInstruction,
-                  data.empty() ? std::string(target) : fmt::format("{} {}", target, data));
+        addInside(XMLNodeKind::processingInstruction, data.empty() ? target : fmt::format("{} {}", target, data));
     }
     void parserFoundDocumentType(XMLParser&, std::string_view name, std::string_view publicID,
                                  std::string_view systemID) override {
@@ -38,8 +35,8 @@ class BuildingDelegate final : public XMLParserDelegate {
     }
 
   private:
-    void addInside(XMLNodeKind kind, std::string text) {
-        if (inside_) builder_.addNode(kind, std::move(text));
+    void addInside(XMLNodeKind kind, std::string_view text) {
+        if (inside_) builder_.addNode(kind, text);
     }
 
     XMLTreeBuilder& builder_;
@@ -82,20 +79,34 @@ Result<XMLDocument> XMLDocument::initWithXMLString(std::string_view xml, XMLDocu
     return document;
 }
 
+XMLDocument XMLDocument::withRootElement(std::string_view name) {
+    XMLDocument document;
+    document.wrapRootElement(name);
+    return document;
+}
+
+void XMLDocument::wrapRootElement(std::string_view name) {
+    if (!tree_) tree_ = std::make_unique<Tree>();
+    auto* root = tree_->arena.make<XMLElement>(tree_->arena, tree_->arena.stored(name));
+    if (tree_->root) root->addChild(*tree_->root);
+    tree_->root = root;
+}
+
 XMLElement* XMLDocument::firstNodeForXPath(std::string_view name) {
-    return root_ && root_->name() == name ? root_.get() : nullptr;
+    XMLElement* root = rootElement();
+    return root && root->name() == name ? root : nullptr;
 }
 
 std::string XMLDocument::XMLString() const {
     std::string result = documentType_;
-    if (root_) writeXML(*root_, result);
+    if (rootElement()) writeXML(*rootElement(), result);
     return result;
 }
 
 std::string XMLDocument::laidOut(PageLayout layout) const {
     std::string result = documentType_;
     if (!result.empty()) result += '\n';
-    if (root_) writePage(*root_, layout, result);
+    if (rootElement()) writePage(*rootElement(), layout, result);
     return result += '\n';
 }
 

@@ -28,10 +28,14 @@ class XMLDocument {
     // @sel initWithXMLString:options:error:
     static Result<XMLDocument> initWithXMLString(std::string_view xml, XMLDocumentParsing parsing);
 
-    XMLElement* rootElement() { return root_.get(); }
-    const XMLElement* rootElement() const { return root_.get(); }
-    // The root, which then belongs to the caller; the document is empty afterwards.
-    std::unique_ptr<XMLElement> takeRootElement() { return std::move(root_); }
+    // A document of one empty element.
+    static XMLDocument withRootElement(std::string_view name);
+
+    // Null in an empty document.
+    XMLElement* rootElement() { return tree_ ? tree_->root : nullptr; }
+    const XMLElement* rootElement() const { return tree_ ? tree_->root : nullptr; }
+    // Makes an element of that name the root, with the root so far, if there is one, in it.
+    void wrapRootElement(std::string_view name);
 
     // The first node that the path, one element name, selects from the document: the root if it has that name, else
     // null. @sel nodesForXPath:error:
@@ -49,10 +53,14 @@ class XMLDocument {
 
   private:
     friend class XMLTreeBuilder;
+    struct Tree {
+        XMLArena arena;
+        XMLElement* root = nullptr;
+    };
     std::string laidOut(PageLayout layout) const;
 
     std::string documentType_;
-    std::unique_ptr<XMLElement> root_;
+    std::unique_ptr<Tree> tree_;
 };
 
 } // namespace platform

@@ -155,7 +155,8 @@ TEST_F(XMLSerialisation, WritesPagesThatABrowserReadsAlike) {
 }
 
 TEST_F(XMLTree, IsBuiltAndChanged) {
-    XMLElement image("img");
+    XMLDocument made = XMLDocument::withRootElement("img");
+    XMLElement& image = *made.rootElement();
     image.setAttribute("width", "300");
     image.setAttribute("src", "data:x");
     image.setAttribute("width", "3");
@@ -165,33 +166,34 @@ TEST_F(XMLTree, IsBuiltAndChanged) {
 
     auto document = XMLDocument::initWithXMLString("<a><b/>t</a>", XMLDocumentParsing::strict);
     ASSERT_TRUE(document);
-    XMLElement note("en-note");
-    note.addChild(document->takeRootElement());
-    EXPECT_EQ(document->rootElement(), nullptr);
+    document->wrapRootElement("en-note");
+    XMLElement& note = *document->rootElement();
     EXPECT_EQ(note.XMLString(), "<en-note><a><b></b>t</a></en-note>");
     XMLElement* a = note.children().front()->asElement();
     EXPECT_EQ(a->parent(), &note);
-    EXPECT_EQ(a->detachChildAtIndex(0)->name(), "b");
-    EXPECT_EQ(note.stringValue(), "t");
+    EXPECT_EQ(a->nextSibling(), nullptr);
+    a->addText(XMLNodeKind::text, "u");
+    a->addNode(XMLNodeKind::comment, "c");
+    a->addText(XMLNodeKind::text, "v");
+    a->addElement("d").setAttribute("e", "f");
+    EXPECT_EQ(note.XMLString(), "<en-note><a><b></b>tu<!--c-->v<d e=\"f\"></d></a></en-note>");
+    EXPECT_EQ(note.stringValue(), "tuv");
+    EXPECT_EQ(XMLDocument().rootElement(), nullptr);
 }
 
 TEST_F(XMLTree, OfOneElementComesFromItsMarkup) {
     const auto element = XMLElement::initWithXMLString("<en-media hash=\"1\" type=\"image/png\"></en-media>");
     ASSERT_TRUE(element);
-    EXPECT_EQ((*element)->attributeForName("hash"), "1");
+    EXPECT_EQ(element->rootElement()->attributeForName("hash"), "1");
     EXPECT_FALSE(XMLElement::initWithXMLString("<en-media hash=1></en-media>"));
     EXPECT_FALSE(XMLElement::initWithXMLString("<a/><b/>"));
 }
 
 TEST_F(XMLTree, MayBeDeepWithoutRecursion) {
-    auto inner = std::make_unique<XMLElement>("a");
-    for (int i = 0; i < 200'000; ++i) {
-        auto outer = std::make_unique<XMLElement>("a");
-        outer->addChild(std::move(inner));
-        inner = std::move(outer);
-    }
-    EXPECT_EQ(inner->XMLString().size(), 200'001U * 7);
-    EXPECT_EQ(inner->stringValue(), "");
+    XMLDocument document;
+    for (int i = 0; i < 200'001; ++i) document.wrapRootElement("a");
+    EXPECT_EQ(document.rootElement()->XMLString().size(), 200'001U * 7);
+    EXPECT_EQ(document.rootElement()->stringValue(), "");
 }
 
 TEST_F(XMLTree, HasALimitOfDepthInEachReading) {

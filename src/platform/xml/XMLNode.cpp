@@ -7,16 +7,7 @@
 
 namespace platform {
 
-XMLElement* XMLNode::asElement() {
-    return kind_ == XMLNodeKind::element ? static_cast<XMLElement*>(this) : nullptr;
-}
-
-const XMLElement* XMLNode::asElement() const {
-    return kind_ == XMLNodeKind::element ? static_cast<const XMLElement*>(this) : nullptr;
-}
-
 std::string XMLNode::stringValue() const {
-    if (isText()) return text_;
     std::string result;
     forEachNodeInOrder(*this, [&](const XMLNode& node, NodeEdge edge) {
         if (edge == NodeEdge::leaf && node.isText()) result += node.text();
@@ -30,50 +21,55 @@ std::string XMLNode::XMLString() const {
     return result;
 }
 
-// A deep tree is taken down from a list: the destructors of nested members would recurse once a level.
-XMLElement::~XMLElement() {
-    std::vector<std::unique_ptr<XMLNode>> doomed = std::move(children_);
-    while (!doomed.empty()) {
-        const auto node = std::move(doomed.back());
-        doomed.pop_back();
-        if (XMLElement* element = node->asElement()) {
-            std::ranges::move(element->children_, std::back_inserter(doomed));
-            element->children_.clear();
-        }
-    }
-}
-
-Result<std::unique_ptr<XMLElement>> XMLElement::initWithXMLString(std::string_view xml) {
-    auto document = TRY(XMLDocument::initWithXMLString(xml, XMLDocumentParsing::strict));
-    return document.takeRootElement();
+Result<XMLDocument> XMLElement::initWithXMLString(std::string_view xml) {
+    return XMLDocument::initWithXMLString(xml, XMLDocumentParsing::strict);
 }
 
 std::optional<std::string_view> XMLElement::attributeForName(std::string_view name) const {
-    const auto found = std::ranges::find(attributes_, name, &XMLAttribute::name);
-    if (found == attributes_.end()) return std::nullopt;
+    const auto found = std::ranges::find(attributes(), name, &XMLAttributeView::name);
+    if (found == attributes().end()) return std::nullopt;
     return found->value;
 }
 
 void XMLElement::setAttribute(std::string_view name, std::string_view value) {
-    const auto found = std::ranges::find(attributes_, name, &XMLAttribute::name);
-    if (found != attributes_.end()) {
-        found->value = value;
+    const std::span<XMLAttributeView> present(attributes_, attributeCount_);
+    if (const auto found = std::ranges::find(present, name, &XMLAttributeView::name); found != present.end()) {
+        found->value = arena_.stored(value);
+        return;
+    }
+    if (attributeCount_ == attributeCapacity_) {
+        attributeCapacity_ = std::max(2U, 2 * attributeCapacity_);
+        attributes_ = arena_.makeArray<XMLAttributeView>(attributeCapacity_);
+        std::ranges::copy(present, attributes_);
+    }
+    attributes_[attributeCount_++] = {arena_.stored(name), arena_.stored(value)};
+}
+
+XMLElement& XMLElement::addElement(std::string_view name) {
+    auto* element = arena_.make<XMLElement>(arena_, arena_.stored(name));
+    addChild(*element);
+    return *element;
+}
+
+void XMLElement::addText(XMLNodeKind kind, std::string_view text) {
+    if (last_ && last_->kind_ == kind) {
+        last_->text_ = arena_.extended(last_->text_, text);
     } else {
-        attributes_.push_back({std::string(name), std::string(value)});
+        addNode(kind, text);
     }
 }
 
-XMLNode& XMLElement::addChild(std::unique_ptr<XMLNode> child) {
-    child->parent_ = this;
-    return *children_.emplace_back(std::move(child));
+XMLNode& XMLElement::addNode(XMLNodeKind kind, std::string_view text) {
+    auto* node = arena_.make<XMLNode>(kind, std::string_view());
+    node->text_ = arena_.stored(text); // behind the node, so that it can grow
+    addChild(*node);
+    return *node;
 }
 
-std::unique_ptr<XMLNode> XMLElement::detachChildAtIndex(std::size_t index) {
-    const auto place = children_.begin() + static_cast<std::ptrdiff_t>(index);
-    auto child = std::move(*place);
-    children_.erase(place);
-    child->parent_ = nullptr;
-    return child;
+void XMLElement::addChild(XMLNode& child) {
+    child.parent_ = this;
+    (last_ ? last_->next_ : first_) = &child;
+    last_ = &child;
 }
 
 } // namespace platform

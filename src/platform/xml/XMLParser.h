@@ -19,17 +19,11 @@ namespace platform {
 
 class XMLParser;
 
-struct XMLAttribute {
-    std::string name; // as written, with its prefix
-    std::string value;
-    friend bool operator==(const XMLAttribute&, const XMLAttribute&) = default;
-};
-
-// The attributes of one start tag in document order; views, valid during the callback.
 struct XMLAttributeView {
-    std::string_view name;
+    std::string_view name; // as written, with its prefix
     std::string_view value;
 };
+// The attributes of one start tag in document order, valid during the callback.
 using XMLAttributes = std::span<const XMLAttributeView>;
 
 // Texts are UTF-8, whatever the encoding of the document, and valid during the call.

@@ -18,7 +18,7 @@ class XMLTreeBuilder {
     bool openElement(std::string_view name, XMLAttributes attributes);
     void closeElement();
     void addText(XMLNodeKind kind, std::string_view text); // joined to a neighbour of the same kind
-    void addNode(XMLNodeKind kind, std::string text);
+    void addNode(XMLNodeKind kind, std::string_view text);
     void setDocumentType(std::string_view name, std::string_view publicID, std::string_view systemID);
 
     // The tree with the first of its elements that has the name as the root; without one the first element of all.
@@ -26,9 +26,8 @@ class XMLTreeBuilder {
     XMLDocument documentWithRoot(std::string_view name);
 
   private:
-    std::string documentType_;
-    XMLElement holder_{""}; // what stands outside the root too
-    std::vector<XMLElement*> open_{&holder_};
+    XMLDocument document_ = XMLDocument::withRootElement({}); // the root holds what stands outside the true root too
+    std::vector<XMLElement*> open_{document_.rootElement()};
 };
 
 } // namespace platform

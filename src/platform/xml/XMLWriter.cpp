@@ -149,7 +149,7 @@ std::uint8_t pageElementFlags(std::string_view name) {
 }
 
 bool isBlankText(const XMLNode& node) {
-    return node.kind() == XMLNodeKind::text && node.text().find_first_not_of(" \t\r\n") == std::string::npos;
+    return node.kind() == XMLNodeKind::text && node.text().find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
 void appendEscapedText(std::string_view text, std::string& out) {

@@ -2,10 +2,8 @@
 #pragma once
 
 #include <concepts>
-#include <span>
 #include <string>
-#include <utility>
-#include <vector>
+#include <string_view>
 
 #include "platform/xml/XMLNode.h"
 
@@ -13,8 +11,8 @@ namespace platform {
 
 enum class NodeEdge { enter, leave, leaf }; // elements are entered and left, other nodes are leaves
 
-// Calls visit(node, edge) for the node and all below it in document order, on an explicit stack. A visit that returns
-// a bool answers for the edge "enter" whether to go into the element; "leave" is called either way.
+// Calls visit(node, edge) for the node and all below it in document order, without recursion. A visit that returns a
+// bool answers for the edge "enter" whether to go into the element; "leave" is called either way.
 template<class Visit>
 void forEachNodeInOrder(const XMLNode& root, Visit&& visit) {
     const auto enter = [&](const XMLNode& node) -> bool {
@@ -25,25 +23,22 @@ void forEachNodeInOrder(const XMLNode& root, Visit&& visit) {
             return true;
         }
     };
-    std::vector<std::pair<const XMLElement*, std::size_t>> open; // element and its next child
-    const auto visitNode = [&](const XMLNode& node) {
-        const XMLElement* element = node.asElement();
+    for (const XMLNode* node = &root;;) {
+        const XMLElement* element = node->asElement();
         if (!element) {
-            visit(node, NodeEdge::leaf);
+            visit(*node, NodeEdge::leaf);
+        } else if (enter(*node) && !element->children().empty()) {
+            node = element->children().front();
+            continue;
         } else {
-            open.emplace_back(element, enter(node) ? 0 : element->children().size());
+            visit(*node, NodeEdge::leave);
         }
-    };
-    visitNode(root);
-    while (!open.empty()) {
-        auto& [element, next] = open.back();
-        if (next < element->children().size()) {
-            visitNode(*element->children()[next++]);
-        } else {
-            const XMLElement* left = element;
-            open.pop_back();
-            visit(*left, NodeEdge::leave);
+        while (node != &root && !node->nextSibling()) {
+            node = node->parent();
+            visit(*node, NodeEdge::leave);
         }
+        if (node == &root) return;
+        node = node->nextSibling();
     }
 }
 

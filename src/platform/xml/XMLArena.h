@@ -1,0 +1,48 @@
+// Where the nodes and texts of one document lie: memory that is taken piece by piece and given back all at once.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace platform {
+
+class XMLArena {
+  public:
+    XMLArena() = default;
+    XMLArena(const XMLArena&) = delete; // what lies here is known by its address
+    XMLArena& operator=(const XMLArena&) = delete;
+
+    // Objects are never destroyed.
+    template<class T, class... Arguments>
+    T* make(Arguments&&... arguments) {
+        static_assert(std::is_trivially_destructible_v<T>);
+        return new (place(sizeof(T), alignof(T))) T(std::forward<Arguments>(arguments)...);
+    }
+    // Uninitialised.
+    template<class T>
+    T* makeArray(std::size_t count) {
+        static_assert(std::is_trivially_destructible_v<T>);
+        return static_cast<T*>(place(count * sizeof(T), alignof(T)));
+    }
+
+    std::string_view stored(std::string_view text);
+    // A stored text with more behind it. Without a copy when nothing has been stored since, as when a text comes in
+    // pieces.
+    std::string_view extended(std::string_view text, std::string_view more);
+
+  private:
+    void* place(std::size_t size, std::size_t alignment);
+    void addBlock(std::size_t size);
+
+    std::vector<std::unique_ptr<char[]>> blocks_;
+    char* free_ = nullptr; // in the last block
+    std::size_t left_ = 0;
+    std::size_t nextBlock_ = 1024; // doubled with each block: most documents are small
+};
+
+} // namespace platform
