@@ -89,12 +89,13 @@ class ExitStatus(Case):
 
     def test_is_64_for_wrong_usage(self):
         self.export("a.enex", GOOD)
-        for arguments in [(), ("a.enex",), ("--nonsense", "a.enex", "out"), ("-x", "a.enex", "out"), ("--json=maybe", "a.enex", "out")]:
+        for arguments in [(), ("a.enex",), ("--nonsense", "a.enex", "out"), ("-x", "a.enex", "out"), ("--json=maybe", "a.enex", "out"), ("a.enex", ""), ("", "out"), ("a.enex", "", "out")]:
             done = self.run_command(*arguments)
             self.assertEqual(done.returncode, 64, arguments)
             self.assertTrue(done.stderr, arguments)
             self.assertEqual(done.stdout, "", arguments)
         self.assertFalse(self.out.exists())
+        self.assertEqual(self.outputs(self.scratch), ["a.enex"])
 
     def test_is_0_for_help_and_version(self):
         for option in ("--help", "-h", "--version"):
@@ -113,6 +114,23 @@ class ExitStatus(Case):
 
 
 class Streams(Case):
+    def test_that_are_closed_lend_their_descriptors_to_no_file(self):
+        export = self.export("a.enex", FAILING)
+        for closed, status in [("<&-", 1), ("2>&-", 1), (">&-", 74), ("<&- >&-", 74), ("<&- >&- 2>&-", 74)]:
+            done = subprocess.run(["sh", "-c", f'exec "$0" -v "$@" {closed}', COMMAND, export, self.scratch / "absent.enex", self.out],
+                                  env=self.environment, capture_output=True, text=True, timeout=60)
+            self.assertEqual(done.returncode, max(status, 2) if status != 74 else 74, (closed, done.stderr))
+            log = (self.out / "a.log").read_text()
+            self.assertRegex(log, r"^Importing .*/a\.enex[-\d]+ [:\d]+ \+0000 ENEX file created by: 10\.88\.4\n", closed)
+            self.assertTrue(all(re.match(r"\d{4}-", line) for line in log.splitlines()[1:]), log)
+            self.expect_whole_outputs()
+            shutil.rmtree(self.out)
+
+    def test_errors_name_the_file_once(self):
+        done = self.run_command(self.export("a.enex", MALFORMED), self.out)
+        self.assertEqual(done.stderr.count("a.enex"), 1, done.stderr)
+        self.assertTrue(done.stderr.startswith(f"quillet-enex-import: {self.scratch}/a.enex: line 2, column "), done.stderr)
+
     def test_json_is_one_line_a_file_and_nothing_else(self):
         files = [self.export("a.enex", GOOD), self.export("b.enex", MALFORMED), self.export("c.enex", FAILING),
                  self.scratch / "absent.enex"]
@@ -182,10 +200,10 @@ class Streams(Case):
 
 
 class Signals(Case):
-    def start(self, *options):
-        export = self.export("big.enex", enex(*(with_attachment(f"n{index}", 3200, index) for index in range(4000))))
+    def start(self, *options, notes=4000, **more):
+        export = self.export("big.enex", enex(*(with_attachment(f"n{index}", 3200, index) for index in range(notes))))
         process = subprocess.Popen([COMMAND, *options, export, self.out], env=self.environment, stdout=subprocess.PIPE,
-                                   stderr=subprocess.PIPE, text=True)
+                                   stderr=subprocess.PIPE, text=True, **more)
         deadline = time.monotonic() + 60
         while not self.out.exists() or len(list(self.out.glob("*.qltnote"))) < 5:
             self.assertLess(time.monotonic(), deadline)
@@ -193,7 +211,7 @@ class Signals(Case):
         return process
 
     def test_cancel_between_two_notes(self):
-        for number, status in [(signal.SIGINT, 130), (signal.SIGTERM, 143)]:
+        for number, status in [(signal.SIGINT, 130), (signal.SIGTERM, 143), (signal.SIGHUP, 129)]:
             process = self.start("--json")
             process.send_signal(number)
             stdout, _ = process.communicate(timeout=60)
@@ -205,6 +223,25 @@ class Signals(Case):
             self.assertRegex(log, r"Finish parsing ENEX file with error: .* \(NSXMLParserErrorDomain 512\)\n$")
             self.assertEqual(log.count("Converting"), len(self.outputs()) - 1)
             shutil.rmtree(self.out)
+
+    def test_that_were_ignored_stay_ignored(self):
+        ignored = (signal.SIGINT, signal.SIGHUP)
+        process = self.start(notes=400, preexec_fn=lambda: [signal.signal(number, signal.SIG_IGN) for number in ignored])
+        for number in ignored:
+            process.send_signal(number)
+        process.communicate(timeout=120)
+        self.assertEqual(process.returncode, 0)
+        self.assertEqual(len(self.outputs()), 401)
+
+    def test_the_second_one_ends_the_program_at_once(self):
+        process = self.start()
+        process.send_signal(signal.SIGSTOP)  # both are waiting when it goes on
+        process.send_signal(signal.SIGINT)
+        process.send_signal(signal.SIGTERM)
+        process.send_signal(signal.SIGCONT)
+        stdout, _ = process.communicate(timeout=60)
+        self.assertIn(process.returncode, (130, 143))
+        self.assertEqual(stdout, "")  # no summary any more
 
     def test_the_remains_of_a_killed_import_are_cleared_away(self):
         process = self.start()
@@ -232,6 +269,18 @@ class Exports(Case):
         for name in ("absent.enex", "fifo.enex", "directory.enex", "loop.enex", "/dev/null", "x" * 300, "afile/a.enex"):
             self.export("afile", "")
             self.expect_error(self.scratch / name, 1001)
+
+    def test_that_come_from_a_pipe_are_errors_of_their_own(self):
+        done = self.run_command("--json", "/dev/stdin", self.export("a.enex", GOOD), self.out, input=GOOD)
+        replies = [json.loads(line) for line in done.stdout.splitlines()]
+        self.assertEqual(done.returncode, 2, done.stderr)
+        self.assertEqual([sorted(reply) for reply in replies], [["Error", "Log File"], ["Error Notes", "Items", "Log File"]])
+        self.assertIn("/dev/stdin: not a regular file", done.stderr)
+
+    def test_may_be_redirected_from_a_file(self):
+        with open(self.export("a.enex", GOOD), encoding="utf-8") as export:
+            self.assertEqual(self.run_command("/dev/stdin", self.out, stdin=export).returncode, 0)
+        self.assertEqual(self.outputs(), ["Good.qltnote", "stdin.log"])
 
     @unittest.skipIf(os.geteuid() != 0, "needs root, to become somebody else")
     def test_that_may_not_be_read_are_errors(self):

@@ -89,9 +89,9 @@ Result<> allow(int ruleset, const AllowedPath& path, std::uint64_t handled) {
     if (!S_ISDIR(status.st_mode)) rights &= kFileRights;
     if (S_ISDIR(status.st_mode) && path.access == PathAccess::readFile) return {};
     const PathBeneathAttributes attributes{rights, target.get()};
-    if (::syscall(SYS_landlock_add_rule, ruleset, kRulePathBeneath, &attributes, 0) != 0)
-        return failure(kernelError("landlock_add_rule: " + path.path, errno));
-    return {};
+    if (::syscall(SYS_landlock_add_rule, ruleset, kRulePathBeneath, &attributes, 0) == 0) return {};
+    if (errno == EBADFD) return {}; // a pipe or a socket, as /dev/stdin may be: no rule is about it
+    return failure(kernelError("landlock_add_rule: " + path.path, errno));
 }
 
 } // namespace

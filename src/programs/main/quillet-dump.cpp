@@ -4,21 +4,22 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <CLI/CLI.hpp>
-#include <fmt/core.h>
 
-#include "platform/base/SystemLog.h"
 #include "platform/foundation/Environment.h"
 #include "platform/text/TextDump.h"
 #include "programs/RegisterClasses.h"
+#include "programs/StandardStreams.h"
 #include "programs/export/ReadRichText.h"
 #include "programs/export/RichTextJSON.h"
 
 namespace quillet {
 namespace {
 
+constexpr std::string_view kProgram = "quillet-dump";
 constexpr int kDone = 0;
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 64; // EX_USAGE
@@ -53,8 +54,7 @@ std::optional<int> parseCommandLine(int argc, char** argv, Options& options) {
         return app.exit(error) == 0 ? kDone : kWrongUsage;
     }
     if (!options.to.empty() && !formats().contains(options.to.front())) {
-        fmt::print(stderr, "quillet-dump: --to: {}: not rtf, rtfd, html or archive\n",
-                   platform::escapedForTerminal(options.to.front()));
+        printMessage(kProgram, "--to: " + options.to.front() + ": not rtf, rtfd, html or archive");
         return kWrongUsage;
     }
     return std::nullopt;
@@ -73,8 +73,7 @@ int run(int argc, char** argv) {
     if (const auto status = parseCommandLine(argc, argv, options)) return *status;
     registerClasses();
     if (const platform::Result<> done = dump(options); !done) {
-        fmt::print(stderr, "quillet-dump: {}: {}\n", platform::escapedForTerminal(options.file),
-                   platform::escapedForTerminal(done.error().description()));
+        printMessage(kProgram, options.file + ": " + done.error().description());
         return kFailed;
     }
     return kDone;
@@ -84,5 +83,6 @@ int run(int argc, char** argv) {
 } // namespace quillet
 
 int main(int argc, char** argv) {
+    quillet::occupyStandardDescriptors();
     return quillet::run(argc, argv);
 }

@@ -1,7 +1,7 @@
 // The command-line client: imports exports into a directory, in its own confined process or by the service.
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -12,12 +12,10 @@
 #include <set>
 #include <string>
 #include <system_error>
-#include <thread>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
-#include <pthread.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -26,9 +24,11 @@
 #include "platform/foundation/Environment.h"
 #include "platform/foundation/URL.h"
 #include "platform/operations/OperationQueue.h"
+#include "programs/Interruption.h"
 #include "programs/ProgressBar.h"
 #include "programs/RegisterClasses.h"
 #include "programs/ServiceImport.h"
+#include "programs/StandardStreams.h"
 #include "programs/export/JSONForm.h"
 #include "service/ImportConfinement.h"
 #include "service/Quillet_ENEX_Import.h"
@@ -47,7 +47,6 @@ constexpr int kImportFailed = 2;
 constexpr int kWrongUsage = 64;  // EX_USAGE
 constexpr int kCannotPrint = 74; // EX_IOERR
 constexpr int kUnavailable = 69; // EX_UNAVAILABLE
-constexpr int kSignalBase = 128;
 
 struct Options {
     bool debug = false;
@@ -60,46 +59,10 @@ struct Options {
     std::string directory;
 };
 
-// Waits for SIGINT and SIGTERM on a thread of its own. The first one cancels the import: the note under way is
-// finished. A second one ends the process at once.
-class Interruption {
-  public:
-    Interruption() {
-        sigemptyset(&signals_);
-        sigaddset(&signals_, SIGINT);
-        sigaddset(&signals_, SIGTERM);
-        // Blocked before any other thread starts, so that all of them leave the signals to the waiting one.
-        pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
-        std::thread([this] { wait(); }).detach();
-    }
+constexpr std::string_view kProgram = "quillet-enex-import";
 
-    // What ends the import that runs now; nothing between imports.
-    void setCancel(std::function<void()> cancel) {
-        const std::lock_guard lock(mutex_);
-        cancel_ = std::move(cancel);
-        if (signal_ != 0 && cancel_) cancel_();
-    }
-    int signal() const { return signal_; }
-
-  private:
-    void wait() {
-        for (;;) {
-            int received = 0;
-            if (sigwait(&signals_, &received) != 0) continue;
-            if (signal_.exchange(received) != 0) std::_Exit(kSignalBase + received);
-            const std::lock_guard lock(mutex_);
-            if (cancel_) cancel_();
-        }
-    }
-
-    sigset_t signals_{};
-    std::atomic<int> signal_ = 0;
-    std::mutex mutex_;
-    std::function<void()> cancel_; // guarded by mutex_
-};
-
-void printMessage(std::string_view message) {
-    fmt::print(stderr, "quillet-enex-import: {}\n", platform::escapedForTerminal(message));
+void complain(std::string_view message) {
+    printMessage(kProgram, message);
 }
 
 // One FILE on its way into the directory.
@@ -185,7 +148,7 @@ std::string placed(const std::string& file, std::string text) {
 // The reply's part of the exit status; reports its error.
 int statusOf(const std::string& file, const Dictionary& reply) {
     if (const Value* value = platform::find(reply, kErrorReplyKey)) {
-        if (const platform::Error* error = value->asError()) printMessage(placed(file, error->description()));
+        if (const platform::Error* error = value->asError()) complain(placed(file, error->description()));
         return kImportFailed;
     }
     return listUnder(reply, kErrorNotesReplyKey).empty() ? kAllWritten : kNotesFailed;
@@ -195,7 +158,7 @@ void warnOfSharedLogs(const std::vector<std::string>& files) {
     std::set<std::filesystem::path> stems;
     for (const std::string& file : files)
         if (!stems.insert(std::filesystem::path(file).stem()).second)
-            printMessage(file + ": another FILE has the same base name; its log will be overwritten");
+            complain(file + ": another FILE has the same base name; its log will be overwritten");
 }
 
 // False when standard output does not take it, and a script would wait for a reply in vain.
@@ -207,9 +170,9 @@ bool printReply(const Options& options, const std::string& file, const Dictionar
             printSummary(file, reply);
         }
         if (std::fflush(stdout) == 0) return true;
-        printMessage(fmt::format("standard output: {}", std::strerror(errno)));
+        complain(fmt::format("standard output: {}", std::strerror(errno)));
     } catch (const std::system_error& failure) {
-        printMessage(fmt::format("standard output: {}", failure.code().message()));
+        complain(fmt::format("standard output: {}", failure.code().message()));
     }
     return false;
 }
@@ -220,12 +183,12 @@ int importAll(const Options& options, Interruption& interruption) {
     for (const std::string& file : options.files) {
         const platform::Result<Dictionary> reply = runImport(options, file, interruption);
         if (!reply) {
-            printMessage("the service cannot be used: " + reply.error().localizedDescription());
+            complain("the service cannot be used: " + reply.error().localizedDescription());
             return kUnavailable;
         }
         status = std::max(status, statusOf(file, *reply));
         if (!printReply(options, file, *reply)) return kCannotPrint;
-        if (interruption.signal() != 0) return kSignalBase + interruption.signal();
+        if (interruption.signal() != 0) return Interruption::kSignalBase + interruption.signal();
     }
     return status;
 }
@@ -234,28 +197,29 @@ int importAll(const Options& options, Interruption& interruption) {
 void reportUnreadable(const std::string& file) {
     std::error_code failure;
     const auto status = std::filesystem::status(file, failure);
-    if (failure) return printMessage(file + ": " + failure.message());
-    if (!std::filesystem::is_regular_file(status)) return printMessage(file + ": not a regular file");
-    if (::access(file.c_str(), R_OK) != 0) printMessage(fmt::format("{}: {}", file, std::strerror(errno)));
+    if (failure) return complain(file + ": " + failure.message());
+    if (!std::filesystem::is_regular_file(status)) return complain(file + ": not a regular file");
+    if (::access(file.c_str(), R_OK) != 0) complain(fmt::format("{}: {}", file, std::strerror(errno)));
 }
 
 // Makes the directory, then gives up whatever the imports do not need. False when that cannot be done.
 bool prepare(const Options& options) {
     std::error_code failure;
     std::filesystem::create_directories(options.directory, failure);
-    if (failure) printMessage(options.directory + ": cannot be made: " + failure.message());
+    if (failure) complain(options.directory + ": cannot be made: " + failure.message());
     for (const std::string& file : options.files) reportUnreadable(file);
     if (options.service) return true; // nothing is read here
     // Connected while sockets can still be made.
     ::openlog("quillet-enex-import", LOG_NDELAY | LOG_PID, LOG_USER);
     const platform::Result<> confined = confineForImport(options.files, options.directory);
-    if (!confined) printMessage("cannot be confined: " + confined.error().description());
+    if (!confined) complain("cannot be confined: " + confined.error().description());
     return confined.has_value();
 }
 
-// The last positional argument is the directory; CLI11 cannot say that of itself.
+// The last positional argument is the directory; CLI11 cannot say that of itself. An empty name is a script's unset
+// variable: it must not stand for the current directory.
 bool splitArguments(std::vector<std::string> arguments, Options& options) {
-    if (arguments.size() < 2) return false;
+    if (arguments.size() < 2 || std::ranges::find(arguments, "") != arguments.end()) return false;
     options.directory = std::move(arguments.back());
     arguments.pop_back();
     options.files = std::move(arguments);
@@ -284,10 +248,12 @@ std::vector<std::string> reversedArguments(int argc, char** argv) {
 std::optional<int> parseCommandLine(int argc, char** argv, Options& options) {
     CLI::App app{
         "Imports Evernote exports (ENEX) into a directory: note packages, HTML pages of web clippings, single files.",
-        "quillet-enex-import"};
+        std::string(kProgram)};
     std::vector<std::string> arguments;
     app.formatter(std::make_shared<UsageFormatter>());
-    app.add_option("FILE... DIRECTORY", arguments, "exports to read, and where their notes go; made when missing");
+    app.set_help_flag("-h,--help", "print this help");
+    app.add_option("FILE... DIRECTORY", arguments, "exports to read, and where their notes go; made when missing")
+        ->option_text(" "); // in place of a type
     app.add_flag("--debug", options.debug, "log every event of the parser");
     app.add_flag("--web-clippings-as-notes", options.webClippingsAsNotes,
                  "make notes of web clippings, not HTML pages");
@@ -296,17 +262,18 @@ std::optional<int> parseCommandLine(int argc, char** argv, Options& options) {
                  "have the import done by the service, over D-Bus; the reply is the same");
     app.add_flag("-v,--verbose", options.verbose, "send the system log to standard error");
     app.add_flag("-q,--quiet", options.quiet, "no progress, no summary");
-    app.set_version_flag("--version", "quillet-enex-import " + platform::Environment::current().bundleShortVersion);
+    app.set_version_flag("--version", "quillet-enex-import " + platform::Environment::current().bundleShortVersion,
+                         "print the version");
     app.footer(
         "Exit status: 0 every note was written; 1 a note failed; 2 an export could not be read to its end;\n"
-        "64 wrong usage; 69 no bus or no service; 74 standard output cannot be written; 130 and 143 interrupted.");
+        "64 wrong usage; 69 no bus or no service; 74 standard output cannot be written; 129, 130 and 143 interrupted.");
     try {
         app.parse(reversedArguments(argc, argv));
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kAllWritten : kWrongUsage;
     }
     if (!splitArguments(std::move(arguments), options)) {
-        printMessage("FILE and DIRECTORY are needed; --help says more");
+        complain("FILE and DIRECTORY are needed, and neither may be empty; --help says more");
         return kWrongUsage;
     }
     return std::nullopt;
@@ -315,9 +282,7 @@ std::optional<int> parseCommandLine(int argc, char** argv, Options& options) {
 int run(int argc, char** argv) {
     Options options;
     if (const auto status = parseCommandLine(argc, argv, options)) return *status;
-    if (options.verbose)
-        platform::setSystemLogSink(
-            [](std::string_view entry) { fmt::print(stderr, "{}\n", platform::escapedForTerminal(entry)); });
+    if (options.verbose) platform::setSystemLogSink(printErrorLine);
     registerClasses();
     if (!prepare(options)) return kImportFailed;
     static Interruption interruption; // starts a thread, which is confined with the others
@@ -330,6 +295,7 @@ int run(int argc, char** argv) {
 // Leaves without destroying what is static: the thread that waits for signals still runs, and a leak checker could not
 // start its process here.
 int main(int argc, char** argv) {
+    quillet::occupyStandardDescriptors();
     const int status = quillet::run(argc, argv);
     std::fflush(nullptr);
     std::_Exit(status);

@@ -10,16 +10,17 @@
 
 #include <fmt/core.h>
 
-#include "platform/base/SystemLog.h"
 #include "platform/foundation/Environment.h"
 #include "platform/ipc/Listener.h"
 #include "programs/RegisterClasses.h"
+#include "programs/StandardStreams.h"
 #include "service/ImportWorker.h"
 #include "service/ServiceDelegate.h"
 
 namespace quillet {
 namespace {
 
+constexpr std::string_view kProgram = "quillet-enex-importd";
 constexpr int kWrongUsage = 64;  // EX_USAGE
 constexpr int kUnavailable = 69; // EX_UNAVAILABLE
 constexpr std::string_view kWorkerArgument = "--worker";
@@ -56,8 +57,7 @@ int serve() {
     ServiceDelegate delegate({.path = "/proc/self/exe", .arguments = {std::string(kWorkerArgument)}});
     platform::Listener listener(serviceDescription(), delegate, idleTime());
     if (const auto end = listener.run(); !end) {
-        fmt::print(stderr, "quillet-enex-importd: {}\n",
-                   platform::escapedForTerminal(end.error().localizedDescription()));
+        printMessage(kProgram, end.error().localizedDescription());
         return kUnavailable;
     }
     return EXIT_SUCCESS;
@@ -75,7 +75,7 @@ int run(int argc, char** argv) {
     } else if (argc == 2 && argument == "--version") {
         fmt::print("quillet-enex-importd {}\n", platform::Environment::current().bundleShortVersion);
     } else {
-        fmt::print(stderr, "quillet-enex-importd: no such option; --help says more\n");
+        printMessage(kProgram, "no such option; --help says more");
         return kWrongUsage;
     }
     return EXIT_SUCCESS;
@@ -85,5 +85,6 @@ int run(int argc, char** argv) {
 } // namespace quillet
 
 int main(int argc, char** argv) {
+    quillet::occupyStandardDescriptors();
     return quillet::run(argc, argv);
 }

@@ -19,6 +19,7 @@
 #include "platform/plist/PropertyList.h"
 #include "platform/rtf/RTFWriter.h"
 #include "programs/RegisterClasses.h"
+#include "programs/StandardStreams.h"
 #include "programs/export/MarkdownExport.h"
 #include "programs/export/PackageCheck.h"
 #include "programs/export/PlainTextExport.h"
@@ -54,7 +55,7 @@ struct Options {
 };
 
 void complain(std::string_view what) {
-    fmt::print(stderr, "quillet-note: {}\n", platform::escapedForTerminal(what));
+    printMessage("quillet-note", what);
 }
 
 // A package with the note in it.
@@ -206,5 +207,6 @@ int run(int argc, char** argv) {
 } // namespace quillet
 
 int main(int argc, char** argv) {
+    quillet::occupyStandardDescriptors();
     return quillet::run(argc, argv);
 }
