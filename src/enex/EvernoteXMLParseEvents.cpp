@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -148,6 +149,24 @@ void EvernoteXMLParseOperation::parserFoundCharacters(XMLParser&, std::string_vi
     constexpr std::string_view kEvent = "parser:foundCharacters:";
     // One line a run of text: where its pieces end depends on the reading alone.
     if (std::exchange(loggedRun_, kEvent) != kEvent) logEvent(kEvent);
+    takeUp([&] { readText(text); });
+}
+
+// Memory that runs out is the failure of this note alone: what it holds is let go, and the reading goes on.
+template<class Taking>
+void EvernoteXMLParseOperation::takeUp(Taking taking) {
+    if (currentItemIsTooLarge_) return;
+    try {
+        taking();
+    } catch (const std::bad_alloc&) {
+        currentItemIsTooLarge_ = true;
+        currentItem_->contentData = std::string(); // frees the memory, which clear() would not
+        currentItem_->resources.clear();
+        if (currentResource_) currentResource_.emplace();
+    }
+}
+
+void EvernoteXMLParseOperation::readText(std::string_view text) {
     switch (currentNoteElement_) {
     case NoteElement::title:
         currentItem_->title += platform::utf16FromUTF8(text);
@@ -218,7 +237,7 @@ void EvernoteXMLParseOperation::readDate(std::string_view text, std::optional<pl
 void EvernoteXMLParseOperation::parserFoundCDATA(XMLParser&, std::string_view bytes) {
     constexpr std::string_view kEvent = "parser:foundCDATA:";
     if (std::exchange(loggedRun_, kEvent) != kEvent) logEvent(kEvent);
-    if (currentNoteElement_ == NoteElement::content) currentItem_->contentData += bytes;
+    if (currentNoteElement_ == NoteElement::content) takeUp([&] { currentItem_->contentData += bytes; });
 }
 
 void EvernoteXMLParseOperation::parserDidEndElement(XMLParser&, std::string_view name) {

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "platform/base/SystemLog.h"
@@ -29,6 +30,8 @@ constexpr auto kErrorTexts = std::to_array<ErrorText>({
     {Code::cannotCreateInputStream, platform::localizable("Cannot create input stream.")},
     {Code::cannotCreateParser, platform::localizable("Cannot create parser.")},
     {Code::cannotParseData, platform::localizable("Cannot parse \"%@\" data.")},
+    // Other exceptions bring their own text.
+    {Code::exceptionDuringConversion, platform::localizable("The note does not fit into memory.")},
     {Code::problemWithNote, platform::localizable("There is a problem with the note “%@”. Try editing the note and "
                                                   "exporting a new ENEX file.")},
 });
@@ -128,8 +131,11 @@ void EvernoteXMLParseOperation::parserParseErrorOccurred(platform::XMLParser&, c
 // Exceptions end here: one note's trouble is no reason to lose the others.
 Result<std::optional<ItemEntry>> EvernoteXMLParseOperation::convertCurrentItem() {
     if (!currentItem_ || !getItemDict) return std::nullopt;
+    if (currentItemIsTooLarge_) return platform::failure(operationErrorWithCode(Code::exceptionDuringConversion));
     try {
         return getItemDict(*currentItem_);
+    } catch (const std::bad_alloc&) {
+        return platform::failure(operationErrorWithCode(Code::exceptionDuringConversion));
     } catch (const std::exception& exception) {
         return platform::failure(operationErrorWithDescription(Code::exceptionDuringConversion, exception.what()));
     } catch (...) {
@@ -151,6 +157,7 @@ void EvernoteXMLParseOperation::endNote() {
         if (parseOperationDidExportItemBlock) parseOperationDidExportItemBlock(platform::failure(std::move(error)));
     }
     currentItem_.reset();
+    currentItemIsTooLarge_ = false;
     currentElement_ = Element::outside;
     currentNoteElement_ = NoteElement::none;
 }

@@ -91,6 +91,9 @@ class EvernoteXMLParseOperation : public QLTAsynchronousOperation, private platf
     void startOutside(std::string_view name, platform::XMLAttributes attributes);
     void startInNote(std::string_view name);
     void startInResource(std::string_view name, platform::XMLAttributes attributes);
+    template<class Taking>
+    void takeUp(Taking taking);
+    void readText(std::string_view text);
     void readResourceText(std::string_view text);
     void readNoteAttributeText(std::string_view text);
     void endNote();
@@ -121,6 +124,7 @@ class EvernoteXMLParseOperation : public QLTAsynchronousOperation, private platf
     ResourceAttributesElement currentResourceAttributesElement_ = ResourceAttributesElement::none;
     NoteAttributesElement currentNoteAttributesElement_ = NoteAttributesElement::none;
     std::optional<EvernoteXMLItem> currentItem_;
+    bool currentItemIsTooLarge_ = false; // memory has run out: the rest of the note is passed over
     std::optional<EvernoteXMLResource> currentResource_;
     std::optional<std::u16string> currentTag_;
     std::string_view loggedRun_; // debug mode: the kind of text whose run has its line already

@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <deque>
+#include <new>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -151,10 +152,12 @@ struct XMLParser::Machine {
 
     void characters(std::string_view piece) {
         if (isOver()) return;
-        if (deliversPieces) {
-            delegate->parserFoundCharacters(parser, piece);
-        } else {
+        if (deliversPieces) return delegate->parserFoundCharacters(parser, piece);
+        try {
             text += piece;
+        } catch (const std::bad_alloc&) { // not to be thrown through the library
+            text = std::string();
+            fail(XML_ERR_NO_MEMORY, "out of memory");
         }
     }
 
