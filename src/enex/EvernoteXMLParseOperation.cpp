@@ -72,11 +72,12 @@ void EvernoteXMLParseOperation::start() {
         platform::systemLog(stream.error().description());
         return finishWithError(operationErrorWithCode(Code::cannotCreateInputStream));
     }
-    const std::uint64_t size = (*stream)->size();
+    fileSize_ = (*stream)->size();
     parser_ = std::make_unique<platform::XMLParser>(std::move(*stream));
     if (!parser_->isReady()) return finishWithError(operationErrorWithCode(Code::cannotCreateParser));
     parser_->setDelegate(this);
-    if (progressHandler) parser_->setProgressHandler([this, size](std::uint64_t read) { progressHandler(read, size); });
+    parser_->setProgressHandler([this](std::uint64_t) { reportProgress(); });
+    reportProgress();
     tagHandled();
     parser_->parse();
 }
@@ -143,7 +144,12 @@ Result<std::optional<ItemEntry>> EvernoteXMLParseOperation::convertCurrentItem()
     }
 }
 
+void EvernoteXMLParseOperation::reportProgress() {
+    if (progressHandler) progressHandler(parser_->bytesParsed(), fileSize_);
+}
+
 void EvernoteXMLParseOperation::endNote() {
+    reportProgress();
     const std::optional<std::u16string> title =
         currentItem_ ? std::optional(currentItem_->title) : std::nullopt; // none behind a note inside a note
     log(platform::formatted("Converting \"%@\"", {title}));

@@ -49,7 +49,8 @@ class EvernoteXMLParseOperation : public QLTAsynchronousOperation, private platf
     std::function<void(platform::Result<ItemEntry>)> parseOperationDidExportItemBlock;
     // Called once at the end, with the error that ended the import or nothing.
     std::function<void(const std::optional<platform::Error>&)> parseOperationCompletionBlock;
-    // Bytes read so far and size of the file in bytes; called after each piece that is read.
+    // Bytes done so far and size of the file in bytes; called at the start, at the end of each note, before it is
+    // converted, and after each piece that is read.
     std::function<void(std::uint64_t, std::uint64_t)> progressHandler;
 
     void setSaveWebClippingsAsNotes(bool asNotes) { saveWebClippingsAsNotes_ = asNotes; }
@@ -102,6 +103,7 @@ class EvernoteXMLParseOperation : public QLTAsynchronousOperation, private platf
     void readDate(std::string_view text, std::optional<platform::Date>& date) const;
     bool readsPieces() const;
     void tagHandled();
+    void reportProgress();
     void abortWhenCancelled();
     platform::Result<std::optional<ItemEntry>> convertCurrentItem();
     void finishForEncoding(std::string_view encoding);
@@ -113,6 +115,7 @@ class EvernoteXMLParseOperation : public QLTAsynchronousOperation, private platf
     bool saveWebClippingsAsNotes_ = false;
     bool debugMode_ = false;
     std::shared_ptr<OutputStream> logStream_;
+    std::uint64_t fileSize_ = 0;
     std::size_t pieceSize_ = platform::InputStream::kPieceSize;
     std::optional<platform::Error> operationError_;
     std::unique_ptr<platform::XMLParser> parser_;

@@ -425,13 +425,19 @@ TEST(EvernoteXMLParseOperation, HonoursACancelBetweenNotes) {
 
 TEST(EvernoteXMLParseOperation, TellsHowFarItIs) {
     Import import;
-    std::vector<std::pair<std::uint64_t, std::uint64_t>> steps;
+    using Steps = std::vector<std::pair<std::uint64_t, std::uint64_t>>;
+    Steps steps;
     import.pieceSize = 10;
     import.prepare = [&](EvernoteXMLParseOperation& operation) {
         operation.progressHandler = [&](std::uint64_t read, std::uint64_t size) { steps.emplace_back(read, size); };
     };
     import.run("<x>0123456789</x>");
-    EXPECT_EQ(steps, (std::vector<std::pair<std::uint64_t, std::uint64_t>>{{10, 17}, {17, 17}}));
+    EXPECT_EQ(steps, (Steps{{0, 17}, {3, 17}, {17, 17}}));
+    // A piece may hold many notes: each is a step.
+    steps.clear();
+    import.pieceSize = 1000;
+    import.run("<x><note></note><note></note></x>");
+    EXPECT_EQ(steps, (Steps{{0, 33}, {16, 33}, {29, 33}, {33, 33}}));
 }
 
 TEST(EvernoteXMLParseOperation, EndsOnceWhereverTheFileBreaksOff) {

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <numeric>
+#include <ranges>
 
 #include <fmt/core.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "platform/base/SystemLog.h"
+#include "platform/base/UTF16.h"
 
 namespace quillet {
 
@@ -25,6 +28,25 @@ std::size_t terminalColumns() {
 
 std::string megabytes(std::uint64_t bytes) {
     return fmt::format("{:.1f}", static_cast<double>(bytes) / 1e6);
+}
+
+// How many columns of a terminal a unit takes, at most: a wide character takes two, and none comes before the first; of
+// a surrogate pair each half counts as one.
+std::size_t columnsOf(char16_t unit) {
+    constexpr char16_t kFirstWide = 0x1100;
+    const bool isSurrogate = unit >= 0xD800 && unit <= 0xDFFF;
+    return unit < kFirstWide || isSurrogate ? 1 : 2;
+}
+
+// The end of the text, since files of one series differ there, behind "…" when the whole does not fit.
+std::string fitted(const std::string& text, std::size_t columns) {
+    const std::u16string units = platform::utf16FromUTF8(text);
+    const auto widths = units | std::views::transform(columnsOf);
+    if (std::accumulate(widths.begin(), widths.end(), std::size_t{0}) <= columns) return text;
+    std::size_t start = units.size(), taken = 1; // the ellipsis
+    while (taken + widths[start - 1] <= columns) taken += widths[--start];
+    if (start < units.size() && platform::isLowSurrogate(units[start])) ++start;
+    return "…" + platform::utf8FromUTF16(std::u16string_view(units).substr(start));
 }
 
 std::string duration(double seconds) {
@@ -48,13 +70,17 @@ std::string ProgressBar::line(const std::string& label, const ImportProgress& pr
             ? 0
             : std::min(1.0, static_cast<double>(progress.bytesRead) / static_cast<double>(progress.bytesTotal));
     const auto filled = static_cast<std::size_t>(share * kBarCells);
-    std::string text = fmt::format("{} [{}{}] {}/{} MB, {} notes", label, std::string(filled, '#'),
-                                   std::string(kBarCells - filled, '.'), megabytes(progress.bytesRead),
-                                   megabytes(progress.bytesTotal), progress.notesWritten);
+    std::string text =
+        fmt::format(" [{}{}] {}/{} MB, {} notes", std::string(filled, '#'), std::string(kBarCells - filled, '.'),
+                    megabytes(progress.bytesRead), megabytes(progress.bytesTotal), progress.notesWritten);
     if (progress.notesFailed != 0) text += fmt::format(", {} failed", progress.notesFailed);
     // The first moments say nothing of the rest.
     if (share > 0.02 && share < 1) text += fmt::format(", {} left", duration(seconds * (1 - share) / share));
-    return text.size() < columns ? text : text.substr(text.size() - std::min(text.size(), columns - 1));
+    // One column stays free: a terminal may break the line behind its last one.
+    const std::size_t room = columns > 0 ? columns - 1 : 0;
+    constexpr std::size_t kShortestLabel = 4;
+    if (text.size() + kShortestLabel > room) return text.substr(0, room);
+    return fitted(label, room - text.size()) + text;
 }
 
 void ProgressBar::show(const ImportProgress& progress) {

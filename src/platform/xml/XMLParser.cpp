@@ -7,6 +7,7 @@
 // limits of their own.
 #include "platform/xml/XMLParser.h"
 
+#include <algorithm>
 #include <cstring>
 #include <deque>
 #include <new>
@@ -63,6 +64,8 @@ struct XMLParser::Machine {
     std::string text; // characters since the last tag or section
     std::vector<XMLAttributeView> attributes;
     std::deque<std::string> joinedNames; // what the views of one tag point into
+    std::uint64_t bytesRead = 0;         // of the stream, with the piece that is being parsed
+    std::size_t pieceSize = 0;           // of that piece
     std::size_t depth = 0;
     bool sawElement = false; // a start tag, of the root at least
     bool deliversPieces = false;
@@ -272,15 +275,16 @@ bool XMLParser::Machine::goOn() {
 }
 
 bool XMLParser::Machine::readAll() {
-    for (std::uint64_t bytesRead = 0;;) {
+    for (;;) {
         auto piece = stream->read();
         if (!piece) {
             error = std::move(piece).error();
             return goOn();
         }
         if (piece->empty()) break;
+        pieceSize = piece->size();
+        bytesRead += pieceSize;
         feed(*piece, false);
-        bytesRead += piece->size();
         if (progress) progress(bytesRead);
         if (!goOn()) return false;
     }
@@ -327,6 +331,15 @@ void XMLParser::setDeliversPieces(bool pieces) {
 
 void XMLParser::ignoreDeclaredEncoding() {
     xmlCtxtUseOptions(machine_->context, machine_->context->options | XML_PARSE_IGNORE_ENC);
+}
+
+std::uint64_t XMLParser::bytesParsed() const {
+    const Machine& machine = *machine_;
+    const xmlParserInput* input = machine.context ? machine.context->input : nullptr;
+    // The library counts in UTF-8; the pieces are bounds in the document's own encoding.
+    const std::uint64_t position =
+        input ? input->consumed + static_cast<std::uint64_t>(input->cur - input->base) : machine.bytesRead;
+    return std::clamp(position, machine.bytesRead - machine.pieceSize, machine.bytesRead);
 }
 
 std::int64_t XMLParser::lineNumber() const {

@@ -91,6 +91,9 @@ class XMLParser {
     // From now on reads the bytes as UTF-8, whatever the document declares. To be called before parse.
     void ignoreDeclaredEncoding();
 
+    // How many bytes of the stream have been turned into events; about as many when the document is not UTF-8.
+    std::uint64_t bytesParsed() const;
+
     // Line and column of what is being read, both from 1.
     std::int64_t lineNumber() const;
     std::int64_t columnNumber() const;
