@@ -81,7 +81,11 @@ const std::map<std::string, std::function<Image()>>& pictures() {
         {"file-directory", [] { return fileCell("Folder", false, true); }},
         {"file-hidden-extension", [] { return fileCell("Report.pdf", true); }},
         {"file-long-name", [] { return fileCell("A name that is much too long for its cell.pdf"); }},
+        {"file-movie", [] { return fileCell("clip.mov"); }},
+        {"file-picture", [] { return fileCell("photo.png"); }},
+        {"file-presentation", [] { return fileCell("talk.pptx"); }},
         {"file-sound", [] { return fileCell("voice.mp3"); }},
+        {"file-table", [] { return fileCell("costs.xlsx"); }},
         {"file-text", [] { return fileCell("read me.txt"); }},
         {"file-unknown", [] { return fileCell("thing.zzz"); }},
     };

@@ -11,9 +11,9 @@ class FileWrapper;
 
 inline constexpr double kFileIconSide = 32; // points
 
-// A folder for a directory, else a page in the color of the file's kind, by the extension of its name.
+// A folder for a directory, else a sheet with the sign of the file's kind, by the extension of its name.
 Image iconForFileWrapper(const FileWrapper& wrapper);
-// A page in the color of that uniform type's kind; a plain page for an unknown one.
+// A sheet with the sign of that uniform type's kind; an empty sheet for an unknown one.
 Image iconForContentType(std::string_view typeIdentifier);
 
 } // namespace platform

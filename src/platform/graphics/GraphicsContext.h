@@ -26,6 +26,8 @@ class GraphicsContext {
     void fillOval(const Rect& rect, const Color& color);
     // Half the line lies inside the oval, half outside.
     void strokeOval(const Rect& rect, double lineWidth, const Color& color);
+    // The area inside the corners; fewer than three draw nothing.
+    void fillPolygon(std::span<const Point> corners, const Color& color);
     // One line through the points, with round ends and corners.
     void strokeLines(std::span<const Point> points, double lineWidth, const Color& color);
     // Scaled to the rectangle.

@@ -73,6 +73,15 @@ void GraphicsContext::strokeOval(const Rect& rect, double lineWidth, const Color
     cairo_stroke(cairo(native_));
 }
 
+void GraphicsContext::fillPolygon(std::span<const Point> corners, const Color& color) {
+    cairo_t* const context = cairo(native_);
+    if (corners.size() < 3 || !setColor(context, color)) return;
+    cairo_new_path(context);
+    for (const Point& corner : corners) cairo_line_to(context, corner.x, corner.y);
+    cairo_close_path(context);
+    cairo_fill(context);
+}
+
 void GraphicsContext::strokeLines(std::span<const Point> points, double lineWidth, const Color& color) {
     cairo_t* const context = cairo(native_);
     if (points.empty() || !setColor(context, color)) return;

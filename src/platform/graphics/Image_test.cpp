@@ -1,5 +1,7 @@
 #include "platform/graphics/Image.h"
 
+#include <span>
+
 #include <gtest/gtest.h>
 
 #include "platform/graphics/ColorList.h"
@@ -13,6 +15,17 @@ constexpr Color::RGBA kClear{0, 0, 0, 0}, kRed{1, 0, 0, 1}, kBlue{0, 0, 1, 1};
 const Color kRedColor = Color::sRGB(1, 0, 0), kBlueColor = Color::sRGB(0, 0, 1);
 
 } // namespace
+
+TEST(Image, FillsPolygons) {
+    const Point corners[] = {{0, 0}, {20, 0}, {0, 20}};
+    const Image image = Image::drawn({20, 20}, [&](GraphicsContext& context) {
+        context.fillPolygon(corners, Color::sRGB(1, 0, 0));
+        context.fillPolygon(std::span(corners).first(2), Color::sRGB(0, 1, 0));
+        context.fillPolygon({}, Color::sRGB(0, 1, 0));
+    });
+    EXPECT_EQ(image.pixelAt(5, 5), (Color::RGBA{1, 0, 0, 1}));
+    EXPECT_EQ(image.pixelAt(15, 15).alpha, 0);
+}
 
 TEST(Image, FillsRectanglesOverTransparency) {
     const Image image = Image::drawn({4, 3}, [](GraphicsContext& context) {
