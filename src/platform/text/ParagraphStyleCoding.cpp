@@ -75,23 +75,31 @@ void encodeStyle(KeyedArchiver& archiver, const ParagraphStyle& style) {
     if (!style.textLists.empty()) archiver.encodeArray("NSTextLists", objectsOf(style.textLists));
 }
 
+// More than any text has. One archived style may serve every run, and what is written of a run names all of these:
+// without a bound, a small archive would grow into a page of gigabytes.
+constexpr std::size_t kMostTabStops = 128, kMostLists = 64, kMostBlocks = 64;
+
 std::vector<TextTab> decodeTabStops(const ArchivedFields& fields) {
     const auto objects = fields.decode<ObjectArray>("NSTabStops");
     if (!objects) return ParagraphStyle::defaultTabStops();
     std::vector<TextTab> tabs;
-    for (const ArchivedObject& object : *objects)
+    for (const ArchivedObject& object : *objects) {
+        if (tabs.size() == kMostTabStops) break;
         if (const auto tab = object.as<TextTab>()) tabs.push_back(*tab);
+    }
     return tabs;
 }
 
-// The objects of an array that are of type T; others are passed over.
+// The objects of an array that are of type T, the first ones where there are too many; others are passed over.
 template<class T>
-std::vector<std::shared_ptr<T>> decodeObjects(const ArchivedFields& fields, std::string_view key) {
+std::vector<std::shared_ptr<T>> decodeObjects(const ArchivedFields& fields, std::string_view key, std::size_t most) {
     std::vector<std::shared_ptr<T>> result;
     const auto objects = fields.decode<ObjectArray>(key);
     if (!objects) return result;
-    for (const ArchivedObject& object : *objects)
+    for (const ArchivedObject& object : *objects) {
+        if (result.size() == most) break;
         if (auto element = object.asMutable<T>()) result.push_back(std::move(element));
+    }
     return result;
 }
 
@@ -112,8 +120,8 @@ Result<ArchivedObject> decodeStyle(const ArchivedFields& fields) {
             static_cast<float>(fields.decodeLength("NSTighteningFactorForTruncation"));
     style->allowsDefaultTighteningForTruncation = fields.decodeBool("NSAllowsTighteningForTruncation");
     style->headerLevel = enumerationOr(fields.decodeInteger("NSHeaderLevel"), 7, std::int32_t{0});
-    style->textBlocks = decodeObjects<TextBlock>(fields, "NSTextBlocks");
-    style->textLists = decodeObjects<TextList>(fields, "NSTextLists");
+    style->textBlocks = decodeObjects<TextBlock>(fields, "NSTextBlocks", kMostBlocks);
+    style->textLists = decodeObjects<TextList>(fields, "NSTextLists", kMostLists);
     return ArchivedObject(style);
 }
 

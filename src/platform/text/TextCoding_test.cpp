@@ -122,6 +122,26 @@ TEST_F(TextCoding, ParagraphStylesComeBackEqual) {
     }
 }
 
+TEST_F(TextCoding, AStyleWithMoreThanAnyTextHasKeepsTheOutermost) {
+    ParagraphStyle damaged;
+    damaged.tabStops.clear();
+    const auto table = std::make_shared<TextTable>();
+    for (std::int64_t i = 0; i < 200; ++i) {
+        damaged.tabStops.push_back({TextAlignment::left, static_cast<double>(i)});
+        damaged.textLists.push_back(std::make_shared<TextList>("{decimal}.", 0, i));
+        damaged.textBlocks.push_back(std::make_shared<TextTableBlock>(table, i, 1, 0, 1));
+    }
+    const AttributedString text(u"text", setOf({{kParagraphStyleAttributeName, style(damaged)}}));
+    const AttributedString read = textFrom(archiveOf(text));
+    const auto& kept = **read.attributesAt(0).find<ParagraphStyleReference>(kParagraphStyleAttributeName);
+    ASSERT_EQ(kept.tabStops.size(), 128u);
+    ASSERT_EQ(kept.textLists.size(), 64u);
+    ASSERT_EQ(kept.textBlocks.size(), 64u);
+    EXPECT_EQ(kept.tabStops.back().location, 127);
+    EXPECT_EQ(kept.textLists.back()->startingItemNumber(), 63);
+    EXPECT_EQ(dynamic_cast<const TextTableBlock&>(*kept.textBlocks.back()).startingRow, 63);
+}
+
 TEST_F(TextCoding, SharedListsAndTablesStayShared) {
     const AttributedString back = textFrom(archiveOf(everything()));
     std::vector<const TextList*> lists;
