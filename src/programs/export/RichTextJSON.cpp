@@ -1,5 +1,6 @@
 #include "programs/export/RichTextJSON.h"
 
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -84,30 +85,35 @@ class AttributeValues {
     ParagraphObjects objects_;
 };
 
-json tree(const AttributedString& text) {
-    const std::vector<AttachmentRun> attachments = attachmentsOf(text);
-    json runs = json::array();
+// Runs repeat their paragraph style in full: as a tree all of them would take many times the room of their text, so
+// each is written as soon as it is made.
+std::string runsOf(const AttributedString& text, const std::vector<AttachmentRun>& attachments) {
+    std::string runs;
     AttributeValues values(attachments);
     text.enumerateAttributes({0, text.length()}, [&](const AttributeSet& attributes, Range run) {
-        runs.push_back(
+        runs += runs.empty() ? "" : ",";
+        runs += jsonText(
             {{"location", run.location}, {"length", run.length}, {"attributes", values.object(attributes, run)}});
     });
+    return runs;
+}
+
+std::string objectOf(const AttributedString& text, std::string_view rest) {
+    const std::vector<AttachmentRun> attachments = attachmentsOf(text);
     json files = json::array();
     for (const AttachmentRun& run : attachments) files.push_back(jsonFromAttachment(run));
-    return {
-        {"text", platform::utf8FromUTF16(text.string())}, {"runs", std::move(runs)}, {"attachments", std::move(files)}};
+    return R"({"text":)" + jsonText(platform::utf8FromUTF16(text.string())) + R"(,"runs":[)" +
+           runsOf(text, attachments) + R"(],"attachments":)" + jsonText(files).append(rest) + "}";
 }
 
 } // namespace
 
 std::string richTextJSON(const AttributedString& text) {
-    return jsonText(tree(text));
+    return objectOf(text, {});
 }
 
 std::string richTextJSON(const AttributedString& text, const platform::Value& noteAttributes) {
-    json form = tree(text);
-    form["noteAttributes"] = jsonFromValue(noteAttributes);
-    return jsonText(form);
+    return objectOf(text, R"(,"noteAttributes":)" + jsonText(jsonFromValue(noteAttributes)));
 }
 
 } // namespace quillet
