@@ -3,7 +3,9 @@
 #include "documents/QLTNoteFile.h"
 #include "platform/graphics/Font.h"
 #include "platform/rtf/RTFWriter.h"
+#include "platform/text/TextList.h"
 #include "richtext/highlights/Highlights.h"
+#include "styles/base/ParagraphStyles.h"
 #include "tests/support/Golden.h"
 #include "tests/support/NoteFileFixture.h"
 
@@ -86,6 +88,19 @@ TEST_F(NoteFileReading, AbsentOrOddAttributesLeaveTheirDefaults) {
         EXPECT_FALSE(note->backgroundColor());
         EXPECT_FALSE(note->drawingDataByAttachmentKey());
     }
+}
+
+TEST_F(NoteFileReading, AFailureEmptiesTheTextUnlessTheRTFDPartMayGiveIt) {
+    QLTNoteFile note;
+    note.setNoteText(plain(u"before"));
+    const auto damaged = packageWithArchive(plain(u"text"));
+    damaged->setFileWrapper(std::string(kNoteTextEntry), FileWrapper::regularFile(Data("no archive")));
+    damaged->setFileWrapper(std::string(kRTFDTextEntry), FileWrapper::regularFile(Data("{\\rtf1 other}")));
+    ASSERT_FALSE(note.readFileWrapper(*damaged));
+    EXPECT_EQ(note.noteText().string(), u"before");
+    damaged->removeFileWrapper(kRTFDTextEntry);
+    ASSERT_FALSE(note.readFileWrapper(*damaged));
+    EXPECT_TRUE(note.noteText().empty());
 }
 
 // A document that reads another package: what that one says nothing of stays only where it has no attributes at all.
@@ -228,6 +243,20 @@ TEST_F(NoteFileReading, MakesFixedColorsAdaptive) {
     EXPECT_EQ(*color(note->noteText(), platform::kForegroundColorAttributeName, 0), Color::textColor());
     EXPECT_EQ(*color(note->noteText(), platform::kForegroundColorAttributeName, 5), Color::textColor());
     EXPECT_EQ(*color(note->noteText(), platform::kForegroundColorAttributeName, 10), Color::deviceRGB(1, 0, 0));
+}
+
+TEST_F(NoteFileReading, MakesListsOfTypedMarkers) {
+    const platform::ParagraphStyleReference list =
+        std::make_shared<const platform::ParagraphStyle>(listParagraphStyle());
+    AttributedString items = plain(u"\t•\tbread\n\t2.\tmilk\n");
+    items.addAttribute(platform::kParagraphStyleAttributeName, list, {0, items.length()});
+    const auto note = noteFrom(*packageWithArchive(joined(items, plain(u"\t•\tno item\n"))));
+    const AttributedString& text = note->noteText();
+    ASSERT_EQ(paragraphStyleAt(text, 3).textLists.size(), 1u);
+    EXPECT_EQ(paragraphStyleAt(text, 3).textLists[0]->markerFormat(), "{disc}");
+    ASSERT_EQ(paragraphStyleAt(text, 14).textLists.size(), 1u);
+    EXPECT_EQ(paragraphStyleAt(text, 14).textLists[0]->markerFormat(), "{decimal}.");
+    EXPECT_TRUE(paragraphStyleAt(text, text.length() - 2).textLists.empty());
 }
 
 TEST_F(NoteFileReading, StylesTheParagraphsOfCheckboxes) {

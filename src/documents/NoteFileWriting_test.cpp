@@ -314,6 +314,17 @@ TEST_F(NoteFileWriting, AnIdentifierThatIsANameAlreadyIsNotTakenTwice) {
                   std::to_string(i + 1));
 }
 
+TEST_F(NoteFileWriting, ARenamedAttachmentForgetsItsNameOnDisk) {
+    const auto second = file("a.txt", "2");
+    second->setFilename("a.txt");
+    const auto package = packageOf(
+        joined(attached("a.txt", "1"), AttributedString::withAttachment(std::make_shared<TextAttachment>(second))));
+    const std::string renamed = attachmentAt(archivedTextOf(*package), 1)->fileWrapper()->preferredFilename();
+    ASSERT_TRUE(package->childNamed(renamed));
+    EXPECT_EQ(package->childNamed(renamed)->filename(), "");
+    EXPECT_EQ(second->filename(), "a.txt");
+}
+
 TEST_F(NoteFileWriting, LeavesTheNotesOwnAttachmentsTheirNames) {
     QLTNoteFile note;
     note.setNoteText(joined(attached("a.txt", "1"), attached("a.txt", "2")));
