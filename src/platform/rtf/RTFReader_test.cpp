@@ -128,6 +128,7 @@ TEST(RTFReader, ReadsCharacters) {
         {"{\\rtf1 end}ignored}", u"end"},
         {"{\\rtf1}", u""},
         {"{\\rtf1 {\\field{\\*\\fldinst PAGE}{\\fldrslt 7}}}", u"7"},
+        {"{\\rtf1 a{\\v hidden\\par}b}", u"a\nb"},
     };
     for (const Row& row : rows) EXPECT_EQ(utf8FromUTF16(string(row.rtf)), utf8FromUTF16(row.text)) << row.rtf;
 }
@@ -201,6 +202,55 @@ TEST(RTFReader, TakesFilesOfAPackageInBothForms) {
     ASSERT_TRUE(value);
     EXPECT_EQ((*value)->fileWrapper()->regularFileContents().bytes(), "new");
     EXPECT_FALSE(text->attributeAt(kAttachmentAttributeName, 2));
+}
+
+TEST(RTFReader, TakesTheNameOfAFileUpToTheFirstWordBehindIt) {
+    const auto package = FileWrapper::directory();
+    package->setFileWrapper("a.png", FileWrapper::regularFile(Data(std::string("a"))));
+    package->setFileWrapper(
+        std::string(kRTFDTextName),
+        FileWrapper::regularFile(Data(std::string("{\\rtf1{{\\NeXTGraphic a.png \\width1 more \\'e9\\u233 ?}\xAC}"
+                                                  "{{\\NeXTGraphic TXT.rtf \\width1}\xAC}end}"))));
+    const auto text = attributedStringFromRTFD(*package);
+    ASSERT_TRUE(text);
+    EXPECT_EQ(text->string(), u"\uFFFCend") << "the text is no file of its own";
+}
+
+TEST(RTFReader, TakesTheAddressOfALinkFromItsArguments) {
+    const std::pair<std::string_view, std::string_view> rows[] = {
+        {"HYPERLINK \"http://a.example/\"", "http://a.example/"},
+        {" HYPERLINK http://a.example/ ", "http://a.example/"},
+        {"HYPERLINK \\\\o \"a tip\" \"http://a.example/\"", "http://a.example/"},
+        {"HYPERLINK \"http://a.example/\" \\\\t \"_blank\"", "http://a.example/"},
+        {"HYPERLINK \"http://a.example/\" \\\\l \"part\"", "http://a.example/#part"},
+        {"HYPERLINK \\\\l \"part\"", "#part"},
+        {"PAGEREF here", ""},
+        {"HYPERLINK", ""},
+    };
+    for (const auto& [instruction, address] : rows) {
+        const AttributedString text =
+            read("{\\rtf1{\\field{\\*\\fldinst{" + std::string(instruction) + "}}{\\fldrslt x\\plain y}}z}");
+        ASSERT_EQ(text.string(), u"xyz") << instruction;
+        for (std::size_t at = 0; at < 2; ++at) { // \plain does not end a link
+            const AttributeValue* link = text.attributeAt(kLinkAttributeName, at);
+            ASSERT_EQ(link != nullptr, !address.empty()) << instruction;
+            if (link) {
+                EXPECT_EQ(std::get<URL>(*link).absoluteString(), address);
+            }
+        }
+        EXPECT_FALSE(text.attributeAt(kLinkAttributeName, 2));
+    }
+}
+
+// Elsewhere the word says from which size on fonts kern.
+TEST(RTFReader, KernOfNothingIsAKernOnlyInThePlatformsTexts) {
+    EXPECT_TRUE(read("{\\rtf1\\cocoartf2822 \\expnd0\\expndtw0\\kerning0 x}").attributeAt(kKernAttributeName, 0));
+    EXPECT_FALSE(read("{\\rtf1 \\expnd0\\expndtw0\\kerning0 x}").attributeAt(kKernAttributeName, 0));
+    EXPECT_FALSE(read("{\\rtf1\\cocoartf2822 \\kerning1\\expnd0\\expndtw0 x}").attributeAt(kKernAttributeName, 0));
+}
+
+TEST(RTFReader, AnEmptyCellIsALineEvenWhereItsDepthIsWrong) {
+    EXPECT_EQ(string("{\\rtf1\\trowd\\cellx100\\cellx200\\pard\\intbl\\itap2\\cell b\\cell\\row}"), u"\nb\n");
 }
 
 TEST(RTFReader, TurnsPicturesInsideTheTextIntoFiles) {

@@ -133,6 +133,51 @@ TEST(RTFWriter, PutsPageAndViewOfTheDocumentAttributes) {
         << written;
 }
 
+TEST(RTFWriter, BeginsAFieldBehindTheWordsOfItsParagraph) {
+    const AttributedString all = text(u"link", with(kLinkAttributeName, url("https://a.example/")));
+    EXPECT_NE(rtf(all).find("\\f0\\fs24 \\cf0 {\\field{"), std::string::npos) << rtf(all);
+}
+
+// A field ends with its paragraph; what holds inside it holds no more behind it, and is said anew in the next one.
+TEST(RTFWriter, SaysTheFormattingOfALinkInEachParagraph) {
+    AttributedString all = text(u"before ");
+    const Set decorated =
+        set(with(kLinkAttributeName, url("https://a.example/"))->with(kUnderlineStyleAttributeName, std::int64_t{1}));
+    all.append(u"one\ntwo", decorated);
+    all.append(u" after", font());
+    EXPECT_EQ(body(all),
+              "before {\\field{\\*\\fldinst{HYPERLINK \"https://a.example/\"}}{\\fldrslt \\ul \\ulc0 one\\\n}}"
+              "{\\field{\\*\\fldinst{HYPERLINK \"https://a.example/\"}}{\\fldrslt \\ul \\ulc0 two}} after}");
+}
+
+TEST(RTFWriter, KnowsTheDistanceFromTheRightEdgeOnly) {
+    ParagraphStyle style;
+    style.tailIndent = -10;
+    EXPECT_NE(rtf(text(u"x", styled(style))).find("\\ri200"), std::string::npos);
+    style.tailIndent = 300; // a width
+    EXPECT_EQ(rtf(text(u"x", styled(style))).find("\\ri"), std::string::npos);
+}
+
+TEST(RTFWriter, LeavesOutAMarkerThatIsTooLongForItsLength) {
+    for (const std::size_t length : {std::size_t{254}, std::size_t{255}, std::size_t{256}}) {
+        ParagraphStyle style;
+        style.textLists = {std::make_shared<TextList>("{decimal}" + std::string(length - 1, '.'))};
+        const std::string written = rtf(text(u"item", styled(style)));
+        const bool fits = length < 256;
+        EXPECT_EQ(written.find("{\\leveltext\\leveltemplateid1\\'00;}") == std::string::npos, fits) << length;
+        EXPECT_EQ(written.find("\\'ff\\'00.") != std::string::npos, length == 255) << length;
+    }
+}
+
+TEST(RTFWriter, NamesNoColorForABlackShadow) {
+    const auto shadowed = [](std::optional<Color> color) {
+        return body(text(u"x", with(kShadowAttributeName, Shadow{0, -1, 2, color})));
+    };
+    EXPECT_EQ(shadowed(Color::black()), "\\shad\\shadx0\\shady-20\\shadr40\\shado255 \\shadc0 x}");
+    EXPECT_EQ(shadowed(std::nullopt), "\\shad\\shadx0\\shady-20\\shadr40\\shado85 \\shadc0 x}");
+    EXPECT_EQ(shadowed(Color::sRGB(1, 0, 0, 0.5)), "\\shad\\shadx0\\shady-20\\shadr40\\shado128 \\shadc2 x}");
+}
+
 TEST(RTFWriter, LeavesAttachmentsOutOfPlainRTF) {
     const std::string written = rtf(attachments());
     EXPECT_EQ(written.find("NeXTGraphic"), std::string::npos);
@@ -169,6 +214,16 @@ TEST(RTFDWriter, TakesTheNamesThatItsCallerGives) {
     EXPECT_NE(packageText(*package).find("{{\\NeXTGraphic second.gif \\width"), std::string::npos);
     EXPECT_EQ(entries[1].attachment->fileWrapper()->preferredFilename(), "photo.png")
         << "the note's own file keeps its name";
+}
+
+TEST(RTFDWriter, FilesKeepTheirAttributes) {
+    const auto photo = attachment("photo.png", "pixels");
+    const FileAttributes attributes{Date::fromUnixTime(1'000'000'000), 0600, true};
+    photo->fileWrapper()->setFileAttributes(attributes);
+    AttributedString all;
+    append(all, photo);
+    const auto package = *rtfdFileWrapperFromRange(all, {0, all.length()});
+    EXPECT_EQ(package->childNamed("photo.png")->fileAttributes(), attributes);
 }
 
 TEST(RTFDWriter, LeavesAnAttachmentWithoutContentsOut) {
