@@ -132,6 +132,7 @@ TEST_F(FileAttachments, CellIsMadeOnceAndFollowsTheFile) {
     EXPECT_FALSE(attachment.fileAttachmentCell());
     const auto cell = attachment.attachmentCell();
     EXPECT_EQ(cell, attachment.attachmentCell());
+    EXPECT_EQ(cell, attachment.cell()) << "it is the attachment's cell for everybody";
     EXPECT_EQ(cell, attachment.fileAttachmentCell());
     EXPECT_EQ(cell->attachment(), &attachment);
     EXPECT_EQ(attachment.fileAttachmentCell()->filenameString().string(), u"first.zip");

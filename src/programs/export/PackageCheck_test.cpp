@@ -94,6 +94,25 @@ TEST_F(PackageCheck, NamesWhatIsWrongWithTheAttributes) {
     }
 }
 
+// The text may be named by the part that cannot be read.
+TEST_F(PackageCheck, CallsNoFileUnnamedBeforeBothTextsAreRead) {
+    for (const std::string_view part : {kRTFDTextEntry, kNoteTextEntry}) {
+        const auto package = sample();
+        put(*package, "stray.png", "pixels");
+        put(*package, part, "junk");
+        EXPECT_EQ(problems(*package).size(), 1u) << part;
+    }
+}
+
+TEST_F(PackageCheck, NamesAMissingFileOnce) {
+    const auto package = sample();
+    put(*package, kNoteTextEntry,
+        archivedNoteText(joined(attached("b.zip", ""), plain(u" "), attached("b.zip", "")))->bytes());
+    package->removeFileWrapper(kRTFDTextEntry);
+    putAttributes(*package, Value(Dictionary()));
+    EXPECT_EQ(problems(*package), (Problems{"TXT.rtf: is missing", "b.zip: is named in the text but missing"}));
+}
+
 TEST_F(PackageCheck, NamesFilesThatAreMissingAndFilesTooMany) {
     const auto package = sample();
     package->removeFileWrapper("a.zip");
