@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
+#include "documents/PackageNames.h"
 #include "documents/QLTNoteFile.h"
 #include "platform/base/SystemLog.h"
 #include "platform/files/FileManager.h"
@@ -126,6 +127,8 @@ Result<std::string> exported(const OpenNote& open, const Options& options) {
 Result<> exportNote(const Options& options) {
     const OpenNote open = TRY(openNote(options.notes.front()));
     if (options.format == Format::rtfd) {
+        // The text may name a missing file as no file can be named.
+        open.note->setNoteText(textWithPackageNames(open.note->noteText()));
         const AttributedString text = open.note->noteTextSuitableForExport();
         return TRY(platform::rtfdFileWrapperFromRange(text, {0, text.length()}))
             ->writeToURL(URL::fileURLWithPath(options.out, true));
