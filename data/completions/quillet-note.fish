@@ -1,5 +1,7 @@
 complete -c quillet-note -n __fish_use_subcommand -f -a show -d 'Print the text of a note'
 complete -c quillet-note -n __fish_use_subcommand -f -a export -d 'Write a note in another format'
 complete -c quillet-note -n __fish_use_subcommand -f -a check -d 'Say what is wrong with notes'
+complete -c quillet-note -n __fish_use_subcommand -l version -d 'Print the version'
+complete -c quillet-note -s h -l help -d 'Print a short help'
 complete -c quillet-note -n '__fish_seen_subcommand_from export' -l to -x -a 'html rtf rtfd markdown text json' -d 'Format'
-complete -c quillet-note -n '__fish_seen_subcommand_from export' -s o -r -d 'Where to write'
+complete -c quillet-note -n '__fish_seen_subcommand_from export' -s o -l output -r -d 'Where to write'

@@ -177,6 +177,7 @@ int run(int argc, char** argv) {
     app.require_subcommand(1);
     // An empty name would be the working directory.
     const auto isNamed = [](const std::string& path) { return std::string(path.empty() ? "a name is empty" : ""); };
+    app.footer("Exit status: 0 done; 1 a package is damaged, or cannot be read or exported; 64 wrong usage.");
     CLI::App* showing = app.add_subcommand("show", "plain text of the note, with its attachments listed");
     showing->add_option("NOTE", options.notes, "the note package")->required()->expected(1)->check(isNamed);
     CLI::App* exporting = app.add_subcommand("export", "the note in another format");
