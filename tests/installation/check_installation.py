@@ -38,6 +38,12 @@ def main(build, probe):
     with tempfile.TemporaryDirectory() as scratch:
         planned, prefix = pathlib.Path(scratch, "planned"), pathlib.Path(scratch, "a moved tree")
         subprocess.run(["cmake", "--install", build, "--prefix", planned], stdout=subprocess.DEVNULL, check=True)
+        # Who starts the service finds it, whatever the build was configured for.
+        service = planned / "libexec/quillet-enex-import/quillet-enex-importd"
+        for file, line in (("share/dbus-1/services/com.tesseral.Quillet.ENEXImport1.service", f"Exec={service}"),
+                           ("lib/systemd/user/quillet-enex-importd.service", f"ExecStart={service}")):
+            expect(file, line in (planned / file).read_text().splitlines(), True)
+        expect("service", os.access(service, os.X_OK), True)
         planned.rename(prefix)
         for name in INSTALLED:
             if not (prefix / name).is_file():
