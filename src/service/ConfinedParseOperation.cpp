@@ -59,7 +59,16 @@ Result<> ConfinedParseOperation::readEvents() {
         if (!message)
             return platform::failure(
                 Error::withDescription(platform::kPOSIXErrorDomain, ECONNRESET, "The worker ended without a finish."));
-        for (const auto& [event, value] : *message) TRY(handleEvent(event, value));
+        TRY(handleMessage(*message));
+    }
+    return {};
+}
+
+// Nothing counts behind the finish: the reply has been sent.
+Result<> ConfinedParseOperation::handleMessage(const Dictionary& message) {
+    for (const auto& [event, value] : message) {
+        if (operationFinished()) break;
+        TRY(handleEvent(event, value));
     }
     return {};
 }

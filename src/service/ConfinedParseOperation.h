@@ -32,6 +32,8 @@ class ConfinedParseOperation : public EvernoteXMLParseOperation {
 
   protected:
     void changeOperationFinished(bool finished) override;
+    // Does what a worker's message says; an error for what no honest worker sends.
+    platform::Result<> handleMessage(const platform::Dictionary& message);
 
   private:
     platform::Result<> startWorker();

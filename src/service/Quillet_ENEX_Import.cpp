@@ -123,9 +123,11 @@ void Quillet_ENEX_Import::installBlocks(EvernoteXMLParseOperation& operation, co
 void Quillet_ENEX_Import::addExportedItem(Job& job, Dictionary item) {
     {
         const std::lock_guard lock(mutex_);
-        if (job.debug)
-            writeLogLine(*logStream_,
-                         platform::formatted(kParsedNoteText, {item.at(std::string(kIdentifierItemKey)).utf8()}));
+        if (job.debug) {
+            // A worker that an export has taken over may send entries without one.
+            const Value* identifier = platform::find(item, kIdentifierItemKey);
+            writeLogLine(*logStream_, platform::formatted(kParsedNoteText, {identifier ? identifier->utf8() : ""}));
+        }
         items_.emplace_back(std::move(item));
     }
     reportProgress(job, [](ImportProgress& progress) { ++progress.notesWritten; });
