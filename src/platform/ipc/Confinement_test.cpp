@@ -13,9 +13,16 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/fs.h>
+#include <linux/seccomp.h>
+#include <mqueue.h>
 #include <netinet/in.h>
+#include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
+#include <sys/shm.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -144,6 +151,11 @@ TEST_F(ConfinedProcess, IsRefusedTheFilesOutside) {
         {"chmod", EPERM, [](auto& secret, auto&, auto&) { return answer(::chmod(secret.c_str(), 0777)); }},
         {"fchmod", EPERM,
          [](auto&, auto&, auto& file) { return answer(::fchmod(::open(file.c_str(), O_RDONLY), 0777)); }},
+        {"set flags", EPERM,
+         [](auto&, auto&, auto& file) {
+             int flags = 0;
+             return answer(::ioctl(::open(file.c_str(), O_RDONLY), FS_IOC_SETFLAGS, &flags));
+         }},
         {"chown", EPERM, [](auto& secret, auto&, auto&) { return answer(::chown(secret.c_str(), 1, 1)); }},
         {"lchown", EPERM, [](auto& secret, auto&, auto&) { return answer(::lchown(secret.c_str(), 1, 1)); }},
         {"setxattr", EPERM,
@@ -185,7 +197,20 @@ TEST_F(ConfinedProcess, IsRefusedSockets) {
     // One that was open before is not put to a new use.
     const int open = ::socket(AF_INET, SOCK_DGRAM, 0);
     EXPECT_EQ(confined([&] { return answer(::connect(open, address, sizeof loopback)); }), EPERM);
+    EXPECT_EQ(confined([&] { return answer(::sendto(open, "x", 1, 0, address, sizeof loopback)); }), EPERM);
+    EXPECT_EQ(confined([&] {
+                  msghdr message{};
+                  message.msg_name = &loopback;
+                  message.msg_namelen = sizeof loopback;
+                  return answer(::sendmsg(open, &message, 0));
+              }),
+              EPERM);
     ::close(open);
+    // One that was connected before still says what it has to: the system log's.
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_DGRAM, 0, ends.data()), 0);
+    EXPECT_EQ(confined([&] { return answer(::send(ends[0], "x", 1, MSG_NOSIGNAL)); }), 0);
+    for (const int end : ends) ::close(end);
 }
 
 TEST_F(ConfinedProcess, IsRefusedProgramsAndOtherProcesses) {
@@ -201,6 +226,8 @@ TEST_F(ConfinedProcess, IsRefusedProgramsAndOtherProcesses) {
              return answer(::prlimit(::getppid(), RLIMIT_CORE, &limit, nullptr));
          }},
         {"pidfd_open", [] { return answer(::syscall(SYS_pidfd_open, ::getppid(), 0)); }},
+        {"shmget", [] { return answer(::shmget(IPC_PRIVATE, 4096, IPC_CREAT | 0600)); }},
+        {"mq_open", [] { return answer(::mq_open("/quillet-test", O_RDWR | O_CREAT, 0600, nullptr)); }},
 #if defined(__x86_64__)
         {"x32", [] { return answer(::syscall(0x40000000 | SYS_getpid)); }},
 #endif
@@ -245,6 +272,61 @@ TEST_F(ConfinedProcess, MustHaveOneThread) {
     int status = 0;
     ::waitpid(child, &status, 0);
     EXPECT_EQ(WEXITSTATUS(status), EBUSY);
+}
+
+// Makes this process's kernel one that does not know the call.
+void forget(long call) {
+    std::array<sock_filter, 4> program{{BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                                        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(call), 0, 1),
+                                        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
+                                        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)}};
+    sock_fprog filter{static_cast<unsigned short>(program.size()), program.data()};
+    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter);
+}
+
+// What a kernel without some calls confines, and which of its layers is missing.
+TEST_F(ConfinedProcess, IsConfinedByWhatTheKernelHas) {
+    struct Kernel {
+        std::vector<long> missing;
+        Confinement level;
+        int reading, forking;
+    };
+    const std::array kKernels{
+        Kernel{{}, Confinement::full, EACCES, EPERM},
+        Kernel{{SYS_landlock_create_ruleset}, Confinement::partial, 0, EPERM},
+        Kernel{{SYS_seccomp}, Confinement::partial, EACCES, 0},
+        Kernel{{SYS_seccomp, SYS_landlock_create_ruleset}, Confinement::none, 0, 0},
+    };
+    for (const Kernel& kernel : kKernels) {
+        const auto attempted = [&](const Attempt& attempt) {
+            const pid_t child = ::fork();
+            if (child == 0) {
+                for (const long call : kernel.missing) forget(call);
+                if (availableConfinement() != kernel.level) ::_exit(kNotConfined);
+                const Result<Confinement> confined = confine(std::array<AllowedPath, 0>{});
+                ::_exit(confined && *confined == kernel.level ? attempt() : kNotConfined);
+            }
+            int status = 0;
+            ::waitpid(child, &status, 0);
+            return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        };
+        SCOPED_TRACE(confinementName(kernel.level));
+        EXPECT_EQ(attempted([this] { return openedFor(secret_, O_RDONLY); }), kernel.reading);
+        EXPECT_EQ(attempted([] {
+                      const pid_t child = ::fork();
+                      if (child == 0) ::_exit(0);
+                      return answer(child);
+                  }),
+                  kernel.forking);
+        // The limits need nothing of the kernel that it has not always had.
+        EXPECT_EQ(attempted([] {
+                      rlimit core{};
+                      ::getrlimit(RLIMIT_CORE, &core);
+                      return static_cast<int>(core.rlim_max);
+                  }),
+                  0);
+    }
 }
 
 TEST(Confinement, Names) {

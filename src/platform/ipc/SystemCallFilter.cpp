@@ -12,6 +12,7 @@
 
 #include <linux/audit.h>
 #include <linux/filter.h>
+#include <linux/fs.h>
 #include <linux/seccomp.h>
 #include <sched.h>
 #include <sys/ioctl.h>
@@ -32,8 +33,8 @@ constexpr std::uint32_t kProcessor = 0; // unknown: no filter
 #endif
 
 // Calls that have the same number on every processor and that older kernel headers do not name.
-constexpr int kFchmodat2 = 452, kSetxattrat = 463, kRemovexattrat = 466, kIoUringSetup = 425, kIoUringEnter = 426,
-              kIoUringRegister = 427, kClone3 = 435;
+constexpr int kFchmodat2 = 452, kSetxattrat = 463, kRemovexattrat = 466, kFileSetattr = 469, kIoUringSetup = 425,
+              kIoUringEnter = 426, kIoUringRegister = 427, kClone3 = 435, kMountSetattr = 442, kOpenTreeAttr = 467;
 
 struct Refusal {
     int call;
@@ -55,6 +56,7 @@ constexpr std::array kRefusals{
     Refusal{SYS_removexattr, EPERM},
     Refusal{SYS_lremovexattr, EPERM},
     Refusal{kRemovexattrat, EPERM},
+    Refusal{kFileSetattr, EPERM},
     Refusal{SYS_truncate, EPERM},
 #ifdef SYS_chmod
     Refusal{SYS_chmod, EPERM},
@@ -81,6 +83,8 @@ constexpr std::array kRefusals{
     Refusal{SYS_listen, EPERM},
     Refusal{SYS_accept, EPERM},
     Refusal{SYS_accept4, EPERM},
+    Refusal{SYS_sendmsg, EPERM}, // its address lies in memory, out of a filter's sight
+    Refusal{SYS_sendmmsg, EPERM},
     // Other processes.
     Refusal{SYS_ptrace, EPERM},
     Refusal{SYS_process_vm_readv, EPERM},
@@ -91,6 +95,18 @@ constexpr std::array kRefusals{
     Refusal{SYS_tkill, EPERM},
     Refusal{SYS_rt_sigqueueinfo, EPERM},
     Refusal{SYS_rt_tgsigqueueinfo, EPERM},
+    // What other processes may have open under a number or a name that is no path.
+    Refusal{SYS_shmget, EPERM},
+    Refusal{SYS_shmat, EPERM},
+    Refusal{SYS_shmctl, EPERM},
+    Refusal{SYS_msgget, EPERM},
+    Refusal{SYS_msgsnd, EPERM},
+    Refusal{SYS_msgrcv, EPERM},
+    Refusal{SYS_msgctl, EPERM},
+    Refusal{SYS_semget, EPERM},
+    Refusal{SYS_semctl, EPERM},
+    Refusal{SYS_mq_open, EPERM},
+    Refusal{SYS_mq_unlink, EPERM},
     // Ways around this filter and around Landlock.
     Refusal{kIoUringSetup, ENOSYS},
     Refusal{kIoUringEnter, ENOSYS},
@@ -103,6 +119,10 @@ constexpr std::array kRefusals{
     Refusal{SYS_open_tree, EPERM},
     Refusal{SYS_move_mount, EPERM},
     Refusal{SYS_fsopen, EPERM},
+    Refusal{SYS_fsmount, EPERM},
+    Refusal{SYS_fspick, EPERM},
+    Refusal{kMountSetattr, EPERM},
+    Refusal{kOpenTreeAttr, EPERM},
     Refusal{SYS_unshare, EPERM},
     Refusal{SYS_setns, EPERM},
     // Parts of the kernel that an import has no business with.
@@ -137,7 +157,7 @@ constexpr std::uint64_t kLowHalf = std::numeric_limits<std::uint32_t>::max(); //
 constexpr std::uint64_t kNewNamespaces =
     CLONE_NEWNS | CLONE_NEWCGROUP | CLONE_NEWUTS | CLONE_NEWIPC | CLONE_NEWUSER | CLONE_NEWPID | CLONE_NEWNET;
 
-std::array<ArgumentRule, 7> argumentRules(pid_t self) {
+std::array<ArgumentRule, 10> argumentRules(pid_t self) {
     const auto own = static_cast<std::uint64_t>(self);
     return {{
         {SYS_utimensat, 1, kWhole, 0, Holds::allowed}, // no path: the descriptor's own times
@@ -145,6 +165,9 @@ std::array<ArgumentRule, 7> argumentRules(pid_t self) {
         {SYS_kill, 0, kLowHalf, own, Holds::allowed},
         {SYS_tgkill, 0, kLowHalf, own, Holds::allowed}, // abort() signals itself
         {SYS_prlimit64, 0, kLowHalf, 0, Holds::allowed},
+        {SYS_sendto, 4, kWhole, 0, Holds::allowed}, // to whom a socket has been connected, and to nobody else
+        {SYS_ioctl, 1, kLowHalf, FS_IOC_SETFLAGS, Holds::refused}, // a file's flags, which a reader may set, too
+        {SYS_ioctl, 1, kLowHalf, FS_IOC_FSSETXATTR, Holds::refused},
         {SYS_ioctl, 1, kLowHalf, TIOCSTI, Holds::refused}, // typing into the terminal that the command runs in
         {SYS_ioctl, 1, kLowHalf, 0x541C, Holds::refused},  // TIOCLINUX: the console's clipboard
     }};
