@@ -301,6 +301,50 @@ TEST_F(ImportJob, RepliesOnceToEachOfTwoCalls) {
     EXPECT_EQ(outputs(), (std::vector<std::string>{"A.qltnote", "B.qltnote", "a.log", "b.log"}));
 }
 
+// The second call is made while the first import stands behind its first note: what the first writes from then on is
+// in the second's lists and log, and each call replies with the lists as they stand.
+TEST_F(ImportJob, GivesTheFirstImportsNotesToTheSecondCall) {
+    tests::writeFile(scratch_ / "a.enex",
+                     enex(textNote("A1") +
+                          note("A2", "<en-note/>", "<resource><data encoding=\"base64\">A</data></resource>") +
+                          textNote("A3") + textNote("A4")));
+    tests::writeFile(scratch_ / "b.enex", enex(""));
+    Reply first, second;
+    std::atomic<bool> called = false;
+    importer_->setProgressBlock([&](const ImportProgress& progress) {
+        if (progress.notesWritten != 1 || called.exchange(true)) return;
+        importer_->setProgressBlock({});
+        importer_->importENEXFile(URL::fileURLWithPath((scratch_ / "b.enex").string()), {}, destinationURL(),
+                                  second.block());
+    });
+    importer_->importENEXFile(URL::fileURLWithPath((scratch_ / "a.enex").string()), {{"Debug", Value(true)}},
+                              destinationURL(), first.block());
+    const Array& items = list(first.wait(), kItemsReplyKey);
+    second.wait();
+    std::vector<std::string> names;
+    for (const Value& entry : items) names.push_back(text(*entry.as<Dictionary>(), "name"));
+    EXPECT_EQ(names, (std::vector<std::string>{"A2", "A3", "A4"}));
+    EXPECT_EQ(text(first.wait(), "Log File"), destinationURL().absoluteString() + "a.log");
+    EXPECT_EQ(importLog("a.log").find("Parsed note"), importLog("a.log").rfind("Parsed note")); // the first note's
+}
+
+TEST_F(ImportJob, CancelsAlsoAnImportThatASecondCallHasTakenOver) {
+    std::string notes;
+    for (int index = 0; index < 2'000; ++index) notes += textNote("N");
+    tests::writeFile(scratch_ / "a.enex", enex(notes));
+    tests::writeFile(scratch_ / "b.enex", enex(""));
+    Reply first, second;
+    importer_->importENEXFile(URL::fileURLWithPath((scratch_ / "a.enex").string()), {}, destinationURL(),
+                              first.block());
+    importer_->importENEXFile(URL::fileURLWithPath((scratch_ / "b.enex").string()), {}, destinationURL(),
+                              second.block());
+    second.wait();
+    importer_->cancel();
+    const platform::Error* error = first.wait().at("Error").asError();
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->code, 512);
+}
+
 TEST_F(ImportJob, KeepsTwoImportersApart) {
     std::string notes;
     for (int index = 0; index < 20; ++index) notes += textNote("Same");
