@@ -3,6 +3,8 @@
 call is answered, and nothing half written has a name.
 
 usage: check_robustness.py SERVICE_PROGRAM COMMAND DATA_DIRECTORY [unittest arguments]
+
+QUILLET_LONG_TESTS=1 adds what takes half a minute.
 """
 import os
 import pathlib
@@ -10,6 +12,7 @@ import shutil
 import signal
 import subprocess
 import time
+import unittest
 import urllib.parse
 
 import private_bus  # first: starts the bus
@@ -20,6 +23,7 @@ from gi.repository import Gio, GLib
 
 LIMITS = "org.freedesktop.DBus.Error.LimitsExceeded"
 IMPORTS_OF_ONE_CLIENT = 16
+IMPORTS_IN_ALL = 64
 
 
 def processes_below(process):
@@ -80,6 +84,30 @@ class RobustnessTest(private_bus.ServiceTest):
             job.Cancel()
         for job in jobs:
             self.assertEqual(512, job.GetReply(timeout=FOREVER)["Error"]["code"])
+        self.assert_serves(bus)
+
+    def test_all_clients_together_have_so_many_imports_and_no_more(self):
+        file = export_with(self.scratch / "many.enex", 3000)
+        jobs = [self.start_job(bus, file) for bus in [client() for _ in range(IMPORTS_IN_ALL // IMPORTS_OF_ONE_CLIENT)]
+                for _ in range(IMPORTS_OF_ONE_CLIENT)]
+        other = client()
+        with self.assertRaises(dbus.DBusException) as refused:
+            self.start_job(other, file)
+        self.assertEqual(LIMITS, refused.exception.get_dbus_name())
+        for job in jobs:
+            job.Cancel()
+        for job in jobs:
+            self.assertEqual(512, job.GetReply(timeout=FOREVER)["Error"]["code"])
+        self.assert_serves(other)
+
+    @unittest.skipUnless(os.environ.get("QUILLET_LONG_TESTS"), "a long test")
+    def test_a_client_has_so_many_jobs_and_no_more(self):
+        bus, file = client(), export_with(self.scratch / "empty.enex", 0)
+        for _ in range(1000):
+            self.start_job(bus, file).GetReply(timeout=FOREVER)
+        with self.assertRaises(dbus.DBusException) as refused:
+            self.start_job(bus, file)
+        self.assertEqual(LIMITS, refused.exception.get_dbus_name())
         self.assert_serves(bus)
 
     def test_huge_and_odd_arguments(self):

@@ -3,12 +3,13 @@
 
 usage: check_service.py SERVICE_PROGRAM COMMAND DATA_DIRECTORY [unittest arguments]
 
-QUILLET_LONG_TESTS=1 makes the long import last a minute instead of three seconds. Exits 77 where dbus-run-session,
+QUILLET_LONG_TESTS=1 makes the long import last a minute instead of three seconds, and waits for the service to leave. Exits 77 where dbus-run-session,
 python3-dbus or python3-gi are missing; a test whose client is missing skips itself.
 """
 import json
 import os
 import pathlib
+import pty
 import random
 import re
 import shutil
@@ -16,11 +17,12 @@ import signal
 import subprocess
 import sys
 import time
+import unittest
 import xml.etree.ElementTree as ET
 
 import private_bus  # first: starts the bus
-from private_bus import (COMMAND, DATA, EXAMPLE, FOREVER, IDLE_MS, INVALID, JOB, JOBS, NAME, PATH, PROTOCOL, client, export_with,
-                 options, owner_of, run_loop, service)
+from private_bus import (COMMAND, DATA, EXAMPLE, FOREVER, IDLE_MS, INVALID, JOB, JOBS, NAME, PATH, PROTOCOL, SERVICE, client,
+                         export_with, options, owner_of, run_loop, service)
 import dbus
 
 # Calls and waits, until it is killed.
@@ -201,6 +203,21 @@ class ServiceTest(private_bus.ServiceTest):
         self.assertEqual((10, ["A broken note"]), (len(seen["items"]), seen["failed"]))
         self.assertEqual((self.output / "notebook.log").as_uri(), seen["log"])
 
+    def test_the_command_shows_the_services_progress(self):
+        file = export_with(self.scratch / "bar.enex", 300)
+        terminal, inner = pty.openpty()
+        command = subprocess.Popen([COMMAND, "--json", "--service", file, self.output], stdout=subprocess.DEVNULL, stderr=inner)
+        os.close(inner)
+        shown = b""
+        while True:
+            try:
+                shown += os.read(terminal, 4096)
+            except OSError:  # the other end is closed
+                break
+        os.close(terminal)
+        self.assertEqual(0, command.wait())
+        self.assertRegex(shown.decode(), r"bar\.enex.*\d+ notes")
+
     def test_the_command_says_when_there_is_no_bus_or_no_service(self):
         without_service = {"XDG_DATA_HOME": "/nowhere", "XDG_DATA_DIRS": "/nowhere", "XDG_RUNTIME_DIR": str(self.scratch)}
         for prefix, environment in (([], {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"}),
@@ -246,6 +263,27 @@ class ServiceTest(private_bus.ServiceTest):
         self.assertEqual(file.stat().st_size, values["BytesTotal"])
         self.assertEqual(reply[0], service(bus, JOB, path).GetReply())
 
+    def test_who_waits_for_an_import_gets_progress_too(self):
+        bus, mine = client(), []
+        bus.add_signal_receiver(lambda *values: mine.append(values), "Progress", JOBS)
+        file = export_with(self.scratch / "waiting.enex", 100)
+        outcome = self.start(bus, file, self.output)
+        self.assertTrue(run_loop(lambda: outcome))
+        self.assertTrue(mine)
+        for url, read, total, written, failed in mine:
+            self.assertEqual((file.as_uri(), file.stat().st_size, 0), (url, total or file.stat().st_size, failed))
+            self.assertTrue(read <= file.stat().st_size and written <= 100)
+
+    def test_a_job_is_what_is_installed(self):
+        bus = client()
+        path = service(bus, JOBS).StartImportENEXFile(EXAMPLE.as_uri(), options(), self.output.as_uri())
+        answered = ET.fromstring(bus.get_object(NAME, path, introspect=False).Introspect(
+            dbus_interface="org.freedesktop.DBus.Introspectable"))
+        own = [element for element in answered.findall("interface") if element.get("name").startswith(NAME)]
+        installed = ET.parse(DATA / f"dbus/{JOB}.xml").getroot().find("interface")
+        self.assertEqual([described(installed)], [described(element) for element in own])
+        service(bus, JOB, path).GetReply(timeout=FOREVER)
+
     def test_a_job_is_its_clients_alone(self):
         bus, other = client(), client()
         path = service(bus, JOBS).StartImportENEXFile(EXAMPLE.as_uri(), options(), self.output.as_uri())
@@ -283,6 +321,17 @@ class ServiceTest(private_bus.ServiceTest):
         self.assertTrue(run_loop(lambda: outcome))
         self.assertEqual(512, outcome[0]["Error"]["code"])  # cancelled: the note under way was finished
         self.assertTrue(run_loop(lambda: not bus.name_has_owner(NAME)))
+
+    @unittest.skipUnless(os.environ.get("QUILLET_LONG_TESTS"), "a long test")
+    def test_leaves_after_half_a_minute_by_itself(self):
+        bus = client()
+        self.assertTrue(run_loop(lambda: not bus.name_has_owner(NAME), 20))
+        environment = {name: value for name, value in os.environ.items() if name != "QUILLET_IDLE_TIME_MS"}
+        process = subprocess.Popen([SERVICE], env=environment)
+        self.assertTrue(run_loop(lambda: bus.name_has_owner(NAME)))
+        started = time.monotonic()
+        self.assertEqual(0, process.wait(60))
+        self.assertTrue(30 <= time.monotonic() - started < 33)
 
     def test_a_thousand_calls_racing_the_idle_exit(self):
         bus, owners = client(), set()

@@ -248,7 +248,20 @@ TEST_F(ConfinedProcess, IsLimited) {
                   },
                   {.openFiles = 64}),
               0);
+    EXPECT_EQ(confined([] {
+                  rlimit files{}, processes{};
+                  ::getrlimit(RLIMIT_NOFILE, &files);
+                  ::getrlimit(RLIMIT_NPROC, &processes);
+                  return files.rlim_max <= 1024 && processes.rlim_max <= 4096 ? 0 : 1;
+              }),
+              0);
 #if !defined(__SANITIZE_ADDRESS__)
+    EXPECT_EQ(confined([] {
+                  rlimit memory{};
+                  ::getrlimit(RLIMIT_AS, &memory);
+                  return memory.rlim_max == std::uint64_t{4} << 30 ? 0 : 1;
+              }),
+              0);
     EXPECT_EQ(confined([] {
                   constexpr std::size_t kFiveGigabytes = std::size_t{5} << 30;
                   try {
