@@ -54,6 +54,7 @@ OperationQueue& OperationQueue::mainQueue() {
 }
 
 void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
+    const Operation* const added = operation.get();
     std::function<void()> wakeUp;
     bool startWorker = false;
     {
@@ -64,12 +65,21 @@ void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
         if (startWorker) state_->hasWorker = true;
     }
     state_->changed.notify_all(); // not under the lock, for which whoever wakes would wait
-    if (startWorker) {
+    if (startWorker) startThread(added);
+    if (wakeUp) wakeUp();
+}
+
+void OperationQueue::startThread(const Operation* added) {
+    try {
         std::thread([state = state_] {
             while (const auto next = state->takeNext()) state->run(next);
         }).detach();
+    } catch (...) { // no more threads: the queue is as it was
+        const std::lock_guard lock(state_->mutex);
+        state_->hasWorker = false;
+        std::erase_if(state_->waiting, [added](const auto& waiting) { return waiting.get() == added; });
+        throw;
     }
-    if (wakeUp) wakeUp();
 }
 
 void OperationQueue::addOperations(std::span<const std::shared_ptr<Operation>> operations, bool waitUntilFinished) {

@@ -21,7 +21,8 @@ class OperationQueue {
     static OperationQueue& mainQueue();
 
     // Runs after everything added before; the next operation starts when this one has finished, an asynchronous one
-    // too. Callable from any thread.
+    // too. Callable from any thread. Throws std::system_error, with nothing added, when the queue needs a thread and
+    // the system has none.
     void addOperation(std::shared_ptr<Operation> operation);
     // @sel addOperations:waitUntilFinished:
     void addOperations(std::span<const std::shared_ptr<Operation>> operations, bool waitUntilFinished);
@@ -39,6 +40,7 @@ class OperationQueue {
 
     struct State;
     explicit OperationQueue(bool isMain);
+    void startThread(const Operation* added);
     std::shared_ptr<State> state_; // shared with the worker thread, which may outlive the queue
 };
 

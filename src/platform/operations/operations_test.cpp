@@ -1,10 +1,14 @@
 // Operations and their queues: states, waiting, cancelling, the main queue.
 #include <atomic>
+#include <fstream>
 #include <memory>
+#include <system_error>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include "platform/operations/OperationQueue.h"
 
@@ -92,6 +96,45 @@ TEST(OperationQueue, CancelsWhatIsWaiting) {
     queue.waitUntilAllOperationsAreFinished();
     EXPECT_FALSE(ran);
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// Leaves this process no room for the stack of another thread, while it lives.
+class NoRoomForThreads {
+  public:
+    NoRoomForThreads() {
+        ::getrlimit(RLIMIT_AS, &before_);
+        std::size_t pages = 0;
+        std::ifstream("/proc/self/statm") >> pages;
+        constexpr rlim_t kRoom = rlim_t{1} << 20;
+        const rlimit tight{pages * static_cast<rlim_t>(::getpagesize()) + kRoom, before_.rlim_max};
+        ::setrlimit(RLIMIT_AS, &tight);
+    }
+    ~NoRoomForThreads() { ::setrlimit(RLIMIT_AS, &before_); }
+    NoRoomForThreads(const NoRoomForThreads&) = delete;
+    NoRoomForThreads& operator=(const NoRoomForThreads&) = delete;
+
+  private:
+    rlimit before_{};
+};
+
+TEST(OperationQueue, IsAsItWasWhenThereIsNoThreadForIt) {
+    // Stacks of threads that have ended are kept for the next ones: other threads take them meanwhile.
+    std::atomic<bool> end = false;
+    std::vector<std::jthread> others;
+    for (int index = 0; index < 8; ++index) others.emplace_back([&] { end.wait(false); });
+    OperationQueue queue;
+    std::atomic<int> ran = 0;
+    {
+        const NoRoomForThreads tight;
+        EXPECT_THROW(queue.addOperationWithBlock([&] { ran += 10; }), std::system_error);
+    }
+    queue.addOperationWithBlock([&] { ++ran; });
+    queue.waitUntilAllOperationsAreFinished();
+    EXPECT_EQ(ran, 1);
+    end = true;
+    end.notify_all();
+}
+#endif
 
 TEST(MainQueue, RunsOnTheMainThreadWhileAnotherThreadWaits) {
     ASSERT_TRUE(isMainThread());
