@@ -1,6 +1,7 @@
 #include "service/ConfinedParseOperation.h"
 
 #include <cerrno>
+#include <exception>
 #include <utility>
 
 #include "platform/base/SystemLog.h"
@@ -25,9 +26,18 @@ Error nonsense(std::string_view event) {
 
 void ConfinedParseOperation::start() {
     setOperationExecuting(true);
-    Result<> outcome = startWorker();
-    if (outcome) outcome = readEvents();
+    Result<> outcome = converse();
     if (!outcome) finishWithError(deathError(outcome.error()));
+}
+
+// What a worker sends may be an attacker's: whatever it does to this process ends its own import alone.
+Result<> ConfinedParseOperation::converse() {
+    try {
+        TRY(startWorker());
+        return readEvents();
+    } catch (const std::exception& exception) {
+        return platform::failure(Error::withDescription(platform::kPOSIXErrorDomain, ENOMEM, exception.what()));
+    }
 }
 
 Result<> ConfinedParseOperation::startWorker() {

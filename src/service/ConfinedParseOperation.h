@@ -36,6 +36,7 @@ class ConfinedParseOperation : public EvernoteXMLParseOperation {
     platform::Result<> handleMessage(const platform::Dictionary& message);
 
   private:
+    platform::Result<> converse();
     platform::Result<> startWorker();
     platform::Result<> readEvents();
     platform::Result<> handleEvent(std::string_view event, const platform::Value& value);

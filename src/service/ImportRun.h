@@ -25,6 +25,8 @@ class ImportRun : public std::enable_shared_from_this<ImportRun> {
     void cancel();
 
   private:
+    void start(Quillet_ENEX_Import::ProgressBlock progress, std::shared_ptr<QLTImportENEXProtocol::Reply> finish);
+
     std::shared_ptr<Quillet_ENEX_Import> importer_;
     ImportCall call_;
     std::atomic<bool> cancelled_ = false;

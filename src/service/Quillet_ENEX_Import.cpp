@@ -40,13 +40,12 @@ bool isSameFile(const URL& file, const URL& other) {
     return std::filesystem::equivalent(file.path(), other.path(), failure);
 }
 
-// "Export 2024.enex" gives "Export 2024.log", in the destination.
-URL logFileURL(const URL& file, const URL& directory) {
+} // namespace
+
+URL Quillet_ENEX_Import::logFileURL(const URL& file, const URL& directory) {
     return directory.appendingPathComponent(
         platform::appendingPathExtension(platform::deletingPathExtension(file.lastPathComponent()), "log"));
 }
-
-} // namespace
 
 // What one call carries from its start to its reply.
 struct Quillet_ENEX_Import::Job {
@@ -97,8 +96,8 @@ void Quillet_ENEX_Import::importENEXFile(const URL& file, const Dictionary& opti
     items_.clear();
     failedItemNames_.clear();
     logStream_ = std::move(logStream);
-    operations_.push_back(operation);
-    operationQueue_->addOperation(std::move(operation));
+    operationQueue_->addOperation(operation);
+    operations_.push_back(std::move(operation)); // it cannot have ended: its end waits for the lock
 }
 
 void Quillet_ENEX_Import::installBlocks(EvernoteXMLParseOperation& operation, const std::shared_ptr<Job>& job) {

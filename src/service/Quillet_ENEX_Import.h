@@ -61,6 +61,9 @@ class Quillet_ENEX_Import : public QLTImportENEXProtocol, public std::enable_sha
     // error form. Callable from any thread.
     void cancel();
 
+    // "Export 2024.enex" has its log in "Export 2024.log", in the destination.
+    static platform::URL logFileURL(const platform::URL& file, const platform::URL& directory);
+
     // Snapshots, in the order in which the notes' end tags were read.
     platform::Array items() const;
     platform::Array failedItemNames() const;
