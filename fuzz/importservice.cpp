@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <future>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "platform/base/SystemLog.h"
@@ -56,8 +57,11 @@ Messages messagesIn(std::string_view bytes) {
 }
 
 void importToldBy(const Messages& messages) {
+    std::weak_ptr<ToldOperation> running;
     const auto importer = Quillet_ENEX_Import::create([&](const URL& file, const URL& directory) {
-        return std::make_shared<ToldOperation>(file, directory, messages);
+        auto operation = std::make_shared<ToldOperation>(file, directory, messages);
+        running = operation;
+        return operation;
     });
     importer->setProgressBlock([](const ImportProgress&) {});
     std::promise<Dictionary> reply;
@@ -65,6 +69,7 @@ void importToldBy(const Messages& messages) {
                              URL::fileURLWithPath("/nonexistent", true),
                              [&](Dictionary answer) { reply.set_value(std::move(answer)); });
     const Dictionary answer = reply.get_future().get();
+    while (!running.expired()) std::this_thread::yield(); // what its thread still holds is no leak
     if (!find(answer, kLogFileReplyKey)) std::abort();
     if (find(answer, kErrorReplyKey) && find(answer, kItemsReplyKey)) std::abort();
     (void)encodedMessage(answer, kReplyLists);
