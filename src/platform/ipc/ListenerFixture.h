@@ -233,12 +233,15 @@ class ListenerOnABus : public testing::Test {
         Things::stops = Things::named = 0;
     }
 
-    // Serves until the listener leaves; the clients begin when it has the name.
+    // Serves until the listener leaves. The clients begin when it has the name, and it does not leave before they have
+    // ended or let go of it, however slow the machine is.
     Listener::End serve(const std::function<void()>& clients, milliseconds idleTime = milliseconds(100)) {
         Listener listener(description(), delegate_, idleTime);
+        held_ = listener.stayForGuest();
         auto clientsEnd = std::async(std::launch::async, [&] {
             waitForName();
             clients();
+            held_.reset();
         });
         const Result<Listener::End> end = listener.run();
         EXPECT_TRUE(end) << (end ? "" : end.error().description());
@@ -256,6 +259,7 @@ class ListenerOnABus : public testing::Test {
     }
 
     std::unique_ptr<PrivateBus> bus_;
+    std::shared_ptr<void> held_;
     Delegate delegate_;
 };
 

@@ -138,9 +138,10 @@ TEST_F(ListenerOnABus, SendsSignalsToTheirClientAlone) {
 }
 
 TEST_F(ListenerOnABus, StaysForAGuest) {
-    serve([] {
-        auto guest = std::make_unique<Client>();
-        EXPECT_EQ(guest->request("stay").text, "('stay',)");
+    serve([this] {
+        const Client guest;
+        EXPECT_EQ(guest.request("stay").text, "('stay',)");
+        held_.reset();
         std::this_thread::sleep_for(milliseconds(900)); // idle time, and the half second after it
         const Client other;
         EXPECT_EQ(other.request("hello").text, "('hello',)");
