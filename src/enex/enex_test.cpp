@@ -270,33 +270,75 @@ TEST(EvernoteXMLParseOperation, TakesBase64InLinesOfAnyLength) {
     }
 }
 
-TEST(EvernoteXMLParseOperation, NamesTheProgramThatWroteTheFile) {
-    const char* versions[] = {"10.88.4",
-                              "10.8.5",
-                              "10.0.6",
-                              "Evernote Mac 7.14 (458265)",
-                              "Evernote Mac",
-                              "Evernote/Windows",
-                              "6.25.1.9091",
-                              "5.1",
-                              "4.6.7",
-                              "Evernote Windows 6.x",
-                              "5.x",
-                              "iOS 10.4",
-                              "Yinxiang 6.19",
-                              "3.5",
-                              "NixNote",
-                              "2.1.4",
-                              "",
-                              "Evernote Android 8"};
-    for (const auto* version : versions) {
+// The start tags of real exports, and odd ones; of each the log names the version alone, as it stands.
+TEST(EvernoteXMLParseOperation, NamesTheVersionThatWroteTheFile) {
+    const std::string longVersion(10'000, '7');
+    const struct {
+        std::string attributes, logged;
+    } rows[] = {
+        // Evernote for Mac
+        {R"a(export-date="20130730T205204Z" application="Evernote" version="Evernote Mac 5.2.1 (401317)")a",
+         "Evernote Mac 5.2.1 (401317)"},
+        {R"a(export-date="20150614T101010Z" application="Evernote" version="Evernote Mac 6.0.12 (451396)")a",
+         "Evernote Mac 6.0.12 (451396)"},
+        {R"a(export-date="20180502T083402Z" application="Evernote" version="Evernote Mac 7.1 (456785)")a",
+         "Evernote Mac 7.1 (456785)"},
+        {R"a(export-date="20200412T161544Z" application="Evernote" version="Evernote Mac 7.14 (458265)")a",
+         "Evernote Mac 7.14 (458265)"},
+        {R"a(export-date="20220105T120000Z" application="Evernote" version="Evernote Mac 7.14")a", "Evernote Mac 7.14"},
+        {R"a(export-date="20201109T000000Z" application="Evernote" version="Evernote Mac")a", "Evernote Mac"},
+        {R"a(application="Evernote" version="Evernote Legacy 7.14.1 (458325)" export-date="20211231T235959Z")a",
+         "Evernote Legacy 7.14.1 (458325)"},
+        {R"a(application="Evernote Legacy" version="7.14.1")a", "7.14.1"},
+        // Evernote for Windows
+        {R"a(export-date="20110310T171717Z" application="Evernote/Windows" version="4.x")a", "4.x"},
+        {R"a(export-date="20130101T000000Z" application="Evernote/Windows" version="4.6.7.8409")a", "4.6.7.8409"},
+        {R"a(export-date="20141024T061839Z" application="Evernote/Windows" version="5.x")a", "5.x"},
+        {R"a(export-date="20160309T154321Z" application="Evernote/Windows" version="5.9.9.1337")a", "5.9.9.1337"},
+        {R"a(export-date="20171013T090210Z" application="Evernote/Windows" version="6.x")a", "6.x"},
+        {R"a(export-date="20180608T072031Z" application="Evernote" version="6.13.1")a", "6.13.1"},
+        {R"a(export-date="20200420T181500Z" application="Evernote/Windows" version="6.25.1.9091")a", "6.25.1.9091"},
+        {R"a(application="Evernote/Windows" version="Evernote Windows 6.x")a", "Evernote Windows 6.x"},
+        // the later programs
+        {R"a(export-date="20201006T141312Z" application="Evernote" version="10.0.6")a", "10.0.6"},
+        {R"a(export-date="20210304T120001Z" application="Evernote" version="10.8.5")a", "10.8.5"},
+        {R"a(export-date="20220718T154110Z" application="Evernote" version="10.41.7")a", "10.41.7"},
+        {R"a(export-date="20230401T000000Z" application="Evernote" version="10.55.2")a", "10.55.2"},
+        {R"a(export-date="20240501T091502Z" application="Evernote" version="10.88.4")a", "10.88.4"},
+        {R"a(export-date="20251103T235959Z" application="Evernote" version="10.160.3")a", "10.160.3"},
+        {R"a(export-date="20240501T091502Z" application="Evernote" version="10.93.0-mac-ddl-public")a",
+         "10.93.0-mac-ddl-public"},
+        // elsewhere
+        {R"a(application="Evernote" version="Evernote iPhone 8.2")a", "Evernote iPhone 8.2"},
+        {R"a(application="Evernote/iOS" version="10.4 (1)")a", "10.4 (1)"},
+        {R"a(application="Evernote Android" version="8.13.3")a", "8.13.3"},
+        {R"a(export-date="20190909T090909Z" application="Yinxiang" version="印象笔记 9.1.6")a", "印象笔记 9.1.6"},
+        {R"a(application="NixNote" export-date="2016-03-04T05:06:07Z" version="2.1.4")a", "2.1.4"},
+        {R"a(application="another program" version="export-0.9+git20240501~rc1")a", "export-0.9+git20240501~rc1"},
+        // odd ones
+        {R"a(version="")a", ""},
+        {R"a(version="  10.1 ")a", "  10.1 "},
+        {R"a(version='with "quotes"')a", "with \"quotes\""},
+        {R"a(version="1 &amp; 2 &lt;3&gt; &#x1F375; &quot;4&quot;")a", "1 & 2 <3> 🍵 \"4\""},
+        {"version=\"two\nlines\"", "two lines"}, // as XML has it
+        {R"a(version="%@ %s %n")a", "%@ %s %n"},
+        {R"a(version="7" xml:lang="en" export-date="yesterday")a", "7"},
+        {"version=\"" + longVersion + "\"", longVersion},
+        {R"a(Version="7" export-date="20240501T091502Z")a", "(null)"},
+        {R"a(application="Evernote" export-date="20240501T091502Z")a", "(null)"},
+        {"", "(null)"},
+    };
+    for (const auto& row : rows) {
         Import import;
-        import.run(fmt::format("<en-export version='{}'/>", version));
-        EXPECT_EQ(import.logTexts(), fmt::format("ENEX file created by: {}\nFinish parsing ENEX file.\n", version));
+        import.run(fmt::format("<en-export {}><note><title>a</title></note></en-export>", row.attributes));
+        EXPECT_EQ(import.logTexts(), fmt::format("ENEX file created by: {}\nConverting \"a\"\n"
+                                                 "Finish parsing ENEX file.\n",
+                                                 row.logged));
+        EXPECT_EQ(import.blocks, (std::vector<std::string>{"entry", "end"})) << row.attributes;
     }
-    Import absent;
-    absent.run("<en-export/>");
-    EXPECT_EQ(absent.logTexts(), "ENEX file created by: (null)\nFinish parsing ENEX file.\n");
+}
+
+TEST(EvernoteXMLParseOperation, NamesTheVersionOfEachExportElement) {
     Import twice;
     twice.run("<en-export version='1'><en-export version='2'/></en-export>");
     EXPECT_EQ(twice.logTexts(), "ENEX file created by: 1\nENEX file created by: 2\nFinish parsing ENEX file.\n");
