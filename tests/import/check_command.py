@@ -450,7 +450,8 @@ class Environments(Case):
         export = self.export("a.enex", enex(note("İstanbul ışık I i ß Σ"), note("Zweite", "<en-note>1,5 <b>x</b></en-note>")))
         described = set()
         for number, changes in enumerate([{}, {"LANG": "tr_TR.UTF-8"}, {"LC_ALL": "ar_EG.UTF-8"}, {"LANG": None}, {"LANG": "xx_nonsense"},
-                                          {"LANG": "de_DE@euro", "LC_ALL": ""}, {"LC_ALL": "C"}, {"HOME": None}, {"LANGUAGE": "de:fr"}]):
+                                          {"LANG": "de_DE@euro", "LC_ALL": ""}, {"LC_ALL": "C"}, {"LC_ALL": "POSIX"}, {"LANG": "ja_JP.eucJP"},
+                                          {"LANG": "th_TH.UTF-8"}, {"LANG": "fa_IR.UTF-8"}, {"LANG": "ar_SA.UTF-8"}, {"HOME": None}, {"LANGUAGE": "de:fr"}]):
             environment = {name: value for name, value in {**self.environment, **changes}.items() if value is not None}
             out = self.out / str(number)
             done = self.run_command(export, out, environment=environment)

@@ -1,5 +1,5 @@
 // ICU does the reading, at some 40 microseconds a date. Time stamps of one pattern are what an export is full of, two
-// or more a note; for that pattern, a Gregorian locale and the years around now, the fields are cut out by hand and
+// or more a note; for that pattern and the years around now, the fields are cut out by hand and
 // only the time zone is asked, with the choice for repeated wall times that ICU's calendar makes.
 // Everything else, unusual forms of the same pattern too, takes the long way, so the results are the same.
 #include "platform/foundation/DateFormatter.h"
@@ -118,13 +118,14 @@ struct DateFormatter::Implementation {
 };
 
 DateFormatter::DateFormatter(std::string_view pattern) : implementation_(std::make_unique<Implementation>()) {
-    const icu::Locale locale(Environment::current().localeIdentifier.c_str());
+    icu::Locale locale(Environment::current().localeIdentifier.c_str());
     UErrorCode status = U_ZERO_ERROR;
+    locale.setKeywordValue("calendar", "gregorian", status);
     auto format = std::make_unique<icu::SimpleDateFormat>(unicodeString(pattern), locale, status);
     if (U_FAILURE(status)) return;
     format->setLenient(false);
     format->adoptTimeZone(environmentTimeZone().release());
-    if (pattern == kTimeStampPattern && std::string_view(format->getCalendar()->getType()) == "gregorian")
+    if (pattern == kTimeStampPattern)
         implementation_->quickZone = dynamic_cast<const icu::BasicTimeZone*>(&format->getTimeZone());
     implementation_->ending = unicodeString(trailingLiteral(pattern));
     implementation_->format = std::move(format);

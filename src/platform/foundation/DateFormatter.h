@@ -13,7 +13,8 @@ namespace platform {
 // Making one costs some 20 microseconds: keep it. Use one from one thread at a time.
 class DateFormatter {
   public:
-    // A pattern of Unicode's date field symbols (UTS 35), as "yyyy-MM-dd'T'HH:mm:ss".
+    // A pattern of Unicode's date field symbols (UTS 35), as "yyyy-MM-dd'T'HH:mm:ss". Its years are Gregorian whatever
+    // calendar the locale prefers: patterns are for stamps that programs wrote.
     explicit DateFormatter(std::string_view pattern);
     ~DateFormatter();
     DateFormatter(DateFormatter&&) noexcept;

@@ -37,7 +37,8 @@ TEST(DateFormatter, ReadsWallTimeInTheEnvironmentsZone) {
              Row{"20241103T013000Z", "2024-11-03 01:30:00", "2024-11-03 06:30:00"}, // occurs twice
          }) {
         ScopedEnvironment environment;
-        for (const char* locale : {"en_US_POSIX", "en_US", "de_DE"}) {
+        for (const char* locale : {"en_US_POSIX", "en_US", "de_DE", "tr_TR", "ar_EG", "ar_SA", "fa_IR", "th_TH",
+                                   "ja_JP@calendar=japanese"}) {
             environment->localeIdentifier = locale;
             environment->timeZoneName = "UTC";
             EXPECT_EQ(described(DateFormatter(kPattern), row.text), row.utc) << row.text;
