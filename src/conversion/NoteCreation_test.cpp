@@ -1,6 +1,8 @@
 // The three kinds of output: their names, what they hold, what they carry, how they fail.
 #include "conversion/NoteCreation.h"
 
+#include <stdexcept>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -141,6 +143,90 @@ TEST_F(NoteCreation, LeavesNothingOfANoteThatFails) {
     addResource(kPDF, "application/pdf", u"a.pdf");
     EXPECT_FALSE(make(createNoteForElement,
                       "<en-note>" + media(kPDF) + "<en-media hash=\"x\"><en-media hash=\"y\"/></en-media></en-note>"));
+    EXPECT_TRUE(outputs().empty());
+}
+
+// ---- pages in place of notes
+
+// Makes the HTML reader fail: it logs the address of a remote image, and the log throws.
+class FailingReader {
+  public:
+    FailingReader() {
+        saved_ = platform::setSystemLogSink([this](std::string_view entry) {
+            if (entry.find("example.org") != entry.npos) throw std::runtime_error("the reader is broken");
+            log += std::string(entry) + "\n";
+        });
+    }
+    ~FailingReader() { platform::setSystemLogSink(saved_); }
+    FailingReader(const FailingReader&) = delete;
+    FailingReader& operator=(const FailingReader&) = delete;
+
+    static std::string markup(std::string_view more) {
+        return "<en-note><img src=\"https://example.org/x.png\"/>" + std::string(more) + "</en-note>";
+    }
+    std::string log;
+
+  private:
+    platform::SystemLogSink saved_;
+};
+
+TEST_F(NoteCreation, KeepsThePageOfANoteThatTheReaderRejects) {
+    FailingReader reader;
+    item_.title = u"Kept";
+    item_.updated = Date::fromUnixTime(1'650'000'000);
+    addResource(pngBytes(), "image/png", u"a.png");
+    EXPECT_EQ(noteName(FailingReader::markup(media(pngBytes()))), "Kept.html");
+    EXPECT_EQ(noteName(FailingReader::markup("")), "Kept 1.html");
+    const std::string page = tests::readFile(destination_ / "Kept.html");
+    EXPECT_NE(page.find("src=\"data:image/png;base64,iVBORw0KGgo"), std::string::npos) << page;
+    EXPECT_EQ(valuesOf("Kept.html").contentModificationDate, item_.updated);
+    const std::string line = "Couldn't convert HTML file to note: the reader is broken (NSCocoaErrorDomain 256)\n";
+    EXPECT_EQ(reader.log, line + line);
+    EXPECT_EQ(outputs(), (std::vector<std::string>{"Kept 1.html", "Kept.html"}));
+}
+
+TEST_F(NoteCreation, KeepsNoPageWithAnAttachmentThatIsNoImage) {
+    FailingReader reader;
+    item_.title = u"Lost";
+    addResource(kPDF, "application/pdf", u"a.pdf");
+    const auto made = make(createNoteForElement, FailingReader::markup(media(kPDF)));
+    ASSERT_FALSE(made);
+    EXPECT_EQ(made.error().domain, EvernoteXMLItemErrorDomain);
+    EXPECT_EQ(made.error().code, kNoPageErrorCode);
+    EXPECT_TRUE(made.error().userInfo.empty());
+    EXPECT_TRUE(reader.log.starts_with("Couldn't convert HTML file to note: "));
+    EXPECT_TRUE(outputs().empty());
+}
+
+// Unlike every other name, that of a kept page is not sanitized.
+TEST_F(NoteCreation, NamesAKeptPageAfterTheNote) {
+    const struct {
+        std::u16string title;
+        std::string expected;
+    } rows[] = {
+        {u"", item_.identifier + ".html"},
+        {u" a:b~c \n", "a:b~c \n.html"},
+        {u"…", "….html"},
+        {u".x", ".x.html"},
+        {u"Vol. 2", "Vol. 2.html"},
+        {u"\n ", ".html"},
+    };
+    for (const auto& row : rows) {
+        FailingReader reader;
+        item_.title = row.title;
+        EXPECT_EQ(noteName(FailingReader::markup("")), row.expected);
+    }
+}
+
+TEST_F(NoteCreation, FailsForAKeptPageThatWouldLeaveTheDestination) {
+    for (const std::u16string_view title : {u"../../x", u"a/b", u"/etc/x"}) {
+        FailingReader reader;
+        item_.title = title;
+        const auto made = make(createNoteForElement, FailingReader::markup(""));
+        ASSERT_FALSE(made);
+        EXPECT_EQ(made.error().code, 514);
+        EXPECT_NE(reader.log.find("Couldn't copy fallback HTML file: "), std::string::npos) << reader.log;
+    }
     EXPECT_TRUE(outputs().empty());
 }
 

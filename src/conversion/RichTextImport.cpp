@@ -1,5 +1,6 @@
 #include "conversion/RichTextImport.h"
 
+#include <exception>
 #include <memory>
 #include <utility>
 
@@ -43,6 +44,12 @@ std::optional<platform::HTMLResource> imageBehind(const InlineImages& images, st
                                   platform::utf8FromUTF16(stringSanitizedForFileName(name))};
 }
 
+platform::Error readerError(const std::exception& exception) {
+    return platform::Error::withDescription(platform::kCocoaErrorDomain,
+                                            static_cast<std::int64_t>(platform::CocoaError::fileReadUnknown),
+                                            exception.what());
+}
+
 // HTML is read on the main thread only; this thread waits for it.
 Result<platform::HTMLDocumentText> readPageOnMainQueue(NotePage& page, const platform::URL& directory) {
     platform::HTMLReadOptions options;
@@ -53,8 +60,12 @@ Result<platform::HTMLDocumentText> readPageOnMainQueue(NotePage& page, const pla
     page.document = {};
     std::optional<Result<platform::HTMLDocumentText>> read;
     addOperationWithBlockAndWaitUntilFinished(platform::OperationQueue::mainQueue(), [&] {
-        read = tree ? platform::attributedStringFromHTMLDocument(*std::move(tree), options)
-                    : platform::attributedStringFromHTMLData(page.markup, options);
+        try {
+            read = tree ? platform::attributedStringFromHTMLDocument(*std::move(tree), options)
+                        : platform::attributedStringFromHTMLData(page.markup, options);
+        } catch (const std::exception& exception) { // memory that runs out, for one: no reason to end the main thread
+            read = platform::failure(readerError(exception));
+        }
     });
     return *std::move(read);
 }
