@@ -181,6 +181,36 @@ TEST(HTMLReader, KeepsTheTextOfADeepNest) {
     }
 }
 
+// However deep blocks are nested: a line for each content, and none for a block without.
+TEST(HTMLReader, MakesNoLinesOfBlocksWithoutContent) {
+    const auto repeated = [](std::string_view piece, int times) {
+        std::string text;
+        for (int i = 0; i < times; ++i) text += piece;
+        return text;
+    };
+    const struct {
+        std::string_view opening, content, closing, after;
+        std::u16string_view end; // of the text
+    } rows[] = {
+        {"<div>", "deep", "</div>", "", u"deep\n"},
+        {"<blockquote>", "deep", "</blockquote>", "b", u"deep\nb"},
+        {"\n <div>", "deep", "</div>\n ", "", u"deep\n"},
+        {"<div>", "a<div>b</div>c", "</div>", "d", u"a\nb\nc\nd"},
+        {"<div>", "<div>a<br></div><div>b</div>", "</div>", "", u"a\nb\n"},
+        {"<div>", "a<b>b</b><span>c</span>", "</div>", "", u"abc\n"},
+        {"<div>", "a<script>x<y</script><style>z</style>b", "</div>", "", u"ab\n"},
+        {"<b>", "deep", "</b>", "", u"deep"},
+    };
+    for (const int depth : {3, 400, 505, 511, 512, 520, 1'400, 3'000, 20'000}) {
+        for (const auto& row : rows) {
+            const auto read = attributedStringFromHTMLData(repeated(row.opening, depth) + std::string(row.content) +
+                                                           repeated(row.closing, depth) + std::string(row.after));
+            ASSERT_TRUE(read.has_value());
+            EXPECT_EQ(utf8FromUTF16(read->text.string()), utf8FromUTF16(row.end)) << depth << row.opening;
+        }
+    }
+}
+
 TEST(HTMLReader, ReadsAttributesOfAMegabyte) {
     const std::string million(1'000'000, 'a');
     const auto read = attributedStringFromHTMLData("<p class='" + million + "' style='color:red;x:" + million +

@@ -25,7 +25,8 @@ class HTMLDocument {
   public:
     using NodeIndex = std::uint32_t;
     static constexpr NodeIndex kNone = 0xFFFFFFFF;
-    // Elements nested deeper become siblings at this depth, as in browsers; no text is lost.
+    // Elements nested deeper are left out: what they hold stands in the deepest one, their lines parted by br. No text
+    // is lost.
     static constexpr std::size_t kMaximumDepth = 512;
     // A tag with more attributes than this is refused: looking for doubled names is quadratic in the parser underneath.
     static constexpr std::size_t kMaximumAttributes = 512;

@@ -27,8 +27,12 @@ bool hasMarker(HTMLTag tag) { // formatting outside does not reach inside, and t
            tag == HTMLTag::applet || tag == HTMLTag::marquee;
 }
 
+bool isRawText(HTMLTag tag) {
+    return tag == HTMLTag::script || tag == HTMLTag::style;
+}
+
 bool isRawContainer(HTMLTag tag) {
-    return tag == HTMLTag::script || tag == HTMLTag::style || tag == HTMLTag::title || tag == HTMLTag::template_;
+    return isRawText(tag) || tag == HTMLTag::title || tag == HTMLTag::template_;
 }
 
 } // namespace
@@ -116,6 +120,14 @@ HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::insertElement(HTMLTag tag) {
 HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::insertElement(std::string_view name, HTMLTag tag,
                                                           std::span<const Attribute> attributes) {
     const NodeIndex node = makeElement(name, tag, attributes);
+    const bool isVoid = hasFlag(tag, kVoidTag);
+    // Raw text would become visible text outside its element, and goes no deeper.
+    if (!isVoid && !isRawText(tag) && open_.size() >= HTMLDocument::kMaximumDepth) {
+        if (beyondDepth_.size() < kRememberedEnds) beyondDepth_.push_back(tag);
+        breakOwed_ = breakOwed_ || hasFlag(tag, kSpecialTag);
+        return node;
+    }
+    if (isVoid && tag != HTMLTag::br) insertOwedBreak();
     const bool belongsInTable = hasFlag(tag, kTableContextTag) ? tag != HTMLTag::table
                                                                : hasMarker(tag) || tag == HTMLTag::colgroup ||
                                                                      tag == HTMLTag::col || isRawContainer(tag);
@@ -124,14 +136,21 @@ HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::insertElement(std::string_view name,
     } else {
         place(node);
     }
-    if (hasFlag(tag, kVoidTag)) return node;
-    if (open_.size() >= HTMLDocument::kMaximumDepth) {
-        if (beyondDepth_.size() < kRememberedEnds) beyondDepth_.push_back(tag);
-        return node;
-    }
+    if (isVoid) return node;
     open_.push_back({node, tag});
     if (hasMarker(tag)) formatting_.push_back(HTMLDocument::kNone);
     return node;
+}
+
+// Elements beyond the depth limit are not in the tree, but the lines that their starts and ends make are: an empty
+// element in the place of each would be an empty line.
+void HTMLTreeBuilder::insertOwedBreak() {
+    if (!std::exchange(breakOwed_, false)) return;
+    NodeIndex last = document_.nodes_[open_.back().node].last;
+    while (last != HTMLDocument::kNone && !document_.isElement(last) && isBlank(document_.text(last)))
+        last = document_.nodes_[last].previous;
+    if (last == HTMLDocument::kNone || document_.nodes_[last].tag == HTMLTag::br) return;
+    place(makeElement(htmlTagName(HTMLTag::br), HTMLTag::br, {}));
 }
 
 void HTMLTreeBuilder::addMissingAttributes(NodeIndex index, std::span<const Attribute> attributes) {
@@ -171,6 +190,7 @@ void HTMLTreeBuilder::pop() {
     if (hasMarker(current())) clearFormattingToMarker();
     open_.pop_back();
     beyondDepth_.clear();
+    breakOwed_ = false; // what was open ends with a line of its own
 }
 
 void HTMLTreeBuilder::popUntil(HTMLTag tag) {
@@ -311,6 +331,7 @@ void HTMLTreeBuilder::text(std::string_view characters) {
     }
     bodyBegun_ = true;
     if (!isRawContainer(current())) reopenFormatting();
+    if (breakOwed_ && !isRawText(current()) && !isBlank(characters)) insertOwedBreak();
     NodeIndex parent = open_.back().node, before = HTMLDocument::kNone;
     if (hasFlag(current(), kTableContextTag)) {
         const auto table = std::ranges::find(open_.rbegin(), open_.rend(), HTMLTag::table, &Open::tag);
@@ -354,6 +375,7 @@ void HTMLTreeBuilder::endTag(std::string_view name) {
     if (const auto owed = std::ranges::find(beyondDepth_.rbegin(), beyondDepth_.rend(), tag);
         owed != beyondDepth_.rend()) {
         beyondDepth_.erase(owed.base() - 1, beyondDepth_.end());
+        breakOwed_ = breakOwed_ || hasFlag(tag, kSpecialTag);
         return;
     }
     if (tag == HTMLTag::html || tag == HTMLTag::body || tag == HTMLTag::head || hasFlag(tag, kVoidTag)) return;

@@ -45,8 +45,10 @@ class HTMLTreeBuilder {
     void detach(NodeIndex node);
     void place(NodeIndex node); // where the next node goes: the current element, or before a table
     void appendText(NodeIndex parent, NodeIndex before, std::string_view characters);
+    // An element beyond the depth limit is made but is in no tree; its content goes to the deepest one.
     NodeIndex insertElement(HTMLTag tag);
     NodeIndex insertElement(std::string_view name, HTMLTag tag, std::span<const Attribute> attributes);
+    void insertOwedBreak();
     void addMissingAttributes(NodeIndex node, std::span<const Attribute> attributes);
 
     void startInHead(std::string_view name, HTMLTag tag, std::span<const Attribute> attributes, bool selfClosed);
@@ -79,6 +81,7 @@ class HTMLTreeBuilder {
     std::vector<Open> open_;            // outermost first
     std::vector<NodeIndex> formatting_; // elements to open again; kNone marks the edge of a cell
     std::vector<HTMLTag> beyondDepth_;  // elements open beyond the depth limit, for their end tags
+    bool breakOwed_ = false;            // between what is before and what comes, both beyond the depth limit
     std::unordered_map<std::string, std::uint16_t> otherNames_;
     NodeIndex headElement_ = HTMLDocument::kNone; // the element of the head that is open
     std::size_t tags_ = 0, reopened_ = 0;
