@@ -2,6 +2,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "conversion/ConversionErrors.h"
@@ -33,6 +34,7 @@ constexpr std::string_view kMediaClosing = "</en-media>";
 constexpr std::string_view kInvalidMediaTag = platform::localizable("Invalid media tag.");
 constexpr std::string_view kMissingAttachment = platform::localizable("[Missing Attachment]");
 constexpr std::string_view kNoHash = "Couldn't get hash: %@";
+constexpr std::string_view kNotInText = "The note does not show its attachment \"%@\", which is left out.";
 
 // The tag ends in "/>" or with the first end tag behind it. No ">" stands inside a value, so that the first one ends
 // the start tag.
@@ -93,11 +95,21 @@ class MediaReplacer {
             out += platform::localizedString(kMissingAttachment);
             return {};
         }
+        shown_.insert(resource);
         const std::string mime(media.attributeForName("type").value_or(resource->mime));
         const auto type = platform::UTType::typeWithMIMEType(mime);
         const std::u16string name = attachmentName(*resource, type);
         if (type && type->conformsTo(platform::kUTTypeImage)) return appendImage(media, *resource, mime, name, out);
         return appendMarker(*resource, name, out);
+    }
+
+    // An attachment that no tag asks for goes nowhere.
+    void reportUnshown(const EvernoteXMLItem& item) const {
+        for (const EvernoteXMLResource& resource : item.resources)
+            if (!shown_.contains(&resource))
+                platform::systemLog(platform::formatted(
+                    kNotInText, {platform::utf8FromUTF16(
+                                    attachmentName(resource, platform::UTType::typeWithMIMEType(resource.mime)))}));
     }
 
   private:
@@ -132,6 +144,7 @@ class MediaReplacer {
     NoteScratch& scratch_;
     UseInlineImages useInlineImages_;
     InlineImages& images_;
+    std::set<const EvernoteXMLResource*> shown_;
 };
 
 } // namespace
@@ -139,15 +152,18 @@ class MediaReplacer {
 Result<std::string> replaceMediaTags(std::string markup, EvernoteXMLItem& item, NoteScratch& scratch,
                                      UseInlineImages useInlineImages, InlineImages& images) {
     MediaReplacer replacer(item, scratch, useInlineImages, images);
-    return rewriteTags(std::move(markup),
-                       {.opening = kMediaOpening,
-                        .findEnd = mediaTagEnd,
-                        .replace = [&](std::string_view tag, std::string& out) { return replacer.replace(tag, out); },
-                        .missingEnd =
-                            [] {
-                                return Error::withDescription(EvernoteXMLItemErrorDomain, kInvalidTagErrorCode,
-                                                              platform::localizedString(kInvalidMediaTag));
-                            }});
+    std::string rewritten =
+        TRY(rewriteTags(std::move(markup),
+                        {.opening = kMediaOpening,
+                         .findEnd = mediaTagEnd,
+                         .replace = [&](std::string_view tag, std::string& out) { return replacer.replace(tag, out); },
+                         .missingEnd =
+                             [] {
+                                 return Error::withDescription(EvernoteXMLItemErrorDomain, kInvalidTagErrorCode,
+                                                               platform::localizedString(kInvalidMediaTag));
+                             }}));
+    replacer.reportUnshown(item);
+    return rewritten;
 }
 
 } // namespace quillet

@@ -38,6 +38,9 @@ bool allResourcesAreImages(const EvernoteXMLItem& item) {
 }
 
 std::u16string withExtension(std::u16string_view name, std::string_view extension) {
+    // As a path, a title of slashes alone has no component that could take an extension.
+    if (!name.empty() && name.find_first_not_of(u'/') == std::u16string_view::npos)
+        return std::u16string(name) + u'.' + platform::utf16FromUTF8(extension);
     return platform::appendingPathExtension(name, platform::utf16FromUTF8(extension));
 }
 

@@ -77,6 +77,9 @@ TEST_F(NoteCreation, MakesFileNamesOfTitles) {
         {u"Vol. 2", "Vol. 2 2.qltnote"},
         {u"*?\"<>|\\", "*?\"<>|\\.qltnote"},
         {u"京都 🍵", "京都 🍵.qltnote"},
+        {u"/", "-.qltnote"},
+        {u"//", "--.qltnote"},
+        {u"a/", "a.qltnote"},
     };
     for (const auto& row : rows) {
         item_.title = row.title;
@@ -176,7 +179,7 @@ TEST_F(NoteCreation, KeepsThePageOfANoteThatTheReaderRejects) {
     item_.updated = Date::fromUnixTime(1'650'000'000);
     addResource(pngBytes(), "image/png", u"a.png");
     EXPECT_EQ(noteName(FailingReader::markup(media(pngBytes()))), "Kept.html");
-    EXPECT_EQ(noteName(FailingReader::markup("")), "Kept 1.html");
+    EXPECT_EQ(noteName(FailingReader::markup(media(pngBytes()))), "Kept 1.html");
     const std::string page = tests::readFile(destination_ / "Kept.html");
     EXPECT_NE(page.find("src=\"data:image/png;base64,iVBORw0KGgo"), std::string::npos) << page;
     EXPECT_EQ(valuesOf("Kept.html").contentModificationDate, item_.updated);
@@ -304,6 +307,7 @@ TEST_F(NoteCreation, NamesASingleFileAfterTheNote) {
         {u"Vol. 2", u"a.pdf", "application/pdf", "Vol. 2.pdf"},
         {u"a/b", u"../c.d/e.txt", "text/plain", "a-b.txt"},
         {u"Photo", u"wrong.txt", "image/png", "Photo.txt"},
+        {u"/", u"q3.pdf", "application/pdf", "-.pdf"},
     };
     for (const auto& row : rows) {
         item_.resources.clear();

@@ -197,6 +197,16 @@ TEST_F(NoteMarkup, SaysThatAnAttachmentIsMissing) {
     EXPECT_TRUE(scratchFiles().empty());
 }
 
+TEST_F(NoteMarkup, SaysWhichAttachmentsTheNoteDoesNotShow) {
+    addResource(kPDF, "application/pdf", u" shown.pdf");
+    addResource(kPDF, "application/pdf", u"same bytes.pdf"); // the first with a hash is the one that is shown
+    addResource("zip", "application/zip", u"");
+    EXPECT_EQ(innerText("<en-note>" + media(kPDF) + "</en-note>"), marker("shown.pdf"));
+    EXPECT_FALSE(hasLogged("\"shown.pdf\""));
+    EXPECT_TRUE(hasLogged("The note does not show its attachment \"same bytes.pdf\", which is left out."));
+    EXPECT_TRUE(hasLogged("attachment \"" + item_.resources.back().identifier + ".zip\""));
+}
+
 TEST_F(NoteMarkup, ComparesHashesExactly) {
     addResource(kPDF, "application/pdf", u"a.pdf");
     std::string hash = md5Of(kPDF);

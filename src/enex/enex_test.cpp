@@ -626,6 +626,18 @@ TEST(EvernoteXMLResource, HashesItsBytesInLowerCase) {
     EXPECT_EQ(resourceWith("\n").md5Hash(), "d41d8cd98f00b204e9800998ecf8427e");
 }
 
+TEST(EvernoteXMLResource, DecodesAndHashesOnce) {
+    auto resource = resourceWith("YWJj");
+    const auto first = resource.getContentData();
+    ASSERT_TRUE(first);
+    ASSERT_TRUE(resource.md5Hash());
+    resource.appendBase64Data("not base64"); // would fail if it were decoded again
+    const auto second = resource.getContentData();
+    ASSERT_TRUE(second);
+    EXPECT_EQ(second->bytes().data(), first->bytes().data()); // the very same bytes
+    EXPECT_EQ(resource.md5Hash(), "900150983cd24fb0d6963f7d28e17f72");
+}
+
 TEST(EvernoteXMLResource, WritesItsBytesOverAFileButNotThroughALink) {
     tests::ScratchDirectory scratch;
     auto resource = resourceWith("YWJj");
