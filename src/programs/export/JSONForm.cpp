@@ -9,6 +9,7 @@
 namespace quillet {
 
 using json = nlohmann::ordered_json;
+using platform::Array;
 using platform::Dictionary;
 using platform::Value;
 
@@ -23,7 +24,7 @@ struct Converter {
     json operator()(const platform::Data& data) const { return platform::base64Encoded(data.bytes()); }
     json operator()(const platform::Date& date) const { return date.iso8601(); }
     json operator()(platform::UID uid) const { return uid.value; }
-    json operator()(const platform::Array& array) const {
+    json operator()(const Array& array) const {
         json list = json::array();
         for (const Value& value : array) list.push_back(std::visit(*this, value.variant()));
         return list;
@@ -52,8 +53,26 @@ std::string jsonText(const json& tree) {
     return tree.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
+// A list's elements are written one by one: a reply may list hundreds of thousands of notes, and the tree of all would
+// take many times the room of its text.
 std::string jsonLine(const Dictionary& dictionary) {
-    return jsonText(jsonFromValue(dictionary));
+    std::string line = "{";
+    for (const auto& [key, value] : dictionary) {
+        if (line.size() > 1) line += ',';
+        line += jsonText(key) + ':';
+        const Array* list = value.as<Array>();
+        if (!list) {
+            line += jsonText(jsonFromValue(value));
+            continue;
+        }
+        line += '[';
+        for (const Value& element : *list) {
+            if (&element != &list->front()) line += ',';
+            line += jsonText(jsonFromValue(element));
+        }
+        line += ']';
+    }
+    return line + '}';
 }
 
 } // namespace quillet

@@ -165,11 +165,12 @@ void warnOfSharedLogs(const std::vector<std::string>& files) {
 bool printReply(const Options& options, const std::string& file, const Dictionary& reply) {
     try {
         if (options.json) {
-            fmt::print("{}\n", jsonLine(reply));
+            const std::string line = jsonLine(reply) + "\n";
+            (void)std::fwrite(line.data(), 1, line.size(), stdout); // the stream remembers a failure
         } else if (!options.quiet) {
             printSummary(file, reply);
         }
-        if (std::fflush(stdout) == 0) return true;
+        if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
         complain(fmt::format("standard output: {}", std::strerror(errno)));
     } catch (const std::system_error& failure) {
         complain(fmt::format("standard output: {}", failure.code().message()));
