@@ -45,13 +45,16 @@ std::size_t runStart(const std::vector<Run>& runs, std::size_t index) {
     return index == 0 ? 0 : runs[index - 1].end;
 }
 
-// The runs of `range` of a table, moved so that the range starts at `newStart`, pushed on another table.
-void pushRunsInRange(std::vector<Run>& target, std::size_t newStart, const std::vector<Run>& source, Range range) {
-    for (std::size_t i = runIndexAt(source, range.location); i < source.size() && range.length > 0; ++i) {
-        const std::size_t end = std::min(source[i].end, range.end());
-        pushRun(target, newStart + (end - range.location), source[i].attributes);
+// The runs of `range` of a table, moved so that the range starts at `newStart`, pushed on another table. `index` is the
+// run in which the range begins; returns the one in which it ends.
+std::size_t pushRunsInRange(std::vector<Run>& target, std::size_t newStart, const std::vector<Run>& source, Range range,
+                            std::size_t index) {
+    for (; range.length > 0; ++index) {
+        const std::size_t end = std::min(source[index].end, range.end());
+        pushRun(target, newStart + (end - range.location), source[index].attributes);
         if (end == range.end()) break;
     }
+    return index;
 }
 
 bool equalReferences(const AttributeValue* a, const AttributeValue* b) {
@@ -146,7 +149,7 @@ AttributedString AttributedString::substring(Range range) const {
     AttributedString part;
     part.storage_ = std::make_shared<Storage>();
     part.storage_->text = storage_->text.substr(range.location, range.length);
-    pushRunsInRange(part.storage_->runs, 0, storage_->runs, range);
+    pushRunsInRange(part.storage_->runs, 0, storage_->runs, range, runIndexAt(storage_->runs, range.location));
     return part;
 }
 
@@ -235,6 +238,28 @@ void AttributedString::transformAttributes(
     replaceRuns(range, range.length, std::move(middle));
 }
 
+void AttributedString::transformAttributesInRanges(
+    const std::vector<Range>& ranges,
+    const std::function<AttributeSet::Reference(const AttributeSet::Reference&, std::size_t number)>& body) {
+    if (ranges.empty()) return;
+    assert(ranges.back().end() <= length());
+    std::vector<Run> changed;
+    changed.reserve(runs().size() + ranges.size());
+    std::size_t start = 0, number = 0;
+    for (const Run& run : runs()) {
+        while (start < run.end) {
+            while (number < ranges.size() && ranges[number].end() <= start) ++number;
+            // Up to where the range begins the run stays; inside the range it is the body's.
+            const std::size_t begin = number < ranges.size() ? std::min(ranges[number].location, run.end) : run.end;
+            const bool isInside = begin <= start;
+            const std::size_t end = isInside ? std::min(ranges[number].end(), run.end) : begin;
+            pushRun(changed, end, isInside ? body(run.attributes, number) : run.attributes);
+            start = end;
+        }
+    }
+    mutableStorage().runs = std::move(changed);
+}
+
 void AttributedString::setAttributes(AttributeSet::Reference attributes, Range range) {
     transformAttributes(range, [&](const AttributeSet::Reference&, Range) { return attributes; });
 }
@@ -264,13 +289,14 @@ void AttributedString::applyEdits(const std::vector<TextEdit>& edits) {
     auto result = std::make_shared<Storage>();
     result->text.reserve(length());
     result->runs.reserve(runs().size());
-    std::size_t copied = 0;
+    std::size_t copied = 0, index = 0;
     const auto copyUpTo = [&](std::size_t end) {
         assert(copied <= end && end <= length());
         const Range kept{copied, end - copied};
         const std::size_t newStart = result->text.size();
         result->text.append(string(), kept.location, kept.length);
-        pushRunsInRange(result->runs, newStart, runs(), kept);
+        while (index < runs().size() && runs()[index].end <= copied) ++index;
+        index = pushRunsInRange(result->runs, newStart, runs(), kept, index);
     };
     for (const TextEdit& edit : edits) {
         copyUpTo(edit.range.location);

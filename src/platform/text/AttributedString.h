@@ -71,6 +71,11 @@ class AttributedString {
     // Replaces the set of every run in the range by what the body makes of it; one pass.
     void transformAttributes(Range range,
                              const std::function<AttributeSet::Reference(const AttributeSet::Reference&, Range)>& body);
+    // The same over many ranges, which ascend and do not overlap, still in one pass; the body gets the number of the
+    // range in which the set is.
+    void transformAttributesInRanges(
+        const std::vector<Range>& ranges,
+        const std::function<AttributeSet::Reference(const AttributeSet::Reference&, std::size_t number)>& body);
 
     // Many replacements in one pass, O(length + edits). Ranges refer to the text before, ascend and do not overlap.
     void applyEdits(const std::vector<TextEdit>& edits);

@@ -196,6 +196,28 @@ RC_GTEST_PROP(AttributedStringProperties, SetsAttributesOfExactlyTheRange, ()) {
     RC_ASSERT(modelOf(text) == model);
 }
 
+RC_GTEST_PROP(AttributedStringProperties, TransformsManyRangesAsOneAfterTheOther, ()) {
+    AttributedString atOnce = textOf(anyModel()), oneByOne = atOnce;
+    const AttributedString before = atOnce;
+    std::vector<Range> ranges;
+    for (std::size_t from = 0; from < before.length();) {
+        const auto start = *rc::gen::inRange<std::size_t>(from, before.length() + 1);
+        const auto end = *rc::gen::inRange<std::size_t>(start, std::min(start + 4, before.length()) + 1);
+        ranges.push_back({start, end - start});
+        from = std::max(end, start + 1);
+    }
+    const auto changed = [](const AttributeSet::Reference& set, std::size_t number) {
+        return std::make_shared<const AttributeSet>(
+            set->with(kKernAttributeName, static_cast<std::int64_t>(number % 3)));
+    };
+    atOnce.transformAttributesInRanges(ranges, changed);
+    for (std::size_t i = 0; i < ranges.size(); ++i)
+        oneByOne.transformAttributes(ranges[i],
+                                     [&](const AttributeSet::Reference& set, Range) { return changed(set, i); });
+    requireCanonical(atOnce);
+    RC_ASSERT(atOnce == oneByOne);
+}
+
 RC_GTEST_PROP(AttributedStringProperties, EditsAtOnceEqualEditsFromTheBack, ()) {
     const AttributedString before = textOf(anyModel());
     std::vector<TextEdit> edits;
