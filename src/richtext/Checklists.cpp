@@ -4,6 +4,7 @@
 #include "richtext/Checklists.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 #include "documents/attachments/AttachmentConstants.h"
@@ -56,16 +57,12 @@ std::size_t prefixLength(std::u16string_view line, const ChecklistPrefixes& pref
     return 0;
 }
 
-TextEdit checklistLine(const AttributedString& text, Range line, std::size_t prefix, bool isOn, std::size_t listCount) {
-    const auto box = std::make_shared<QLTChecklistTextAttachment>();
+std::shared_ptr<QLTChecklistTextAttachment> checklistBox(bool isOn, std::size_t listCount) {
+    auto box = std::make_shared<QLTChecklistTextAttachment>();
     box->setOn(isOn);
     const std::uint64_t level = listCount == 0 ? 0 : listCount - 1;
     box->setIndentationLevel(std::min<std::uint64_t>(QLTChecklistMaxIndentationLevel, level));
-
-    AttributedString item = AttributedString::withAttachment(box);
-    item.append(text.substring({line.location + prefix, line.length - prefix}));
-    item.addAttribute(platform::kParagraphStyleAttributeName, box->checklistParagraphStyle(), {0, item.length()});
-    return {line, std::move(item)};
+    return box;
 }
 
 // The lists of an item's paragraph but its own, from those of the item before. Coming back to an outer level keeps one
@@ -129,17 +126,28 @@ void replaceChecklistItems(AttributedString& text, Form textForm, Style paragrap
 void convertTextListsToChecklistAttachments(AttributedString& text) {
     const ChecklistPrefixes prefixes;
     const std::u16string_view characters = text.string();
-    std::vector<TextEdit> edits;
+    std::vector<TextEdit> boxes;
+    std::vector<StyledRange> lines; // in the new text, where each prefix so far is one character
+    std::array<ParagraphStyleReference, QLTChecklistMaxIndentationLevel + 1> stylesByLevel;
+    std::size_t removed = 0;
     for (const auto& [range, style] : paragraphStyleRuns(text, {0, text.length()})) {
         const TextList* list = style && !style->textLists.empty() ? style->textLists.back().get() : nullptr;
         const std::size_t listCount = style ? style->textLists.size() : 0;
         for (const Line& line : platform::linesInRange(characters, range)) {
-            const auto contents = characters.substr(line.contents.location, line.contents.length);
-            if (const auto isOn = checklistState(list, contents, prefixes))
-                edits.push_back(checklistLine(text, line.contents, prefixLength(contents, prefixes), *isOn, listCount));
+            const auto [start, length] = line.contents;
+            const auto isOn = checklistState(list, characters.substr(start, length), prefixes);
+            if (!isOn) continue;
+            const std::size_t prefix = prefixLength(characters.substr(start, length), prefixes);
+            const auto box = checklistBox(*isOn, listCount);
+            ParagraphStyleReference& boxStyle = stylesByLevel[box->indentationLevel()];
+            if (!boxStyle) boxStyle = box->checklistParagraphStyle();
+            lines.push_back({{start - removed + boxes.size(), length - prefix + 1}, boxStyle});
+            boxes.push_back({{start, prefix}, AttributedString::withAttachment(box)});
+            removed += prefix;
         }
     }
-    text.applyEdits(edits);
+    text.applyEdits(boxes);
+    setParagraphStyles(text, lines);
 }
 
 void convertChecklistAttachmentsToTextLists(AttributedString& text) {

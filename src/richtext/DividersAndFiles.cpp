@@ -33,14 +33,15 @@ bool isFileByType(const platform::TextAttachment& attachment) {
 
 void convertDividersToText(AttributedString& text) {
     std::vector<TextEdit> edits;
-    for (const AttachmentRun& run : attachmentsOf(text))
-        if (dynamic_cast<const QLTDividerTextAttachment*>(run.attachment.get()))
-            edits.push_back({run.range, QLTDividerTextAttachment::replacementString()});
-    if (edits.empty()) return;
-    const std::size_t length = edits.front().replacement.length();
+    AttributedString form; // one for all: it takes a look at the user's styles to make
+    for (const AttachmentRun& run : attachmentsOf(text)) {
+        if (!dynamic_cast<const QLTDividerTextAttachment*>(run.attachment.get())) continue;
+        if (form.empty()) form = QLTDividerTextAttachment::replacementString();
+        edits.push_back({run.range, form});
+    }
     text.applyEdits(edits);
     // From the start of the text, not from the divider: an attachment among the first characters is lost with it.
-    text.removeAttribute(platform::kAttachmentAttributeName, {0, length});
+    text.removeAttribute(platform::kAttachmentAttributeName, {0, form.length()});
 }
 
 void convertTextToDividers(AttributedString& text) {

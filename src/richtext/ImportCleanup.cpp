@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <ranges>
 
 #include "platform/foundation/CharacterSet.h"
 #include "platform/text/AttributedString.h"
@@ -44,10 +45,15 @@ bool hasBlankLine(std::u16string_view text, const std::vector<Line>& lines) {
     });
 }
 
-AttributedString withoutSpacing(const AttributedString& text, Range range, ParagraphStyle style) {
+platform::ParagraphStyleReference withoutSpacing(ParagraphStyle style) {
     style.paragraphSpacing = 0;
     style.paragraphSpacingBefore = 0;
-    return paragraphStyleEdit(text, range, std::make_shared<const ParagraphStyle>(std::move(style))).replacement;
+    return std::make_shared<const ParagraphStyle>(std::move(style));
+}
+
+bool isFollowedByBlankLine(std::u16string_view text, const Line& line) {
+    const std::size_t end = line.contents.end();
+    return text.size() > end + 2 && text.substr(end, 2) == u"\n\n";
 }
 
 } // namespace
@@ -59,31 +65,28 @@ Range cleanupHTMLNewlinesInRange(AttributedString& text, Range range) {
 
     const bool replacesSpacing = hasParagraphSpacing(text, range);
     bool previousLineIsListItem = false;
-    std::vector<TextEdit> edits; // from the last line to the first
-    Range grown = range;
+    const ParagraphStyle* lastStyle = nullptr;
+    std::vector<StyledRange> styles;   // both from the last line to the first
+    std::vector<std::size_t> newlines; // where they go
     for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
         if (isBlank(slice(characters, line->contents))) continue;
         const ParagraphStyle& style = paragraphStyleAt(text, line->contents.location);
         if (!style.textLists.empty() && previousLineIsListItem) continue;
         previousLineIsListItem = !style.textLists.empty();
 
-        const Range enclosing = line->enclosing;
-        if (!replacesSpacing) {
-            edits.push_back(insertion(text, enclosing.end(), u"\n"));
-            ++grown.length;
-            continue;
+        if (replacesSpacing) {
+            styles.emplace_back(line->enclosing, &style == lastStyle ? styles.back().second : withoutSpacing(style));
+            lastStyle = &style;
+            if (isFollowedByBlankLine(characters, *line)) continue;
         }
-        AttributedString replaced = withoutSpacing(text, enclosing, style);
-        const std::size_t end = line->contents.end();
-        if (!(characters.size() > end + 2 && characters.substr(end, 2) == u"\n\n")) {
-            replaced.append(u"\n", typingAttributes(replaced, replaced.length()));
-            ++grown.length;
-        }
-        edits.push_back({enclosing, std::move(replaced)});
+        newlines.push_back(line->enclosing.end());
     }
-    std::ranges::reverse(edits);
+    std::ranges::reverse(styles);
+    setParagraphStyles(text, styles);
+    std::vector<TextEdit> edits;
+    for (const std::size_t position : newlines | std::views::reverse) edits.push_back(insertion(text, position, u"\n"));
     text.applyEdits(edits);
-    return grown;
+    return {range.location, range.length + newlines.size()};
 }
 
 namespace {

@@ -41,12 +41,6 @@ TextEdit insertion(const AttributedString& text, std::size_t position, std::u16s
     return {{position, 0}, AttributedString(std::u16string(inserted), typingAttributes(text, position))};
 }
 
-TextEdit paragraphStyleEdit(const AttributedString& text, Range range, ParagraphStyleReference style) {
-    AttributedString styled = text.substring(range);
-    styled.addAttribute(platform::kParagraphStyleAttributeName, std::move(style), {0, styled.length()});
-    return {range, std::move(styled)};
-}
-
 TextEdit attachmentEdit(const AttributedString& text, Range range, TextAttachmentReference attachment) {
     auto attributes = std::make_shared<const AttributeSet>(
         text.attributesAt(range.location).with(platform::kAttachmentAttributeName, std::move(attachment)));
@@ -71,12 +65,24 @@ void indentToNextTabStop(ParagraphStyle& style) {
 }
 
 void setParagraphStyles(AttributedString& text, const std::vector<StyledRange>& styles) {
-    std::vector<TextEdit> edits;
-    for (const auto& [range, style] : styles) {
-        if (!edits.empty() && range.location < edits.back().range.end()) edits.pop_back();
-        edits.push_back(paragraphStyleEdit(text, range, style));
-    }
-    text.applyEdits(edits);
+    std::vector<Range> ranges;
+    ranges.reserve(styles.size());
+    for (const StyledRange& styled : styles) ranges.push_back(styled.first);
+    // Lines of one look follow each other: what was made last is likely to be what the next one needs.
+    AttributeSet::Reference before, after;
+    const ParagraphStyle* style = nullptr;
+    text.transformAttributesInRanges(ranges, [&](const AttributeSet::Reference& set, std::size_t number) {
+        const ParagraphStyleReference& wanted = styles[number].second;
+        if (set == before && wanted.get() == style) return after;
+        before = set;
+        style = wanted.get();
+        const auto* present = set->find<ParagraphStyleReference>(platform::kParagraphStyleAttributeName);
+        const bool isThere = present && *present && **present == *wanted;
+        after = isThere
+                    ? set
+                    : std::make_shared<const AttributeSet>(set->with(platform::kParagraphStyleAttributeName, wanted));
+        return after;
+    });
 }
 
 std::vector<AttachmentRun> attachmentsInRange(const AttributedString& text, Range range) {

@@ -29,15 +29,11 @@ platform::AttributeSet::Reference typingAttributes(const platform::AttributedStr
 platform::TextEdit insertion(const platform::AttributedString& text, std::size_t position,
                              std::u16string_view inserted);
 
-// The range with a paragraph style set over all of it, everything else kept.
-platform::TextEdit paragraphStyleEdit(const platform::AttributedString& text, platform::Range range,
-                                      platform::ParagraphStyleReference style);
-
 // The edit that puts another attachment on an attachment's characters, all other attributes kept.
 platform::TextEdit attachmentEdit(const platform::AttributedString& text, platform::Range range,
                                   platform::TextAttachmentReference attachment);
 
-// Sets each style over its range, in one pass. Ranges ascend; where two touch the same text the later one wins.
+// Sets each style over its range, in one pass. Ranges ascend and do not overlap.
 using StyledRange = std::pair<platform::Range, platform::ParagraphStyleReference>;
 void setParagraphStyles(platform::AttributedString& text, const std::vector<StyledRange>& styles);
 

@@ -11,14 +11,6 @@ using platform::AttributeSet;
 using platform::ParagraphStyle;
 using platform::TextTab;
 
-TEST(TextEditing, OfStylesOverOneRangeTheLaterStays) {
-    const auto centred = std::make_shared<ParagraphStyle>();
-    centred->alignment = platform::TextAlignment::center;
-    AttributedString text(u"ab\ncd");
-    setParagraphStyles(text, {{{0, 3}, ParagraphStyle::defaultParagraphStyle()}, {{0, 3}, centred}});
-    EXPECT_EQ(platform::textDump(text), "\"ab\\n\"  para [center]\n\"cd\"\n");
-}
-
 TEST(TextEditing, StylesOfNeighboursStayApart) {
     const auto centred = std::make_shared<ParagraphStyle>();
     centred->alignment = platform::TextAlignment::center;
