@@ -1,5 +1,7 @@
 #include "platform/foundation/PathString.h"
 
+#include <algorithm>
+
 namespace platform {
 
 namespace {
@@ -65,37 +67,6 @@ Text<C> lastComponentOf(View<C> path) {
     return Text<C>(path.substr(startOfLastComponent(path)));
 }
 
-template<class C>
-Text<C> withoutLastComponent(View<C> path) {
-    path = withoutTrailingSlashes(path);
-    if (path.size() == 1 && path.front() == kSlash<C>) return Text<C>(path);
-    return Text<C>(withoutTrailingSlashes(path.substr(0, startOfLastComponent(path))));
-}
-
-template<class C>
-Text<C> withComponent(View<C> path, View<C> component) {
-    path = withoutTrailingSlashes(path);
-    while (!path.empty() && !component.empty() && component.front() == kSlash<C>) component.remove_prefix(1);
-    Text<C> result(path);
-    if (!path.empty() && path.back() != kSlash<C> && !component.empty()) result += kSlash<C>;
-    return result.append(component);
-}
-
-template<class C>
-std::vector<Text<C>> componentsOf(View<C> path) {
-    std::vector<Text<C>> components;
-    if (path.empty()) return components;
-    if (path.front() == kSlash<C>) components.emplace_back(1, kSlash<C>);
-    for (std::size_t start = 0; start < path.size();) {
-        const std::size_t end = std::min(path.find(kSlash<C>, start), path.size());
-        if (end > start) components.emplace_back(path.substr(start, end - start));
-        start = end + 1;
-    }
-    const bool hasName = path.find_first_not_of(kSlash<C>) != View<C>::npos;
-    if (hasName && path.back() == kSlash<C>) components.emplace_back(1, kSlash<C>);
-    return components;
-}
-
 } // namespace
 
 std::string pathExtension(std::string_view path) {
@@ -122,23 +93,18 @@ std::string lastPathComponent(std::string_view path) {
 std::u16string lastPathComponent(std::u16string_view path) {
     return lastComponentOf(path);
 }
-std::string deletingLastPathComponent(std::string_view path) {
-    return withoutLastComponent(path);
-}
-std::u16string deletingLastPathComponent(std::u16string_view path) {
-    return withoutLastComponent(path);
-}
-std::string appendingPathComponent(std::string_view path, std::string_view component) {
-    return withComponent(path, component);
-}
-std::u16string appendingPathComponent(std::u16string_view path, std::u16string_view component) {
-    return withComponent(path, component);
-}
 std::vector<std::string> pathComponents(std::string_view path) {
-    return componentsOf(path);
-}
-std::vector<std::u16string> pathComponents(std::u16string_view path) {
-    return componentsOf(path);
+    std::vector<std::string> components;
+    if (path.empty()) return components;
+    if (path.front() == '/') components.emplace_back("/");
+    for (std::size_t start = 0; start < path.size();) {
+        const std::size_t end = std::min(path.find('/', start), path.size());
+        if (end > start) components.emplace_back(path.substr(start, end - start));
+        start = end + 1;
+    }
+    const bool hasName = path.find_first_not_of('/') != std::string_view::npos;
+    if (hasName && path.back() == '/') components.emplace_back("/");
+    return components;
 }
 
 } // namespace platform

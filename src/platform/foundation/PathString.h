@@ -1,5 +1,5 @@
-// Counterpart of NSString's path methods: pure text, nothing is looked up. Each comes for UTF-8 bytes and for UTF-16,
-// in which file names are measured.
+// Counterpart of NSString's path methods: pure text, nothing is looked up. Those on names come for UTF-8 bytes and for
+// UTF-16, in which file names are measured.
 //
 // Slashes at the end are ignored ("a.b/" has the extension "b"). An extension is what follows the last "." of the
 // last component, unless that "." is the component's first character: ".hidden" has none, "a." has an empty one.
@@ -29,16 +29,7 @@ std::u16string appendingPathExtension(std::u16string_view path, std::u16string_v
 std::string lastPathComponent(std::string_view path);
 std::u16string lastPathComponent(std::u16string_view path);
 
-// "/a/b" → "/a"; "/a" → "/"; "a" → ""; "/" → "/".
-std::string deletingLastPathComponent(std::string_view path);
-std::u16string deletingLastPathComponent(std::u16string_view path);
-
-// One "/" between the two; "" and "a" → "a".
-std::string appendingPathComponent(std::string_view path, std::string_view component);
-std::u16string appendingPathComponent(std::u16string_view path, std::u16string_view component);
-
 // "/a//b/" → "/", "a", "b", "/": a slash at the start and one at the end are components of their own.
 std::vector<std::string> pathComponents(std::string_view path);
-std::vector<std::u16string> pathComponents(std::u16string_view path);
 
 } // namespace platform
