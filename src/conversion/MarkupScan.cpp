@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/base/ByteSearch.h"
+
 namespace quillet {
 
 using platform::Result;
@@ -27,7 +29,7 @@ class TagSearch {
     // The first tag at or behind a position; npos when there is none.
     std::size_t next(std::size_t from) {
         for (;;) {
-            const std::size_t found = markup_.find(opening_, from);
+            const std::size_t found = platform::findLiteral(markup_, opening_, from);
             if (found == npos) return npos;
             while (shieldEnd_ <= found && shieldStart_ != npos) findShield(std::max(shieldEnd_, from));
             if (found < shieldStart_) return found;
@@ -39,6 +41,7 @@ class TagSearch {
     // The first shield from a position on. What never closes ends with the markup.
     void findShield(std::size_t from) {
         for (std::size_t at = markup_.find('<', from); at != npos; at = markup_.find('<', at + 1)) {
+            if (at + 1 >= markup_.size() || (markup_[at + 1] != '!' && markup_[at + 1] != '?')) continue; // as most
             for (const auto& [opening, closing] : kShields) {
                 if (!markup_.substr(at).starts_with(opening)) continue;
                 const std::size_t end = markup_.find(closing, at + opening.size());
@@ -79,13 +82,13 @@ Result<std::string> rewriteTags(std::string markup, const TagRewriting& rewritin
 }
 
 std::string replaceAll(std::string markup, std::string_view literal, std::string_view replacement) {
-    std::size_t found = markup.find(literal);
+    std::size_t found = platform::findLiteral(markup, literal);
     if (found == std::string::npos) return markup;
 
     std::string out;
     out.reserve(markup.size());
     std::size_t copied = 0;
-    for (; found != std::string::npos; found = markup.find(literal, copied)) {
+    for (; found != std::string::npos; found = platform::findLiteral(markup, literal, copied)) {
         out.append(markup, copied, found - copied);
         out += replacement;
         copied = found + literal.size();
@@ -96,7 +99,7 @@ std::string replaceAll(std::string markup, std::string_view literal, std::string
 
 std::string replaceAll(std::string_view text, std::span<const LiteralReplacement> replacements) {
     std::vector<std::size_t> found; // the next occurrence of each
-    for (const auto& row : replacements) found.push_back(text.find(row.literal));
+    for (const auto& row : replacements) found.push_back(platform::findLiteral(text, row.literal));
     std::string out;
     std::size_t copied = 0;
     for (;;) {
@@ -106,7 +109,7 @@ std::string replaceAll(std::string_view text, std::span<const LiteralReplacement
         out.append(text, copied, *first - copied).append(replacement);
         copied = *first + literal.size();
         for (std::size_t index = 0; index < found.size(); ++index)
-            if (found[index] < copied) found[index] = text.find(replacements[index].literal, copied);
+            if (found[index] < copied) found[index] = platform::findLiteral(text, replacements[index].literal, copied);
     }
     return out.append(text, copied);
 }

@@ -1,5 +1,6 @@
 #include "conversion/NoteMarkup.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -57,12 +58,30 @@ TagRewriting tagEndingIn(std::string_view opening, std::string_view closing, std
                 }};
 }
 
-// Only the exact value "true" is a tick; what stands inside the tag goes with it.
+// How a checkbox stands in the serialised note unless its markup is unusual.
+struct PlainTodo {
+    std::string_view tag;
+    bool isOn;
+};
+constexpr PlainTodo kPlainTodos[] = {
+    {"<en-todo checked=\"false\"></en-todo>", false},
+    {"<en-todo checked=\"true\"></en-todo>", true},
+    {"<en-todo></en-todo>", false},
+};
+
+// Only the exact value "true" is a tick.
+Result<bool> isTicked(std::string_view tag) {
+    const auto* const plain = std::ranges::find(kPlainTodos, tag, &PlainTodo::tag);
+    if (plain != std::end(kPlainTodos)) return plain->isOn;
+    const XMLDocument element = TRY(XMLElement::initWithXMLString(tag));
+    return element.rootElement()->attributeForName("checked") == "true";
+}
+
+// What stands inside the tag goes with it.
 Result<std::string> replaceTodoTags(std::string markup) {
     TagRewriting todo = tagEndingIn("<en-todo", "/en-todo>", kInvalidTodoTag);
     todo.replace = [](std::string_view tag, std::string& out) -> Result<> {
-        const XMLDocument element = TRY(XMLElement::initWithXMLString(tag));
-        const bool isOn = element.rootElement()->attributeForName("checked") == "true";
+        const bool isOn = TRY(isTicked(tag));
         out += platform::utf8FromUTF16(isOn ? QLTChecklistOnValueReplacementString
                                             : QLTChecklistOffValueReplacementString);
         return {};

@@ -127,6 +127,7 @@ void replaceCheckboxMarkers(AttributedString& text) {
 void replaceDividerMarkers(AttributedString& text) {
     static const std::u16string marker = platform::utf16FromUTF8(kDividerMarker);
     const std::u16string_view characters = text.string();
+    if (!characters.contains(marker)) return; // as in most notes
     std::vector<TextEdit> edits;
     for (const platform::Line& line : platform::linesOf(characters)) {
         const auto contents = characters.substr(line.contents.location, line.contents.length);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/base/ByteSearch.h"
 #include "platform/base/Date.h"
 #include "platform/base/Error.h"
 #include "platform/base/Range.h"
@@ -129,6 +130,14 @@ TEST(SystemLog, SinkSeesEntriesAndIsRestored) {
 
 TEST(SystemLog, EscapesWhatActsOnATerminal) {
     EXPECT_EQ(escapedForTerminal("a\x1b[31mb\u202Ec\n"), "a\\u{1b}[31mb\\u{202e}c\\u{a}");
+}
+
+TEST(ByteSearch, FindsWhatTheStringsOwnSearchFinds) {
+    const std::string_view text = "<div><li><div>a</div></li><li><div></div></li>";
+    for (const std::string_view literal : {"<li><div>", "</div></li>", "<div>", "a", "", "<p>", "</li>"})
+        for (std::size_t from = 0; from <= text.size() + 1; ++from)
+            EXPECT_EQ(findLiteral(text, literal, from), text.find(literal, from)) << literal << ' ' << from;
+    EXPECT_EQ(findLiteral({}, "a"), std::string_view::npos);
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <libxml/encoding.h>
 #include <libxml/xmlerror.h>
 
+#include "platform/base/ByteSearch.h"
 #include "platform/base/UTF16.h"
 
 namespace platform {
@@ -201,7 +202,8 @@ std::string windows1252AsUTF8(char byte) {
 bool isPlainUTF8(std::string_view bytes) {
     if (bytes.starts_with("\xEF\xBB\xBF") || bytes.contains('\0') || bytes.contains('\r')) return false;
     const std::string declared = declaredEncoding(bytes);
-    return (declared.empty() || namesUnicode(declared)) && isValidUTF8(bytes) && !bytes.contains(kSectionStart);
+    return (declared.empty() || namesUnicode(declared)) && isValidUTF8(bytes) &&
+           findLiteral(bytes, kSectionStart) == std::string_view::npos;
 }
 
 DecodedHTML decodedHTML(std::string_view bytes) {

@@ -6,6 +6,7 @@
 
 #include <libxml/HTMLparser.h>
 
+#include "platform/base/ByteSearch.h"
 #include "platform/base/UTF16.h"
 #include "platform/xml/XMLParser.h"
 #include "platform/xml/XMLWriter.h"
@@ -29,6 +30,12 @@ constexpr bool isBlank(char character) {
     return character == ' ' || character == '\t' || character == '\n' || character == '\r' || character == '\f';
 }
 
+// Where the element name in a tag ends that begins at `at`.
+std::size_t endOfName(std::string_view markup, std::size_t at) {
+    while (at < markup.size() && !isBlank(markup[at]) && markup[at] != '>' && markup[at] != '/') ++at;
+    return at;
+}
+
 // Stretches in which nothing is markup.
 struct Opaque {
     std::string_view start, end;
@@ -36,7 +43,7 @@ struct Opaque {
 constexpr std::array<Opaque, 3> kOpaque{{{kSectionStart, kSectionEnd}, {"<!--", "-->"}, {"<?", "?>"}}};
 
 // Where the opaque stretch that starts at `at` ends, or `at` when none starts there, as for nearly every "<".
-std::size_t endOfOpaque(std::string_view text, std::size_t at) {
+inline std::size_t endOfOpaque(std::string_view text, std::size_t at) {
     if (at + 1 >= text.size() || (text[at + 1] != '!' && text[at + 1] != '?')) return at;
     for (const auto& opaque : kOpaque) {
         if (!text.substr(at).starts_with(opaque.start)) continue;
@@ -45,6 +52,29 @@ std::size_t endOfOpaque(std::string_view text, std::size_t at) {
     }
     return at;
 }
+
+// Finds the opaque stretch around a position. Positions only grow.
+class OpaqueSearch {
+  public:
+    explicit OpaqueSearch(std::string_view text) : text_(text) { find(0); }
+
+    // Where the stretch ends that the position lies in, or the position itself when it lies in none.
+    std::size_t endAround(std::size_t at) {
+        while (end_ <= at && start_ != std::string_view::npos) find(end_);
+        return start_ < at ? end_ : at;
+    }
+
+  private:
+    void find(std::size_t from) {
+        for (start_ = text_.find('<', from); start_ != std::string_view::npos; start_ = text_.find('<', start_ + 1)) {
+            end_ = endOfOpaque(text_, start_);
+            if (end_ > start_) return;
+        }
+    }
+
+    std::string_view text_;
+    std::size_t start_ = 0, end_ = 0; // of the stretch at the position or the next one; no start when there is none
+};
 
 // What stands for "&name;"; empty when the reference is to stay.
 std::string replacementForEntity(std::string_view name) {
@@ -134,13 +164,10 @@ std::string resolvingHTMLEntities(std::string_view xml) {
     std::string result;
     result.reserve(xml.size());
     std::size_t copied = 0;
-    for (std::size_t at = 0; at < xml.size();) {
-        if (xml[at] == '<') {
-            at = std::max(at + 1, endOfOpaque(xml, at));
-            continue;
-        }
-        if (xml[at] != '&') {
-            ++at;
+    OpaqueSearch opaque(xml);
+    for (std::size_t at = xml.find('&'); at != std::string_view::npos; at = xml.find('&', at)) {
+        if (const auto behind = opaque.endAround(at); behind > at) {
+            at = behind;
             continue;
         }
         std::size_t end = at + 1;
@@ -164,7 +191,7 @@ std::string escapingSections(std::string_view markup) {
     std::string result;
     result.reserve(markup.size());
     for (;;) {
-        const auto start = markup.find(kSectionStart);
+        const auto start = findLiteral(markup, kSectionStart);
         result += markup.substr(0, start);
         if (start == std::string_view::npos) return result;
         markup.remove_prefix(start + kSectionStart.size());
@@ -192,7 +219,7 @@ std::string keepingListItemsWhole(std::string_view markup) {
             ++at;
             continue;
         }
-        const auto nameEnd = std::min(markup.find_first_of(" \t\r\n\f/>", nameStart), markup.size());
+        const auto nameEnd = endOfName(markup, nameStart);
         const auto name = markup.substr(nameStart, nameEnd - nameStart);
         std::size_t end = nameEnd;
         while (end < markup.size() && markup[end] != '>')
@@ -218,7 +245,7 @@ bool hasTagWithTooManyAttributes(std::string_view markup) {
             continue;
         }
         if (++at >= markup.size() || !isLetter(markup[at])) continue;
-        while (at < markup.size() && !isBlank(markup[at]) && markup[at] != '>' && markup[at] != '/') ++at;
+        at = endOfName(markup, at);
         std::size_t count = 0;
         while (at < markup.size() && markup[at] != '>') {
             if (isBlank(markup[at]) || markup[at] == '/') {
@@ -240,8 +267,7 @@ std::string nameOfFirstTag(std::string_view markup) {
             continue;
         }
         if (++at >= markup.size() || !isLetter(markup[at])) continue;
-        const auto end = markup.find_first_of(" \t\r\n\f/>", at);
-        std::string name(markup.substr(at, end == std::string_view::npos ? end : end - at));
+        std::string name(markup.substr(at, endOfName(markup, at) - at));
         std::ranges::transform(name, name.begin(), [](char character) {
             return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;
         });

@@ -54,6 +54,8 @@ TEST_F(StrictXML, IsPreservedAndWrittenExpanded) {
         {"<a b='&nbsp;&euro;'/>", "<a b=\"\u00A0€\"></a>"},
         {"<a>&unknown;</a>", "<a>&amp;unknown;</a>"},
         {"<a><![CDATA[&nbsp;]]></a>", "<a><![CDATA[&nbsp;]]></a>"},
+        {"<a>&eacute;<!-- &eacute; --><!-- & -->&eacute;<![CDATA[&eacute;]]><b/>&eacute;</a>",
+         "<a>\xC3\xA9<!-- &eacute; --><!-- & -->\xC3\xA9<![CDATA[&eacute;]]><b></b>\xC3\xA9</a>"},
         {"<a b='x&#10;y&#9;'/>", "<a b=\"x&#10;y&#9;\"></a>"},
         {"<a>x&#13;</a>", "<a>x&#13;</a>"},
         {"<a>x & y</a>", "error 68"},
