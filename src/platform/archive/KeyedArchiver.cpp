@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <optional>
 #include <span>
-#include <unordered_map>
+#include <utility>
 
 #include <fmt/core.h>
 
@@ -27,9 +27,47 @@ struct Identity {
     friend bool operator==(const Identity&, const Identity&) = default;
 };
 
-struct IdentityHash {
-    // The type's hash would be that of its name, and few addresses are met with two types.
-    std::size_t operator()(const Identity& identity) const { return std::hash<const void*>()(identity.address); }
+// The indices of the objects that are in the archive: open addressing, since nothing is ever taken out.
+class IndexTable {
+  public:
+    // The index that stands for an object in the archive; `index` when the object is new, which it stands for then.
+    std::pair<std::uint64_t, bool> tryEmplace(const Identity& identity, std::uint64_t index) {
+        if (++count_ * 2 > slots_.size()) grow();
+        Slot& slot = slotFor(identity);
+        const bool isNew = slot.identity.address == nullptr;
+        if (isNew) {
+            slot = {identity, index};
+        } else {
+            --count_;
+        }
+        return {slot.index, isNew};
+    }
+    // For an object that is there already.
+    void replace(const Identity& identity, std::uint64_t index) { slotFor(identity).index = index; }
+
+  private:
+    struct Slot {
+        Identity identity{nullptr, typeid(void)}; // no object when the slot is free
+        std::uint64_t index = 0;
+    };
+
+    // The type has no part in it: its hash would be that of its name, and few addresses are met with two types.
+    Slot& slotFor(const Identity& identity) {
+        constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15;
+        const std::size_t mask = slots_.size() - 1;
+        auto slot = static_cast<std::size_t>(reinterpret_cast<std::uintptr_t>(identity.address) * kSpread >> 32) & mask;
+        while (slots_[slot].identity.address != nullptr && slots_[slot].identity != identity) slot = (slot + 1) & mask;
+        return slots_[slot];
+    }
+
+    void grow() {
+        std::vector<Slot> old = std::exchange(slots_, std::vector<Slot>(slots_.size() * 2));
+        for (const Slot& slot : old)
+            if (slot.identity.address != nullptr) slotFor(slot.identity) = slot;
+    }
+
+    std::vector<Slot> slots_{256};
+    std::size_t count_ = 0;
 };
 
 } // namespace
@@ -66,15 +104,22 @@ struct KeyedArchiver::Implementation {
     // The object's index in "$objects"; encodes it when it is new.
     std::uint64_t indexOf(KeyedArchiver& archiver, const ArchivedObject& object) {
         if (object.isNull()) return 0;
-        const auto [known, added] = indices.try_emplace({object.identity(), object.type()}, objects.size());
-        if (!added) return known->second;
+        const Identity identity{object.identity(), object.type()};
+        const auto [known, added] = indices.tryEmplace(identity, objects.size());
+        if (!added) return known;
         retained.push_back(object);
         if (object.type() == typeid(Value)) {
-            const Value& value = *object.as<Value>();
-            std::uint64_t& index = known->second; // stays where it is when the table grows
-            if (const auto leaf = leafReference(value)) return index = indexOfLeaf(*leaf);
-            if (value.as<Array>() || value.as<Dictionary>())
-                return index = indexOf(archiver, objectFromPropertyList(value));
+            const Value& value = *static_cast<const Value*>(object.identity());
+            std::optional<std::uint64_t> index; // not a new one
+            if (const auto leaf = leafReference(value)) {
+                index = indexOfLeaf(*leaf);
+            } else if (value.as<Array>() || value.as<Dictionary>()) {
+                index = indexOf(archiver, objectFromPropertyList(value));
+            }
+            if (index) {
+                indices.replace(identity, *index);
+                return *index;
+            }
         }
         return encode(archiver, object);
     }
@@ -90,22 +135,43 @@ struct KeyedArchiver::Implementation {
     }
 
     std::uint64_t indexOfLeaf(Reference leaf) {
-        const auto [known, added] = leafIndices.try_emplace(leaf, objects.size());
-        if (added) objects.push_back(leaf);
-        return known->second;
+        if (leaf >= leafIndices.size()) leafIndices.resize(leaf + 1);
+        std::uint64_t& index = leafIndices[leaf];
+        if (index == 0) {
+            index = objects.size();
+            objects.push_back(leaf);
+        }
+        return index;
     }
 
+    // A class with what this archive knows of it.
+    struct KnownClass {
+        const ArchivableClass* archivable; // null for a type that has no class
+        std::uint64_t index = 0;           // of its dictionary; 0 until that is written
+    };
+
     // Dates and nulls share one C++ type.
-    static const ArchivableClass* classOf(const ArchivedObject& object) {
-        const ClassRegistry& registry = ClassRegistry::shared();
-        const auto value = object.as<Value>();
-        if (!value) return registry.forType(object.type());
-        return value->as<Date>() ? registry.forName("NSDate") : value->isNull() ? registry.forName("NSNull") : nullptr;
+    KnownClass& classOf(const ArchivedObject& object) {
+        if (object.type() == typeid(Value)) {
+            const Value& value = *static_cast<const Value*>(object.identity());
+            const bool isDate = value.as<Date>() != nullptr;
+            if (!isDate && !value.isNull()) return noClass;
+            KnownClass& known = isDate ? dateClass : nullClass;
+            if (!known.archivable) known.archivable = ClassRegistry::shared().forName(isDate ? "NSDate" : "NSNull");
+            return known;
+        }
+        for (const auto& [type, known] : classes) // a dozen at most
+            if (type == object.type()) return *known;
+        return *classes
+                    .emplace_back(object.type(),
+                                  std::make_unique<KnownClass>(ClassRegistry::shared().forType(object.type())))
+                    .second;
     }
 
     std::uint64_t encode(KeyedArchiver& archiver, const ArchivedObject& object) {
         const std::uint64_t index = objects.size();
-        const ArchivableClass* archivable = classOf(object);
+        KnownClass& known = classOf(object);
+        const ArchivableClass* archivable = known.archivable;
         if (!archivable || (coding == Coding::secure && !archivable->supportsSecureCoding)) {
             refuse(archivable ? archivable->name : object.type().name());
             return 0;
@@ -115,23 +181,24 @@ struct KeyedArchiver::Implementation {
         const std::size_t frame = keys.size();
         archivable->encode(archiver, object.identity());
         keys.push_back(writer.asciiString("$class"));
-        values.push_back(referenceTo(classIndex(*archivable)));
+        values.push_back(referenceTo(classIndex(known)));
         writer.fillDictionary(own, std::span(keys).subspan(frame), std::span(values).subspan(frame));
         keys.resize(frame);
         values.resize(frame);
         return index;
     }
 
-    std::uint64_t classIndex(const ArchivableClass& archivable) {
-        const auto [known, added] = classIndices.try_emplace(&archivable, objects.size());
-        if (!added) return known->second;
+    std::uint64_t classIndex(KnownClass& known) {
+        if (known.index != 0) return known.index;
+        known.index = objects.size();
+        const ArchivableClass& archivable = *known.archivable;
         std::vector<Reference> chain;
         chain.reserve(archivable.chain.size());
         for (const std::string& name : archivable.chain) chain.push_back(nameReference(name));
         const Reference classKeys[]{writer.asciiString("$classname"), writer.asciiString("$classes")};
         const Reference classValues[]{nameReference(archivable.name), writer.array(chain)};
         objects.push_back(writer.dictionary(classKeys, classValues));
-        return known->second;
+        return known.index;
     }
 
     void refuse(std::string_view className) {
@@ -147,9 +214,10 @@ struct KeyedArchiver::Implementation {
     std::vector<Reference> keys, values;        // of all open frames, the archive's top first
     std::vector<Reference> elements;            // of all open lists of references, the outermost first
     std::vector<std::optional<Reference>> uids; // by index in "$objects"
-    std::unordered_map<Identity, std::uint64_t, IdentityHash> indices;
-    std::unordered_map<Reference, std::uint64_t> leafIndices;
-    std::unordered_map<const ArchivableClass*, std::uint64_t> classIndices;
+    IndexTable indices;
+    std::vector<std::uint64_t> leafIndices; // by the leaf's reference; 0 for one that is no object
+    std::vector<std::pair<std::type_index, std::unique_ptr<KnownClass>>> classes;
+    KnownClass dateClass{nullptr}, nullClass{nullptr}, noClass{nullptr};
     std::vector<ArchivedObject> retained; // an address counts only as long as its object lives
     std::optional<Error> error;
 };

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstring>
 #include <functional>
 #include <limits>
 
@@ -15,13 +16,20 @@ namespace platform {
 
 namespace {
 
-constexpr std::uint32_t kEmptySlot = std::numeric_limits<std::uint32_t>::max();
+constexpr BinaryPropertyListWriter::Reference kEmptySlot = std::numeric_limits<std::uint32_t>::max();
 constexpr std::size_t kInitialSlots = 1024; // a power of two
 
 using namespace bplist;
 
 char* putBigEndian(char* out, std::uint64_t value, unsigned size) {
-    for (unsigned shift = 8 * size; shift > 0; shift -= 8) *out++ = static_cast<char>(value >> (shift - 8) & 0xFF);
+    if (size == 1) { // most of all, and two bytes after them
+        *out++ = static_cast<char>(value);
+    } else if (size == 2) {
+        *out++ = static_cast<char>(value >> 8);
+        *out++ = static_cast<char>(value);
+    } else {
+        for (unsigned shift = 8 * size; shift > 0; shift -= 8) *out++ = static_cast<char>(value >> (shift - 8) & 0xFF);
+    }
     return out;
 }
 
@@ -55,9 +63,30 @@ void appendMarker(std::string& bytes, unsigned char marker, std::size_t count) {
     if (count >= kSizeFollows) appendInteger(bytes, static_cast<std::int64_t>(count));
 }
 
+std::uint64_t wordAt(const char* bytes) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+// Most leaves are keys, small numbers and UIDs, which two words hold; a general hash costs several times as much.
+std::uint32_t hashOf(std::string_view bytes) {
+    constexpr std::size_t kWord = sizeof(std::uint64_t);
+    constexpr std::uint64_t kFirst = 0x9E3779B97F4A7C15, kSecond = 0xC2B2AE3D27D4EB4F;
+    std::uint64_t hash = bytes.size();
+    if (bytes.size() > 2 * kWord) {
+        hash = std::hash<std::string_view>()(bytes);
+    } else if (bytes.size() >= kWord) {
+        hash = (wordAt(bytes.data()) + hash) * kFirst ^ wordAt(bytes.data() + bytes.size() - kWord);
+    } else {
+        for (const char byte : bytes) hash = hash << 8 | static_cast<unsigned char>(byte);
+    }
+    return static_cast<std::uint32_t>(hash * kSecond >> 32);
+}
+
 } // namespace
 
-BinaryPropertyListWriter::BinaryPropertyListWriter() : table_(kInitialSlots, kEmptySlot) {}
+BinaryPropertyListWriter::BinaryPropertyListWriter() : table_(kInitialSlots, Slot{kEmptySlot, 0}) {}
 
 auto BinaryPropertyListWriter::addLeaf(std::size_t start, bool unique) -> Reference {
     const std::string_view bytes = std::string_view(leaves_).substr(start);
@@ -65,16 +94,16 @@ auto BinaryPropertyListWriter::addLeaf(std::size_t start, bool unique) -> Refere
     if (unique) {
         if (uniqueLeaves_ * 2 >= table_.size()) growTable();
         const std::size_t mask = table_.size() - 1;
-        std::size_t slot = std::hash<std::string_view>()(bytes) & mask;
-        while (table_[slot] != kEmptySlot) {
-            const Object& other = objects_[table_[slot]];
-            if (std::string_view(leaves_).substr(other.start, other.length) == bytes) {
-                leaves_.resize(start);
-                return table_[slot];
-            }
-            slot = (slot + 1) & mask;
+        const std::uint32_t hash = hashOf(bytes);
+        std::size_t slot = hash & mask;
+        for (; table_[slot].reference != kEmptySlot; slot = (slot + 1) & mask) {
+            if (table_[slot].hash != hash) continue;
+            const Object& other = objects_[table_[slot].reference];
+            if (std::string_view(leaves_.data() + other.start, other.length) != bytes) continue;
+            leaves_.resize(start);
+            return table_[slot].reference;
         }
-        table_[slot] = added;
+        table_[slot] = {added, hash};
         ++uniqueLeaves_;
     }
     objects_.push_back({start, bytes.size(), Kind::leaf});
@@ -82,15 +111,13 @@ auto BinaryPropertyListWriter::addLeaf(std::size_t start, bool unique) -> Refere
 }
 
 void BinaryPropertyListWriter::growTable() {
-    std::vector<Reference> larger(table_.size() * 2, kEmptySlot);
+    std::vector<Slot> larger(table_.size() * 2, Slot{kEmptySlot, 0});
     const std::size_t mask = larger.size() - 1;
-    for (const Reference reference : table_) {
-        if (reference == kEmptySlot) continue;
-        const Object& object = objects_[reference];
-        std::size_t slot =
-            std::hash<std::string_view>()(std::string_view(leaves_).substr(object.start, object.length)) & mask;
-        while (larger[slot] != kEmptySlot) slot = (slot + 1) & mask;
-        larger[slot] = reference;
+    for (const Slot& old : table_) {
+        if (old.reference == kEmptySlot) continue;
+        std::size_t slot = old.hash & mask;
+        while (larger[slot].reference != kEmptySlot) slot = (slot + 1) & mask;
+        larger[slot] = old;
     }
     table_ = std::move(larger);
 }

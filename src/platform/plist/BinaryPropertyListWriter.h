@@ -58,7 +58,11 @@ class BinaryPropertyListWriter {
     std::string leaves_; // encoded as in the file
     std::vector<Reference> references_;
     std::vector<Object> objects_;
-    std::vector<Reference> table_; // open addressing over the unique leaves; kEmptySlot where free
+    struct Slot {
+        Reference reference;
+        std::uint32_t hash;
+    };
+    std::vector<Slot> table_; // open addressing over the unique leaves; kEmptySlot where free
     std::size_t uniqueLeaves_ = 0;
 };
 

@@ -139,12 +139,17 @@ void encodeAttributedString(KeyedArchiver& archiver, const AttributedString& tex
         return;
     }
     std::unordered_map<const AttributeSet*, std::size_t, SetHash, SetEqual> indices;
+    std::unordered_map<const AttributeSet*, std::size_t> known; // the same by address: runs mostly share their sets
     ObjectArray dictionaries;
     std::string table;
     std::size_t start = 0;
     for (const auto& run : text.runs()) {
-        const auto [entry, isNew] = indices.try_emplace(run.attributes.get(), dictionaries.size());
-        if (isNew) dictionaries.push_back(maker.dictionaryFor(*run.attributes));
+        const auto [entry, isNewSet] = known.try_emplace(run.attributes.get());
+        if (isNewSet) {
+            const auto [equal, isNew] = indices.try_emplace(run.attributes.get(), dictionaries.size());
+            if (isNew) dictionaries.push_back(maker.dictionaryFor(*run.attributes));
+            entry->second = equal->second;
+        }
         appendBase128(table, run.end - start);
         appendBase128(table, entry->second);
         start = run.end;
