@@ -27,7 +27,6 @@ using platform::AttributeSet;
 using platform::Color;
 using platform::Data;
 using platform::FileWrapper;
-using platform::Range;
 using platform::Result;
 using platform::TextAttachmentReference;
 using platform::Value;
@@ -39,7 +38,7 @@ void keepAllowedAttributes(AttributedString& text) {
     const auto isAllowed = [&](const AttributeSet::Entry& entry) {
         return std::ranges::find(allowed, entry.first) != allowed.end();
     };
-    text.transformAttributes({0, text.length()}, [&](const AttributeSet::Reference& attributes, Range) {
+    text.mapAttributes([&](const AttributeSet::Reference& attributes) {
         if (std::ranges::all_of(attributes->entries(), isAllowed)) return attributes;
         std::vector<AttributeSet::Entry> kept;
         std::ranges::copy_if(attributes->entries(), std::back_inserter(kept), isAllowed);

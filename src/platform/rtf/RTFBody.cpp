@@ -167,7 +167,9 @@ void RTFBody::writeRunText(Range range, const AttributeSet& attributes) {
 
 void RTFBody::changeTo(const AttributeSet& attributes) {
     if (&attributes == stateOf_ && !repeatsColor_) return;
-    const RTFCharacterState state = characterStateOf(attributes, fonts_, colors_);
+    const auto [known, isNew] = states_.try_emplace(&attributes);
+    RTFCharacterState& state = known->second;
+    if (isNew) state = characterStateOf(attributes, fonts_, colors_);
     writeCharacterChange(state_, state, repeatsColor_, fonts_, out_);
     state_ = state;
     stateOf_ = &attributes;

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/rtf/RTFCharacterWords.h"
@@ -78,6 +79,7 @@ class RTFBody : private RTFTableEvents {
     std::vector<OpenRow> rows_; // by depth
     std::size_t nextRow_ = 0;
 
+    std::unordered_map<const AttributeSet*, RTFCharacterState> states_; // of the sets that have been met
     RTFCharacterState state_;
     const AttributeSet* stateOf_ = nullptr;     // the set that state_ stands for
     const std::string* currentWords_ = nullptr; // of the paragraph before; null when they must be repeated

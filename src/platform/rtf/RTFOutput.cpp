@@ -19,16 +19,24 @@ constexpr std::array<char16_t, 32> kWindows1252{
 constexpr char16_t kBullet = 0x2022;
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
-constexpr std::array<bool, 128> makePlainTable() {
-    std::array<bool, 128> plain{};
-    for (std::size_t unit = 0x20; unit < 0x7F; ++unit) plain[unit] = unit != '\\' && unit != '{' && unit != '}';
-    plain['\t'] = true;
-    return plain;
-}
-constexpr std::array<bool, 128> kPlain = makePlainTable(); // written as they are
-
+// Written as they are. Comparisons without branches, which the compiler makes of whole blocks at once.
 constexpr bool isPlain(char16_t unit) {
-    return unit < kPlain.size() && kPlain[unit];
+    const bool isASCII = static_cast<char16_t>(unit - 0x20) < 0x7F - 0x20;
+    return (isASCII & (unit != '\\') & (unit != '{') & (unit != '}')) | (unit == '\t');
+}
+
+// How much of the text goes out as it is, from its start.
+std::size_t plainLength(std::u16string_view text) {
+    constexpr std::size_t kBlock = 16;
+    const auto isPlainBlock = [text](std::size_t at) {
+        bool plain = true;
+        for (std::size_t i = 0; i < kBlock; ++i) plain &= isPlain(text[at + i]);
+        return plain;
+    };
+    std::size_t length = 0;
+    while (length + kBlock <= text.size() && isPlainBlock(length)) length += kBlock;
+    while (length < text.size() && isPlain(text[length])) ++length;
+    return length;
 }
 
 } // namespace
@@ -48,18 +56,16 @@ void RTFOutput::word(std::string_view name, std::int64_t number) {
 }
 
 void RTFOutput::text(std::u16string_view text) {
-    std::array<char, 512> chunk; // plain stretches go out in pieces of this size
     std::size_t position = 0;
     while (position < text.size()) {
-        std::size_t count = 0;
-        const std::size_t most = std::min(chunk.size(), text.size() - position);
-        while (count < most && isPlain(text[position + count])) {
-            chunk[count] = static_cast<char>(text[position + count]);
-            ++count;
-        }
-        bytes_.append(chunk.data(), count);
-        position += count;
-        if (count == most) continue;
+        const std::size_t end = position + plainLength(text.substr(position));
+        const std::size_t before = bytes_.size();
+        bytes_.resize(before + (end - position));
+        std::transform(text.begin() + static_cast<std::ptrdiff_t>(position),
+                       text.begin() + static_cast<std::ptrdiff_t>(end), bytes_.data() + before,
+                       [](char16_t unit) { return static_cast<char>(unit); });
+        position = end;
+        if (end == text.size()) return;
         const char16_t unit = text[position++];
         if (unit == '\r' && position < text.size() && text[position] == '\n') continue;
         special(unit);

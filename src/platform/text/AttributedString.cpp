@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <unordered_map>
 #include <utility>
 
 #include "platform/text/TextAttachment.h"
@@ -258,6 +259,20 @@ void AttributedString::transformAttributesInRanges(
         }
     }
     mutableStorage().runs = std::move(changed);
+}
+
+void AttributedString::mapAttributes(
+    const std::function<AttributeSet::Reference(const AttributeSet::Reference&)>& body) {
+    std::unordered_map<const AttributeSet*, AttributeSet::Reference> changed;
+    for (const Run& run : runs()) {
+        AttributeSet::Reference made = body(run.attributes);
+        if (made != run.attributes) changed.try_emplace(run.attributes.get(), std::move(made));
+    }
+    if (changed.empty()) return;
+    transformAttributes({0, length()}, [&](const AttributeSet::Reference& set, Range) {
+        const auto found = changed.find(set.get());
+        return found == changed.end() ? set : found->second;
+    });
 }
 
 void AttributedString::setAttributes(AttributeSet::Reference attributes, Range range) {

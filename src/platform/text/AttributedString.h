@@ -77,6 +77,10 @@ class AttributedString {
         const std::vector<Range>& ranges,
         const std::function<AttributeSet::Reference(const AttributeSet::Reference&, std::size_t number)>& body);
 
+    // The same for the whole text with a body that looks at nothing but the set. Runs that share a set go on sharing
+    // one, and a text in which nothing changes is not touched.
+    void mapAttributes(const std::function<AttributeSet::Reference(const AttributeSet::Reference&)>& body);
+
     // Many replacements in one pass, O(length + edits). Ranges refer to the text before, ascend and do not overlap.
     void applyEdits(const std::vector<TextEdit>& edits);
 

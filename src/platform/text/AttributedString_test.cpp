@@ -249,5 +249,28 @@ RC_GTEST_PROP(AttributedStringProperties, SubstringHasTheUnitsOfItsRange, ()) {
     RC_ASSERT(effective.contains(range.location));
 }
 
+TEST(AttributedString, MapsSetsAndKeepsWhatRunsShare) {
+    const Reference one = kernSet(1), two = kernSet(2);
+    AttributedString text(u"ab", one);
+    text.append(u"c", two);
+    text.append(u"d", one);
+    const AttributedString before = text;
+    int asked = 0;
+    text.mapAttributes([&](const Reference& set) {
+        ++asked;
+        return set;
+    });
+    EXPECT_EQ(asked, 3);
+    EXPECT_EQ(&text.runs(), &before.runs()); // still shared
+    text.mapAttributes([&](const Reference& set) { return set == one ? kernSet(3) : set; });
+    ASSERT_EQ(text.runs().size(), 3U);
+    EXPECT_EQ(*text.runs()[0].attributes, *kernSet(3));
+    EXPECT_EQ(text.runs()[0].attributes, text.runs()[2].attributes);
+    EXPECT_EQ(text.runs()[1].attributes, two);
+    EXPECT_EQ(before.runs()[0].attributes, one);
+    text.mapAttributes([&](const Reference&) { return kernSet(4); });
+    EXPECT_EQ(text.runs().size(), 1U);
+}
+
 } // namespace
 } // namespace platform

@@ -55,11 +55,6 @@ const AttributeSet& highlightAttributes(std::uint64_t type) {
     return sets[type - 1];
 }
 
-void transformAll(AttributedString& text,
-                  const std::function<AttributeSet::Reference(const AttributeSet::Reference&)>& body) {
-    text.transformAttributes({0, text.length()}, [&](const AttributeSet::Reference& set, Range) { return body(set); });
-}
-
 } // namespace
 
 bool isHighlight(const AttributeValue* value) {
@@ -67,7 +62,7 @@ bool isHighlight(const AttributeValue* value) {
 }
 
 void convertNSTextHighlightsToQuilletHighlights(AttributedString& text) {
-    transformAll(text, [](const AttributeSet::Reference& set) {
+    text.mapAttributes([](const AttributeSet::Reference& set) {
         const auto* style = set->find<std::u16string>(platform::kTextHighlightStyleAttributeName);
         const AttributeValue* scheme = set->find(platform::kTextHighlightColorSchemeAttributeName);
         if (!style || *style != kTextHighlightStyleDefault || !scheme) return set;
@@ -77,7 +72,7 @@ void convertNSTextHighlightsToQuilletHighlights(AttributedString& text) {
 }
 
 void convertQuilletHighlightsToNSTextHighlights(AttributedString& text) {
-    transformAll(text, [](const AttributeSet::Reference& set) {
+    text.mapAttributes([](const AttributeSet::Reference& set) {
         const AttributeValue* value = set->find(QLTHighlightTextAttributeName);
         if (!isHighlight(value)) return set;
         const AttributeSet highlight{
@@ -92,7 +87,7 @@ void convertQuilletHighlightsToNSTextHighlights(AttributedString& text) {
 
 void convertToDynamicColors(AttributedString& text) {
     const Color black = Color::black(), dynamic = Color::textColor();
-    transformAll(text, [&](const AttributeSet::Reference& set) {
+    text.mapAttributes([&](const AttributeSet::Reference& set) {
         const auto* color = set->find<Color>(platform::kForegroundColorAttributeName);
         if (color && !isEqualToColorQLTVersion(*color, black)) return set;
         return shared(set->with(platform::kForegroundColorAttributeName, dynamic));
@@ -101,7 +96,7 @@ void convertToDynamicColors(AttributedString& text) {
 
 void convertFromDynamicColors(AttributedString& text) {
     const Color black = Color::black(), dynamic = Color::textColor();
-    transformAll(text, [&](const AttributeSet::Reference& set) {
+    text.mapAttributes([&](const AttributeSet::Reference& set) {
         const auto* color = set->find<Color>(platform::kForegroundColorAttributeName);
         if (!color || !isEqualToColorQLTVersion(*color, dynamic)) return set;
         return shared(set->with(platform::kForegroundColorAttributeName, black));
