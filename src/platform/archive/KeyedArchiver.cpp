@@ -3,6 +3,7 @@
 #include "platform/archive/KeyedArchiver.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <span>
 #include <utility>
@@ -84,8 +85,11 @@ struct KeyedArchiver::Implementation {
 
     // A key of the encoded class that begins with "$" is told from the archiver's own by one more.
     Reference keyReference(std::string_view key) {
-        if (!key.starts_with('$')) return nameReference(key);
-        return writer.string(u"$" + utf16FromUTF8(key));
+        if (key.starts_with('$')) return writer.string(u"$" + utf16FromUTF8(key));
+        // Keys are literals: the place of one that was met before is found by its address, without hashing it.
+        KnownKey& known = knownKeys[reinterpret_cast<std::uintptr_t>(key.data()) % knownKeys.size()];
+        if (!known.reference || known.text != key) known = {std::string(key), nameReference(key)};
+        return *known.reference;
     }
 
     Reference nameReference(std::string_view name) {
@@ -180,7 +184,8 @@ struct KeyedArchiver::Implementation {
         objects.push_back(own);
         const std::size_t frame = keys.size();
         archivable->encode(archiver, object.identity());
-        keys.push_back(writer.asciiString("$class"));
+        if (!classKey) classKey = writer.asciiString("$class");
+        keys.push_back(*classKey);
         values.push_back(referenceTo(classIndex(known)));
         writer.fillDictionary(own, std::span(keys).subspan(frame), std::span(values).subspan(frame));
         keys.resize(frame);
@@ -207,9 +212,16 @@ struct KeyedArchiver::Implementation {
                                        fmt::format("An object of the class “{}” cannot be archived.", className));
     }
 
+    struct KnownKey {
+        std::string text;
+        std::optional<Reference> reference;
+    };
+
     Coding coding;
     BinaryPropertyListWriter writer;
     Reference top;
+    std::array<KnownKey, 61> knownKeys; // a prime number: addresses share their low bits
+    std::optional<Reference> classKey;
     std::vector<Reference> objects;
     std::vector<Reference> keys, values;        // of all open frames, the archive's top first
     std::vector<Reference> elements;            // of all open lists of references, the outermost first

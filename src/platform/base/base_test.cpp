@@ -8,6 +8,7 @@
 #include "platform/base/Range.h"
 #include "platform/base/Result.h"
 #include "platform/base/SystemLog.h"
+#include "platform/base/TextScan.h"
 #include "platform/base/UTF16.h"
 #include "platform/base/Value.h"
 
@@ -130,6 +131,28 @@ TEST(SystemLog, SinkSeesEntriesAndIsRestored) {
 
 TEST(SystemLog, EscapesWhatActsOnATerminal) {
     EXPECT_EQ(escapedForTerminal("a\x1b[31mb\u202Ec\n"), "a\\u{1b}[31mb\\u{202e}c\\u{a}");
+}
+
+TEST(TextScan, StopsAtTheFirstUnitThatDoes) {
+    using Markup = StopUnits<char, '\0', '\xFF', '&', '<'>;
+    using Plain = StopUnits<char16_t, u' ', u'~', u'{'>;
+    const struct {
+        char16_t unit;
+        bool stopsMarkup, stopsPlain;
+    } kRows[] = {{u'a', false, false},   {u' ', false, false},   {u'~', false, false},
+                 {u'&', true, false},    {u'<', true, false},    {u'{', false, true},
+                 {u'\x1F', false, true}, {u'\x7F', false, true}, {u'\xFF', false, true}};
+    for (const auto& row : kRows)
+        for (std::size_t length : {0, 1, 15, 16, 17, 31, 32, 100})
+            for (std::size_t at = 0; at < length; ++at) {
+                std::string bytes(length, 'x');
+                std::u16string units(length, u'x');
+                bytes[at] = static_cast<char>(row.unit);
+                units[at] = row.unit;
+                EXPECT_EQ(lengthBefore<Markup>(std::string_view(bytes)), row.stopsMarkup ? at : length);
+                EXPECT_EQ(lengthBefore<Plain>(std::u16string_view(units)), row.stopsPlain ? at : length);
+            }
+    EXPECT_EQ(lengthBefore<Plain>(std::u16string_view(u"ab\uFFFF")), 2U);
 }
 
 TEST(ByteSearch, FindsWhatTheStringsOwnSearchFinds) {

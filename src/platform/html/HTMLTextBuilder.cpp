@@ -14,7 +14,8 @@ namespace {
 constexpr char16_t kLineSeparator = 0x2028, kParagraphSeparator = 0x2029, kNextLine = 0x85, kZeroWidthSpace = 0x200B;
 
 bool collapses(char16_t unit) {
-    return unit == u' ' || unit == u'\n' || unit == u'\r' || unit == u'\t' || unit == u'\f' || unit == kZeroWidthSpace;
+    if (unit > u' ') return unit == kZeroWidthSpace; // nearly always one comparison more
+    return unit == u' ' || unit == u'\n' || unit == u'\r' || unit == u'\t' || unit == u'\f';
 }
 
 bool endsLine(char16_t unit) {

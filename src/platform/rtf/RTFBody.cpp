@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/base/TextScan.h"
 #include "platform/base/UTF16.h"
 #include "platform/rtf/RTFAttachments.h"
 #include "platform/rtf/RTFVocabulary.h"
@@ -15,9 +16,7 @@ constexpr std::size_t kLongestMarker = 64; // between its tabs, UTF-16 units
 
 const RTFCellChain kNoCells;
 
-bool isLineEnd(char16_t unit) {
-    return unit == '\n' || unit == '\r';
-}
+using LineEnds = StopUnits<char16_t, u'\0', u'\uFFFF', u'\n', u'\r'>;
 
 std::string linkText(const AttributeSet& attributes) {
     const AttributeValue* value = attributes.find(kLinkAttributeName);
@@ -73,7 +72,7 @@ void RTFBody::findParagraphs() {
     std::size_t run = 0;
     while (position < range_.end()) {
         std::size_t end = position;
-        while (end < range_.end() && !isLineEnd(string[end])) ++end;
+        end += lengthBefore<LineEnds>(string.substr(end, range_.end() - end));
         const std::size_t contentsEnd = end;
         if (end < range_.end()) ++end;
         if (end < range_.end() && string[end - 1] == '\r' && string[end] == '\n') ++end;

@@ -5,6 +5,8 @@
 #include <charconv>
 #include <utility>
 
+#include "platform/base/TextScan.h"
+
 namespace platform {
 
 namespace {
@@ -19,25 +21,8 @@ constexpr std::array<char16_t, 32> kWindows1252{
 constexpr char16_t kBullet = 0x2022;
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
-// Written as they are. Comparisons without branches, which the compiler makes of whole blocks at once.
-constexpr bool isPlain(char16_t unit) {
-    const bool isASCII = static_cast<char16_t>(unit - 0x20) < 0x7F - 0x20;
-    return (isASCII & (unit != '\\') & (unit != '{') & (unit != '}')) | (unit == '\t');
-}
-
-// How much of the text goes out as it is, from its start.
-std::size_t plainLength(std::u16string_view text) {
-    constexpr std::size_t kBlock = 16;
-    const auto isPlainBlock = [text](std::size_t at) {
-        bool plain = true;
-        for (std::size_t i = 0; i < kBlock; ++i) plain &= isPlain(text[at + i]);
-        return plain;
-    };
-    std::size_t length = 0;
-    while (length + kBlock <= text.size() && isPlainBlock(length)) length += kBlock;
-    while (length < text.size() && isPlain(text[length])) ++length;
-    return length;
-}
+// What is not written as it is.
+using NotPlain = StopUnits<char16_t, u' ', u'~', u'\\', u'{', u'}'>;
 
 } // namespace
 
@@ -58,7 +43,7 @@ void RTFOutput::word(std::string_view name, std::int64_t number) {
 void RTFOutput::text(std::u16string_view text) {
     std::size_t position = 0;
     while (position < text.size()) {
-        const std::size_t end = position + plainLength(text.substr(position));
+        const std::size_t end = position + lengthBefore<NotPlain>(text.substr(position));
         const std::size_t before = bytes_.size();
         bytes_.resize(before + (end - position));
         std::transform(text.begin() + static_cast<std::ptrdiff_t>(position),
@@ -74,6 +59,9 @@ void RTFOutput::text(std::u16string_view text) {
 
 void RTFOutput::special(char16_t unit) {
     switch (unit) {
+    case '\t':
+        bytes_ += '\t';
+        return;
     case '\\':
     case '{':
     case '}':

@@ -2,44 +2,35 @@
 
 #include <cassert>
 
+#include "platform/base/TextScan.h"
 #include "platform/text/AttributedString.h"
 
 namespace platform {
 
 namespace {
 
-using IsTerminator = bool (*)(char16_t);
-
-constexpr bool endsParagraph(char16_t unit) {
-    return unit == u'\n' || unit == u'\r' || unit == 0x2029;
-}
-
-// Two comparisons are enough for ASCII, of which most text is.
-constexpr bool endsLine(char16_t unit) {
-    if (unit < 0x0080) return unit <= u'\r' && endsParagraph(unit);
-    return unit == 0x0085 || unit == 0x2028 || unit == 0x2029;
-}
+using ParagraphEnds = StopUnits<char16_t, u'\0', u'\uFFFF', u'\n', u'\r', u'\u2029'>;
+using LineEnds = StopUnits<char16_t, u'\0', u'\uFFFF', u'\n', u'\r', u'\x85', u'\u2028', u'\u2029'>;
 
 // The line that starts at `start` and ends at the first terminator, at `limit` at the latest.
-template<IsTerminator isTerminator>
+template<class Terminators>
 Line lineFrom(std::u16string_view text, std::size_t start, std::size_t limit) {
-    std::size_t end = start;
-    while (end < limit && !isTerminator(text[end])) ++end;
+    const std::size_t end = start + lengthBefore<Terminators>(text.substr(start, limit - start));
     std::size_t enclosingEnd = end;
     if (end < limit) enclosingEnd += text[end] == u'\r' && end + 1 < limit && text[end + 1] == u'\n' ? 2 : 1;
     return {{start, end - start}, {start, enclosingEnd - start}};
 }
 
-template<IsTerminator isTerminator>
+template<class Terminators>
 Line enclosingLine(std::u16string_view text, std::size_t position) {
     assert(position <= text.size());
     std::size_t start = position;
     while (start > 0) {
         const bool insidePair = start < text.size() && text[start - 1] == u'\r' && text[start] == u'\n';
-        if (isTerminator(text[start - 1]) && !insidePair) break;
+        if (Terminators::stops(text[start - 1]) != 0 && !insidePair) break;
         --start;
     }
-    return lineFrom<isTerminator>(text, start, text.size());
+    return lineFrom<Terminators>(text, start, text.size());
 }
 
 } // namespace
@@ -48,7 +39,7 @@ std::vector<Line> linesInRange(std::u16string_view text, Range range) {
     assert(range.end() <= text.size());
     std::vector<Line> lines;
     for (std::size_t start = range.location; start < range.end(); start = lines.back().enclosing.end())
-        lines.push_back(lineFrom<endsLine>(text, start, range.end()));
+        lines.push_back(lineFrom<LineEnds>(text, start, range.end()));
     return lines;
 }
 
@@ -57,11 +48,11 @@ std::vector<Line> linesOf(std::u16string_view text) {
 }
 
 Line lineAt(std::u16string_view text, std::size_t position) {
-    return enclosingLine<endsLine>(text, position);
+    return enclosingLine<LineEnds>(text, position);
 }
 
 Line paragraphAt(std::u16string_view text, std::size_t position) {
-    return enclosingLine<endsParagraph>(text, position);
+    return enclosingLine<ParagraphEnds>(text, position);
 }
 
 } // namespace platform

@@ -4,8 +4,7 @@
 // The parser has habits of its own, and for what could meet one of them the tree is refused, so that the caller parses
 // the markup: elements and attributes that are not plain, markup in style sheets, control characters, text between the
 // cells of a table (whose pieces the builder judges one by one), and a page that is not a head and a body.
-#include <array>
-
+#include "platform/base/TextScan.h"
 #include "platform/xml/HTMLDocument.h"
 #include "platform/xml/HTMLEncoding.h"
 #include "platform/xml/HTMLTreeBuilder.h"
@@ -40,19 +39,16 @@ constexpr bool isPeculiar(HTMLTag tag) {
 // Whether the parser gives the text back in one way only: no control characters, which it drops, no C1 controls, which
 // may be meant as Windows-1252, no U+FFFE and U+FFFF.
 bool isPlainText(std::string_view text) {
-    static constexpr auto kSuspects = [] {
-        std::array<bool, 256> table{};
-        for (std::size_t byte = 0; byte < 0x20; ++byte) table[byte] = byte != '\t' && byte != '\n';
-        table[0x7F] = table[0xC2] = table[0xEF] = true;
-        return table;
-    }();
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (!kSuspects[static_cast<unsigned char>(text[at])]) continue;
-        if (text[at] == '\xC2' && static_cast<unsigned char>(text[at + 1]) >= 0xA0) continue;
-        if (text[at] == '\xEF' && text.substr(at, 2) != "\xEF\xBF") continue;
-        return false;
+    using Suspects = StopUnits<char, ' ', '\xFF', '\x7F', '\xC2', '\xEF'>;
+    for (;;) {
+        text.remove_prefix(lengthBefore<Suspects>(text));
+        if (text.empty()) return true;
+        const bool isPlain = text[0] == '\t' || text[0] == '\n' ||
+                             (text[0] == '\xC2' && static_cast<unsigned char>(text[1]) >= 0xA0) ||
+                             (text[0] == '\xEF' && !text.starts_with("\xEF\xBF"));
+        if (!isPlain) return false;
+        text.remove_prefix(1);
     }
-    return true;
 }
 
 bool isBlank(std::string_view text) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/base/TextScan.h"
 #include "platform/xml/NameTable.h"
 #include "platform/xml/PageLayout.h"
 
@@ -38,18 +39,10 @@ constexpr auto kPageElements = std::to_array<PageElementRow>({
     {"xmp", P},
 });
 
-// Which characters are escaped, by their byte: a search by table, where find_first_of would search the set for each.
-using CharacterTable = std::array<bool, 256>;
-
-constexpr CharacterTable tableOf(std::string_view characters) {
-    CharacterTable table{};
-    for (const char character : characters) table[static_cast<unsigned char>(character)] = true;
-    return table;
-}
-
-constexpr CharacterTable kEscapedInText = tableOf("&<>\r");
+// Which characters are escaped.
+using EscapedInText = StopUnits<char, '\0', '\xFF', '&', '<', '>', '\r'>;
 // A reader turns bare line breaks and tabs in a value into blanks.
-constexpr CharacterTable kEscapedInAttributes = tableOf("&<>\"\t\n\r");
+using EscapedInAttributes = StopUnits<char, '\0', '\xFF', '&', '<', '>', '"', '\t', '\n', '\r'>;
 
 std::string_view escape(char character) {
     switch (character) {
@@ -71,14 +64,15 @@ std::string_view escape(char character) {
 }
 
 // Runs of plain characters are appended whole.
-void appendEscaping(std::string_view text, const CharacterTable& escaped, std::string& out) {
-    std::size_t copied = 0;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (!escaped[static_cast<unsigned char>(text[at])]) continue;
-        out.append(text, copied, at - copied).append(escape(text[at]));
-        copied = at + 1;
+template<class Escaped>
+void appendEscaping(std::string_view text, std::string& out) {
+    for (;;) {
+        const std::size_t plain = lengthBefore<Escaped>(text);
+        out.append(text, 0, plain);
+        if (plain == text.size()) return;
+        out += escape(text[plain]);
+        text.remove_prefix(plain + 1);
     }
-    out.append(text, copied);
 }
 
 void appendAttributes(const XMLElement& element, std::string& out) {
@@ -153,11 +147,11 @@ bool isBlankText(const XMLNode& node) {
 }
 
 void appendEscapedText(std::string_view text, std::string& out) {
-    appendEscaping(text, kEscapedInText, out);
+    appendEscaping<EscapedInText>(text, out);
 }
 
 void appendEscapedAttribute(std::string_view value, std::string& out) {
-    appendEscaping(value, kEscapedInAttributes, out);
+    appendEscaping<EscapedInAttributes>(value, out);
 }
 
 void writeXML(const XMLNode& root, std::string& out) {
