@@ -11,6 +11,7 @@
 #include "documents/attachments/QLTDividerTextAttachment.h"
 #include "documents/attachments/QLTFileAttachment.h"
 #include "enex/EvernoteXMLItem.h"
+#include "platform/base/ByteSearch.h"
 #include "platform/files/FileWrapper.h"
 #include "platform/files/UTType.h"
 #include "platform/foundation/PathString.h"
@@ -91,7 +92,7 @@ Result<> replaceAttachmentMarkers(AttributedString& text, const NoteScratch& scr
     static const std::u16string closing = platform::utf16FromUTF8(kAttachmentClosingFence);
     const std::u16string& characters = text.string();
     std::vector<TextEdit> edits;
-    std::size_t start = characters.find(opening);
+    std::size_t start = platform::findLiteral(characters, opening);
     while (start != std::u16string::npos) {
         const std::size_t nameStart = start + opening.size();
         const std::size_t nameEnd = characters.find(closing, nameStart);
@@ -101,7 +102,7 @@ Result<> replaceAttachmentMarkers(AttributedString& text, const NoteScratch& scr
         const std::size_t end = nameEnd + closing.size();
         edits.push_back(
             {{start, end - start}, AttributedString::withAttachment(attachmentFor(TRY(scratch.fileWrapper(name))))});
-        start = characters.find(opening, end);
+        start = platform::findLiteral(characters, opening, end);
     }
     text.applyEdits(edits);
     return {};
@@ -127,7 +128,7 @@ void replaceCheckboxMarkers(AttributedString& text) {
 void replaceDividerMarkers(AttributedString& text) {
     static const std::u16string marker = platform::utf16FromUTF8(kDividerMarker);
     const std::u16string_view characters = text.string();
-    if (!characters.contains(marker)) return; // as in most notes
+    if (platform::findLiteral(characters, marker) == std::u16string_view::npos) return; // as in most notes
     std::vector<TextEdit> edits;
     for (const platform::Line& line : platform::linesOf(characters)) {
         const auto contents = characters.substr(line.contents.location, line.contents.length);

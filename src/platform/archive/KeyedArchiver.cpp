@@ -164,7 +164,9 @@ struct KeyedArchiver::Implementation {
             if (!known.archivable) known.archivable = ClassRegistry::shared().forName(isDate ? "NSDate" : "NSNull");
             return known;
         }
-        for (const auto& [type, known] : classes) // a dozen at most
+        for (const auto& [type, known] : classes) // a dozen at most; a type has one name as a rule
+            if (type.name() == object.type().name()) return *known;
+        for (const auto& [type, known] : classes)
             if (type == object.type()) return *known;
         return *classes
                     .emplace_back(object.type(),

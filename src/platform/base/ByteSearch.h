@@ -1,4 +1,4 @@
-// Searching for a literal in bytes.
+// Searching for a literal in a text.
 #pragma once
 
 #include <cstring>
@@ -13,6 +13,18 @@ inline std::size_t findLiteral(std::string_view text, std::string_view literal, 
     const void* found = ::memmem(text.data() + from, text.size() - from, literal.data(), literal.size());
     if (found == nullptr) return std::string_view::npos;
     return static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+}
+
+// The same in units of UTF-16.
+inline std::size_t findLiteral(std::u16string_view text, std::u16string_view literal, std::size_t from = 0) {
+    const auto bytesOf = [](std::u16string_view units) {
+        return std::string_view(reinterpret_cast<const char*>(units.data()), units.size() * sizeof(char16_t));
+    };
+    for (std::size_t at = from * sizeof(char16_t);; ++at) {
+        at = findLiteral(bytesOf(text), bytesOf(literal), at);
+        if (at == std::string_view::npos) return at;
+        if (at % sizeof(char16_t) == 0) return at / sizeof(char16_t); // else it is halves of units
+    }
 }
 
 } // namespace platform

@@ -34,6 +34,11 @@ char windows1252Byte(char16_t unit) {
 }
 
 void RTFOutput::word(std::string_view name, std::int64_t number) {
+    if (number >= 0 && number < 10) { // as most are
+        bytes_ += name;
+        bytes_ += static_cast<char>('0' + number);
+        return;
+    }
     std::array<char, 24> digits;
     const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
     bytes_ += name;

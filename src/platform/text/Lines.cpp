@@ -27,7 +27,7 @@ Line enclosingLine(std::u16string_view text, std::size_t position) {
     std::size_t start = position;
     while (start > 0) {
         const bool insidePair = start < text.size() && text[start - 1] == u'\r' && text[start] == u'\n';
-        if (Terminators::stops(text[start - 1]) != 0 && !insidePair) break;
+        if (Terminators::stops(text[start - 1]) && !insidePair) break;
         --start;
     }
     return lineFrom<Terminators>(text, start, text.size());
