@@ -9,7 +9,8 @@ namespace platform {
 // std::string_view::find stops at each occurrence of the literal's first byte, which in markup is every tag. This one
 // compares whole literals at a time. Like it, npos when there is none.
 inline std::size_t findLiteral(std::string_view text, std::string_view literal, std::size_t from = 0) {
-    if (from > text.size()) return std::string_view::npos;
+    if (from > text.size() || literal.size() > text.size() - from) return std::string_view::npos;
+    if (literal.empty()) return from;
     const void* found = ::memmem(text.data() + from, text.size() - from, literal.data(), literal.size());
     if (found == nullptr) return std::string_view::npos;
     return static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
