@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t kLargestPage = 5 << 20;
 
-// One section of a clipped page: 42 nodes in 1.7 KB, so that 5 MB have 130,000.
+// One section of a clipped page: 43 nodes in 0.8 KB, twice as dense as pages are.
 std::string section(int number) {
     return fmt::format(
         "<div style=\"margin: 0px 0px 1em; padding: 0px; font-family: Helvetica, Arial, sans-serif; font-size: 15px; "

@@ -317,7 +317,7 @@ CssStyleResolver::CssStyleResolver(const HTMLDocument& page) : page_(page) {
 std::size_t CssStyleResolver::KeyHash::operator()(const Key& key) const {
     std::size_t hash = std::hash<const void*>()(key.parent);
     for (const std::size_t part : {std::hash<const void*>()(key.hints), std::hash<const void*>()(key.inlineStyle),
-                                   static_cast<std::size_t>(key.tag)})
+                                   std::hash<const void*>()(key.rules), static_cast<std::size_t>(key.tag)})
         hash = hash * 1099511628211U ^ part;
     return hash;
 }
@@ -337,11 +337,8 @@ const CssStyle* CssStyleResolver::style(HTMLDocument::NodeIndex element, const C
     sheet_.match(page_, element, matched_);
     const HTMLTag tag = page_[element].tag;
     const bool isLink = tag == HTMLTag::a && page_.attribute(element, HTMLAttribute::href).has_value();
-    if (!matched_.empty()) { // what rules match is not part of the key
-        styles_.push_back(computed(element, parent, hints, inlineStyle));
-        return &styles_.back();
-    }
-    const Key key{parent, hints, inlineStyle, static_cast<std::uint32_t>(tag) * 2 + (isLink ? 1 : 0)};
+    const CssMatches* rules = matched_.empty() ? nullptr : &*matches_.insert(matched_).first;
+    const Key key{parent, hints, inlineStyle, rules, static_cast<std::uint32_t>(tag) * 2 + (isLink ? 1 : 0)};
     const auto [entry, isNew] = shared_.try_emplace(key, nullptr);
     if (isNew) {
         styles_.push_back(computed(element, parent, hints, inlineStyle));

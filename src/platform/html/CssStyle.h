@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -65,7 +66,7 @@ struct CssStyle {
 };
 
 // Computes styles for one page. Declarations are parsed once for each distinct text, and elements that have the same
-// parent style, name and declarations share one style object: equal pointers mean equal styles.
+// parent style, name, rules and declarations share one style object: equal pointers mean equal styles.
 class CssStyleResolver {
   public:
     explicit CssStyleResolver(const HTMLDocument& page);
@@ -78,6 +79,7 @@ class CssStyleResolver {
         const CssStyle* parent;
         const CssDeclarations* hints;
         const CssDeclarations* inlineStyle;
+        const CssMatches* rules;
         std::uint32_t tag; // HTMLTag and the flag of a link
         friend bool operator==(const Key&, const Key&) = default;
     };
@@ -94,7 +96,8 @@ class CssStyleResolver {
     std::deque<CssStyle> styles_;
     std::unordered_map<std::string, std::unique_ptr<const CssDeclarations>> declarations_;
     std::unordered_map<Key, const CssStyle*, KeyHash> shared_;
-    std::vector<const CssDeclarations*> matched_;
+    CssMatches matched_;
+    std::set<CssMatches> matches_; // every list of rules that an element matched
     std::string hintText_;
     double rootFontSize_ = 12;
 };

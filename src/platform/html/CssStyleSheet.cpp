@@ -259,8 +259,7 @@ bool CssStyleSheet::matches(const Selector& selector, const HTMLDocument& page, 
     return true;
 }
 
-void CssStyleSheet::match(const HTMLDocument& page, HTMLDocument::NodeIndex element,
-                          std::vector<const CssDeclarations*>& matched) {
+void CssStyleSheet::match(const HTMLDocument& page, HTMLDocument::NodeIndex element, CssMatches& matched) {
     matched.clear();
     if (selectors_.empty() || comparisons_ > kMaximumComparisons) return;
     std::vector<std::uint32_t> found;

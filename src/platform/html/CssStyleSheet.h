@@ -12,6 +12,8 @@
 
 namespace platform {
 
+using CssMatches = std::vector<const CssDeclarations*>; // of the rules that match an element, weakest first
+
 class CssStyleSheet {
   public:
     // Selectors beyond this many are left out: matching costs selectors times elements.
@@ -25,9 +27,9 @@ class CssStyleSheet {
     void append(std::string_view text);
     bool empty() const { return selectors_.empty(); }
 
-    // The declarations of all rules that match an element, weakest first. A sheet without rules costs nothing; one
-    // with rules looks only at selectors that end in this element's type, class or identifier.
-    void match(const HTMLDocument& page, HTMLDocument::NodeIndex element, std::vector<const CssDeclarations*>& matched);
+    // A sheet without rules costs nothing; one with rules looks only at selectors that end in this element's type,
+    // class or identifier.
+    void match(const HTMLDocument& page, HTMLDocument::NodeIndex element, CssMatches& matched);
 
   private:
     struct Compound {

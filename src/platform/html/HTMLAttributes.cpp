@@ -164,30 +164,27 @@ AttributeSet HTMLAttributes::madeCharacters(const CssStyle& style, HTMLTag tag) 
     return AttributeSet(std::move(entries));
 }
 
+HTMLAttributes::Reference HTMLAttributes::shared(AttributeSet set) {
+    return *distinct_.insert(std::make_shared<const AttributeSet>(std::move(set))).first;
+}
+
 HTMLAttributes::Reference HTMLAttributes::characters(const CssStyle& style, HTMLTag tag) {
     const bool isPage = tag == HTMLTag::html || tag == HTMLTag::body;
     Reference& made = characters_[{&style, nullptr, isPage ? 1U : 0U}];
-    if (!made) made = std::make_shared<const AttributeSet>(madeCharacters(style, tag));
+    if (!made) made = shared(madeCharacters(style, tag));
     return made;
 }
 
 HTMLAttributes::Reference HTMLAttributes::united(const Reference& outer, const Reference& inner) {
     if (!outer || outer == inner) return inner;
     Reference& made = united_[{outer.get(), inner.get(), 0}];
-    if (made) return made;
-    AttributeSet sum = outer->merging(*inner);
-    // Often the inner set says all that the outer one does.
-    made = sum == *inner ? inner : std::make_shared<const AttributeSet>(std::move(sum));
+    if (!made) made = shared(outer->merging(*inner));
     return made;
 }
 
-ParagraphStyleReference HTMLAttributes::paragraph(const CssStyle& block, HTMLTag tag,
-                                                  const HTMLParagraphContext& context) {
-    const auto kind = static_cast<std::uint64_t>(headingLevel(tag)) * 2 + (carriesMargins(tag) ? 1 : 0);
-    ParagraphStyleReference& made = paragraphs_[{&block, nullptr, std::uint64_t{context.number} << 8 | kind}];
-    if (made) return made;
-    auto style = std::make_shared<ParagraphStyle>();
-    style->tabStops.clear();
+const ParagraphStyleReference& HTMLAttributes::paragraph(const CssStyle& block, HTMLTag tag) {
+    auto style = std::make_shared<ParagraphStyle>(
+        ParagraphStyle{.tabStops = {}, .textLists = context_.lists, .textBlocks = context_.blocks});
     style->defaultTabInterval = kTabInterval;
     style->baseWritingDirection =
         block.direction == CssDirection::rtl ? WritingDirection::rightToLeft : WritingDirection::leftToRight;
@@ -195,27 +192,48 @@ ParagraphStyleReference HTMLAttributes::paragraph(const CssStyle& block, HTMLTag
     style->headerLevel = headingLevel(tag);
     if (block.hyphenates) style->hyphenationFactor = 1;
     if (carriesMargins(tag)) setIndents(*style, block);
-    if (!context.lists.empty()) setListIndents(*style, context.lists.size());
-    style->textLists = context.lists;
-    style->textBlocks = context.blocks;
-    made = std::move(style);
-    return made;
+    if (!context_.lists.empty()) setListIndents(*style, context_.lists.size());
+    return *places_.back().paragraphs.insert(std::move(style)).first;
 }
 
-HTMLAttributes::Reference HTMLAttributes::complete(const Reference& characters,
-                                                   const ParagraphStyleReference& paragraph,
+HTMLAttributes::Reference HTMLAttributes::complete(const Reference& characters, const CssStyle& block, HTMLTag blockTag,
                                                    const std::vector<std::int64_t>& directions) {
+    constexpr std::uint64_t kLevels = 8;
     std::uint64_t number = 0;
     if (!directions.empty()) number = directions_.try_emplace(directions, directions_.size() + 1).first->second;
-    Reference& made = complete_[{characters.get(), paragraph.get(), number}];
+    const auto level = static_cast<std::uint64_t>(headingLevel(blockTag));
+    auto& sets = places_.back().complete;
+    Reference& made =
+        sets[{characters.get(), &block, (number * kLevels + level) * 2 + (carriesMargins(blockTag) ? 1 : 0)}];
     if (made) return made;
-    std::vector<AttributeSet::Entry> entries;
-    entries.reserve(characters->entries().size() + (directions.empty() ? 1 : 2));
-    entries = characters->entries();
-    entries.emplace_back(kParagraphStyleAttributeName, paragraph);
-    if (!directions.empty()) entries.emplace_back(kWritingDirectionAttributeName, directions);
-    made = std::make_shared<const AttributeSet>(std::move(entries));
-    return made;
+    const ParagraphStyleReference& style = paragraph(block, blockTag);
+    Reference& same = sets[{characters.get(), style.get(), number}]; // of another block that looks alike
+    if (!same) {
+        AttributeSet set = characters->with(kParagraphStyleAttributeName, style);
+        if (!directions.empty()) set = set.with(kWritingDirectionAttributeName, directions);
+        same = std::make_shared<const AttributeSet>(std::move(set));
+    }
+    return made = same;
+}
+
+void HTMLAttributes::enterList(std::shared_ptr<TextList> list) {
+    context_.lists.push_back(std::move(list));
+    places_.emplace_back();
+}
+
+void HTMLAttributes::leaveList() {
+    context_.lists.pop_back();
+    places_.pop_back();
+}
+
+void HTMLAttributes::enterCell(std::shared_ptr<TextBlock> cell) {
+    context_.blocks.push_back(std::move(cell));
+    places_.emplace_back();
+}
+
+void HTMLAttributes::leaveCell() {
+    context_.blocks.pop_back();
+    places_.pop_back();
 }
 
 } // namespace platform

@@ -1,4 +1,4 @@
-// From computed styles to attribute sets. Sets are shared: equal styles in equal places give one pointer.
+// From computed styles to attribute sets. Equal sets in one place (the page, one list, one cell) are one object.
 #pragma once
 
 #include <cstdint>
@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/html/CssStyle.h"
@@ -15,27 +16,33 @@
 
 namespace platform {
 
-// The lists and table cells that are open, outermost first. `number` names the combination: equal numbers mean equal
-// lists and cells.
+// The lists and table cells that are open, outermost first.
 struct HTMLParagraphContext {
     std::vector<std::shared_ptr<TextList>> lists;
     std::vector<std::shared_ptr<TextBlock>> blocks;
-    std::uint32_t number = 0;
 };
 
 class HTMLAttributes {
   public:
     using Reference = AttributeSet::Reference;
 
+    HTMLAttributes() : places_(1) {}
+
     // The character attributes that an element sets itself. Nothing of its surroundings is in them.
     Reference characters(const CssStyle& style, HTMLTag tag);
     // The outer element's attributes with the inner one's laid over them.
     Reference united(const Reference& outer, const Reference& inner);
-    // The style of a paragraph whose nearest block element is that one.
-    ParagraphStyleReference paragraph(const CssStyle& block, HTMLTag tag, const HTMLParagraphContext& context);
-    // All together: what is written into the text. Directions are those of embeddings around, outermost first.
-    Reference complete(const Reference& characters, const ParagraphStyleReference& paragraph,
+    // What is written into the text: character attributes with the paragraph style of the nearest block element.
+    // Directions are those of embeddings around, outermost first.
+    Reference complete(const Reference& characters, const CssStyle& block, HTMLTag blockTag,
                        const std::vector<std::int64_t>& directions);
+
+    // A list or a cell begins or ends. What was made inside is of no use outside, and is not kept.
+    void enterList(std::shared_ptr<TextList> list);
+    void leaveList();
+    void enterCell(std::shared_ptr<TextBlock> cell);
+    void leaveCell();
+    const HTMLParagraphContext& context() const { return context_; }
 
   private:
     struct Key {
@@ -47,13 +54,34 @@ class HTMLAttributes {
     struct KeyHash {
         std::size_t operator()(const Key& key) const;
     };
-    AttributeSet madeCharacters(const CssStyle& style, HTMLTag tag);
+    struct SetHash {
+        std::size_t operator()(const Reference& set) const { return hashOf(*set); }
+    };
+    struct SetEqual {
+        bool operator()(const Reference& a, const Reference& b) const { return *a == *b; }
+    };
+    struct StyleHash {
+        std::size_t operator()(const ParagraphStyleReference& style) const { return hashOf(AttributeValue(style)); }
+    };
+    struct StyleEqual {
+        bool operator()(const ParagraphStyleReference& a, const ParagraphStyleReference& b) const { return *a == *b; }
+    };
+    // The innermost list or cell, or the page outside them all.
+    struct Place {
+        std::unordered_map<Key, Reference, KeyHash> complete;
+        std::unordered_set<ParagraphStyleReference, StyleHash, StyleEqual> paragraphs;
+    };
 
-    std::unordered_map<Key, Reference, KeyHash> characters_, united_, complete_;
-    std::unordered_map<Key, ParagraphStyleReference, KeyHash> paragraphs_;
+    AttributeSet madeCharacters(const CssStyle& style, HTMLTag tag);
+    Reference shared(AttributeSet set);
+    const ParagraphStyleReference& paragraph(const CssStyle& block, HTMLTag tag);
+
+    // Keys are addresses: what they name lives as long as the maps.
+    std::unordered_map<Key, Reference, KeyHash> characters_, united_;
+    std::unordered_set<Reference, SetHash, SetEqual> distinct_; // of both
     std::map<std::vector<std::int64_t>, std::uint64_t> directions_;
-    // Keys are addresses: what they name must not be freed and made anew elsewhere.
-    std::vector<Reference> kept_;
+    HTMLParagraphContext context_;
+    std::vector<Place> places_;
 };
 
 // The font of a style: the first family that is known, in the nearest face.

@@ -16,22 +16,43 @@ const ParagraphStyle* paragraphOf(const AttributeSet& set) {
     return style ? style->get() : nullptr;
 }
 
-class MarkerWriter {
-  public:
-    explicit MarkerWriter(const HTMLListLinks& links) : links_(links) {}
+struct Marker {
+    std::size_t position = 0; // in the text without markers
+    std::u16string text;
+    Attributes attributes;
+};
 
-    void appendMarker(AttributedString& text, const Attributes& first) {
-        const ParagraphStyle* style = paragraphOf(*first);
-        if (!style || style->textLists.empty()) return;
-        const std::shared_ptr<TextList>& list = style->textLists.back();
-        const auto number = numbers_.try_emplace(list.get(), list->startingItemNumber()).first->second++;
-        text.append(u"\t" + list->markerForItemNumber(number) + u"\t", markerAttributes(first, *list));
+class MarkerCollector {
+  public:
+    explicit MarkerCollector(const HTMLListLinks& links) : links_(links) {}
+
+    void collect(std::u16string_view text, const std::vector<AttributedString::Run>& runs) {
+        std::size_t at = 0;
+        bool startsParagraph = true;
+        for (const AttributedString::Run& run : runs) {
+            const ParagraphStyle* style = paragraphOf(*run.attributes);
+            const bool isListed = style && !style->textLists.empty();
+            while (at < run.end) {
+                if (startsParagraph && isListed) add(at, *style->textLists.back(), run.attributes);
+                // Only in a list do paragraphs have to be told apart.
+                const std::size_t newline = isListed ? text.find(u'\n', at) : std::u16string_view::npos;
+                at = newline < run.end ? newline + 1 : run.end;
+                startsParagraph = text[at - 1] == u'\n';
+            }
+        }
     }
 
+    std::vector<Marker> markers;
+
   private:
+    void add(std::size_t position, const TextList& list, const Attributes& first) {
+        const auto number = numbers_.try_emplace(&list, list.startingItemNumber()).first->second++;
+        markers.push_back({position, u"\t" + list.markerForItemNumber(number) + u"\t", markerAttributes(first, list)});
+    }
+
     // Font, colors and paragraph style of the paragraph's first character, and nothing else of it.
     Attributes markerAttributes(const Attributes& first, const TextList& list) {
-        Attributes& made = markerSets_[first.get()];
+        Attributes& made = sets_[first.get()];
         if (made) return made;
         std::vector<AttributeSet::Entry> entries;
         entries.reserve(5);
@@ -45,31 +66,51 @@ class MarkerWriter {
 
     const HTMLListLinks& links_;
     std::unordered_map<const TextList*, std::int64_t> numbers_;
-    std::unordered_map<const AttributeSet*, Attributes> markerSets_;
+    std::unordered_map<const AttributeSet*, Attributes> sets_;
 };
+
+// Moves each piece of the text once, the last one first.
+void insertTexts(std::u16string& text, const std::vector<Marker>& markers) {
+    std::size_t from = text.size(), to = from;
+    for (const Marker& marker : markers) to += marker.text.size();
+    text.resize(to);
+    const auto at = [&text](std::size_t position) { return text.begin() + static_cast<std::ptrdiff_t>(position); };
+    for (auto marker = markers.rbegin(); marker != markers.rend(); ++marker) {
+        std::move_backward(at(marker->position), at(from), at(to));
+        to -= from - marker->position + marker->text.size();
+        std::ranges::copy(marker->text, at(to));
+        from = marker->position;
+    }
+}
+
+std::vector<AttributedString::Run> withRunsOf(const std::vector<Marker>& markers,
+                                              std::vector<AttributedString::Run> runs) {
+    std::vector<AttributedString::Run> all;
+    all.reserve(runs.size() + 2 * markers.size());
+    const auto add = [&all](std::size_t end, const Attributes& attributes) {
+        if (end > (all.empty() ? 0 : all.back().end)) all.push_back({end, attributes});
+    };
+    std::size_t inserted = 0;
+    auto marker = markers.begin();
+    for (const AttributedString::Run& run : runs) {
+        for (; marker != markers.end() && marker->position < run.end; ++marker) {
+            add(marker->position + inserted, run.attributes);
+            inserted += marker->text.size();
+            add(marker->position + inserted, marker->attributes);
+        }
+        add(run.end + inserted, run.attributes);
+    }
+    return all;
+}
 
 } // namespace
 
-AttributedString textWithListMarkers(const HTMLTextBuilder& written, const HTMLListLinks& links) {
-    const std::u16string_view all = written.text();
-    AttributedString text;
-    MarkerWriter markers(links);
-    std::size_t at = 0;
-    bool startsParagraph = true;
-    for (const AttributedString::Run& run : written.runs()) {
-        const ParagraphStyle* style = paragraphOf(*run.attributes);
-        const bool isListed = style && !style->textLists.empty();
-        while (at < run.end) {
-            if (startsParagraph) markers.appendMarker(text, run.attributes);
-            // Only in a list do paragraphs have to be told apart.
-            const std::size_t newline = isListed ? all.find(u'\n', at) : std::u16string_view::npos;
-            const std::size_t end = newline < run.end ? newline + 1 : run.end;
-            text.append(all.substr(at, end - at), run.attributes);
-            startsParagraph = all[end - 1] == u'\n';
-            at = end;
-        }
-    }
-    return text;
+AttributedString textWithListMarkers(HTMLTextBuilder&& written, const HTMLListLinks& links) {
+    MarkerCollector found(links);
+    found.collect(written.text(), written.runs());
+    std::u16string text = written.takeText();
+    insertTexts(text, found.markers);
+    return {std::move(text), withRunsOf(found.markers, written.takeRuns())};
 }
 
 } // namespace platform

@@ -14,8 +14,8 @@ namespace platform {
 // The link around a list, which its markers take; lists without one have no entry.
 using HTMLListLinks = std::unordered_map<const TextList*, AttributeValue>;
 
-// The text with "tab, marker, tab" at the start of every paragraph of a list. Numbers go on after nested lists. One
-// pass.
-AttributedString textWithListMarkers(const HTMLTextBuilder& written, const HTMLListLinks& links);
+// The text, taken over, with "tab, marker, tab" at the start of every paragraph of a list. Numbers go on after nested
+// lists. One pass, and no second copy of the text.
+AttributedString textWithListMarkers(HTMLTextBuilder&& written, const HTMLListLinks& links);
 
 } // namespace platform

@@ -57,13 +57,15 @@ constexpr auto kMarkerFormats = std::to_array<std::string_view>({
 class PageWalk {
   public:
     PageWalk(HTMLDocument page, const HTMLReadOptions& options)
-        : page_(std::move(page)), resolver_(page_), tables_(page_), images_(options) {}
+        : page_(std::move(page)), resolver_(page_), tables_(page_), images_(options) {
+        text_.reserve(page_.textSize() + page_.size()); // most elements write one character or none
+    }
 
     void run();
     const HTMLDocument& page() const { return page_; }
     // The tree is as large as the text that is made next, and not needed for it.
     void releasePage() { page_ = HTMLDocument(); }
-    const HTMLTextBuilder& written() const { return text_; }
+    HTMLTextBuilder& written() { return text_; }
     const HTMLListLinks& listLinks() const { return listLinks_; }
     const std::optional<CssRGBA>& background() const { return background_; }
 
@@ -77,11 +79,10 @@ class PageWalk {
         bool isBlock = false;
         bool pushedDirection = false;
         bool pushedList = false, pushedTable = false, pushedCell = false;
-        bool ownsLooseTable = false;     // its children are rows or cells without a table
-        std::uint32_t contextAround = 0; // the paragraph context's number before this element's list or cell
-        std::size_t block = 0;           // index of the nearest open block, itself included
-        std::size_t start = 0;           // length of the text when the element was entered
-        std::vector<NodeIndex> footers;  // of a table: visited when its rows are through
+        bool ownsLooseTable = false;    // its children are rows or cells without a table
+        std::size_t block = 0;          // index of the nearest open block, itself included
+        std::size_t start = 0;          // length of the text when the element was entered
+        std::vector<NodeIndex> footers; // of a table: visited when its rows are through
         std::size_t footersVisited = 0;
         AttributeSet::Reference own, united;
     };
@@ -105,7 +106,7 @@ class PageWalk {
     AttributeSet::Reference ownAttributes(const Frame& frame);
     AttributeSet::Reference textAttributes(const Frame& frame);
     AttributeSet::Reference complete(const Frame& frame, const AttributeSet::Reference& characters);
-    bool inList() const { return !context_.lists.empty(); }
+    bool inList() const { return !attributes_.context().lists.empty(); }
     // A block inside a list that is no list and no item ends lines, not paragraphs.
     bool endsLineOnly(const Frame& frame) const {
         return inList() && frame.style->display == CssDisplay::block && frame.tag != HTMLTag::li &&
@@ -120,8 +121,6 @@ class PageWalk {
     HTMLImages images_;
     HTMLTextBuilder text_;
     std::vector<Frame> open_;
-    HTMLParagraphContext context_;
-    std::uint32_t lastContext_ = 0;
     std::vector<std::int64_t> directions_;
     HTMLListLinks listLinks_;
     std::optional<CssRGBA> background_;
@@ -130,9 +129,8 @@ class PageWalk {
 
 AttributeSet::Reference PageWalk::complete(const Frame& frame, const AttributeSet::Reference& characters) {
     const Frame& block = frame.block < open_.size() ? open_[frame.block] : frame;
-    const auto paragraph = attributes_.paragraph(*block.style, block.tag, context_);
     static const std::vector<std::int64_t> kNoDirections;
-    return attributes_.complete(characters, paragraph, frame.isBlock ? kNoDirections : directions_);
+    return attributes_.complete(characters, *block.style, block.tag, frame.isBlock ? kNoDirections : directions_);
 }
 
 AttributeSet::Reference PageWalk::ownAttributes(const Frame& frame) {
@@ -184,7 +182,6 @@ bool PageWalk::enter(NodeIndex node) {
     frame.tag = page_[node].tag;
     frame.isBlock = isBlockDisplay(*style);
     frame.block = frame.isBlock || open_.empty() ? open_.size() : top().block;
-    frame.contextAround = context_.number;
     frame.own = attributes_.characters(*style, frame.tag);
     frame.united = open_.empty() ? frame.own : attributes_.united(top().united, frame.own);
     if (style->display == CssDisplay::tableFooterGroup && !open_.empty() && top().pushedTable && top().next != kNone) {
@@ -286,7 +283,7 @@ bool PageWalk::processByTag(Frame& frame) {
 }
 
 void PageWalk::openList(Frame& frame) {
-    if (context_.lists.size() >= kMostListsAround) return;
+    if (attributes_.context().lists.size() >= kMostListsAround) return;
     const auto style = static_cast<std::size_t>(frame.style->listStyle);
     const bool isOrdered = frame.tag == HTMLTag::ol;
     const std::string_view format = style < kMarkerFormats.size() ? kMarkerFormats[style]
@@ -309,8 +306,7 @@ void PageWalk::openList(Frame& frame) {
             if (const auto link = linkOf(*outer)) listLinks_.emplace(list.get(), *link);
             break;
         }
-    context_.lists.push_back(std::move(list));
-    context_.number = ++lastContext_;
+    attributes_.enterList(std::move(list));
     frame.pushedList = true;
 }
 
@@ -329,7 +325,7 @@ void PageWalk::addColumns(const Frame& group) {
 void PageWalk::prepareLooseTable(const CssStyle& child) {
     const bool isPart = child.display == CssDisplay::tableRow || child.display == CssDisplay::tableCell;
     if (!isPart) return endLooseTable();
-    if (tables_.depth() > context_.blocks.size()) return; // a table is open whose cell this can be
+    if (tables_.depth() > attributes_.context().blocks.size()) return; // a table is open whose cell this can be
     tables_.enterAnonymousTable();
     top().ownsLooseTable = true;
 }
@@ -341,9 +337,8 @@ void PageWalk::endLooseTable() {
 
 void PageWalk::openCell(Frame& frame) {
     auto cell = tables_.addCell(frame.node, *frame.style);
-    if (context_.blocks.size() >= kMostCellsAround) return;
-    context_.blocks.push_back(std::move(cell));
-    context_.number = ++lastContext_;
+    if (attributes_.context().blocks.size() >= kMostCellsAround) return;
+    attributes_.enterCell(std::move(cell));
     frame.pushedCell = true;
 }
 
@@ -366,10 +361,9 @@ void PageWalk::leave() {
     } else if (frame.pushedDirection && !directions_.empty()) {
         directions_.pop_back();
     }
-    if (frame.pushedList) context_.lists.pop_back();
-    if (frame.pushedCell) context_.blocks.pop_back();
+    if (frame.pushedList) attributes_.leaveList();
+    if (frame.pushedCell) attributes_.leaveCell();
     if (frame.pushedTable) tables_.leaveTable();
-    context_.number = frame.contextAround;
     open_.pop_back();
 }
 
@@ -469,7 +463,7 @@ HTMLDocumentText attributedStringFromHTMLDocument(HTMLDocument page, const HTMLR
     walk.run();
     read.documentAttributes = htmlDocumentAttributes(walk.page(), walk.background());
     walk.releasePage();
-    read.text = textWithListMarkers(walk.written(), walk.listLinks());
+    read.text = textWithListMarkers(std::move(walk.written()), walk.listLinks());
     return read;
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <functional>
 
 #include "platform/html/HTMLAttributes.h"
 
@@ -22,16 +23,6 @@ constexpr std::array<BlockEdge, 4> kEdges{BlockEdge::top, BlockEdge::right, Bloc
 
 BlockLength blockLength(const CssLength& length) {
     return {length.isAutomatic ? 0 : length.value, length.isPercentage};
-}
-
-void setBox(TextBlock& block, const CssStyle& style) {
-    for (std::size_t i = 0; i < kEdges.size(); ++i) {
-        block.width(BlockLayer::padding, kEdges[i]) = blockLength(style.padding[i]);
-        block.width(BlockLayer::border, kEdges[i]) = {style.borderWidth[i], false};
-        block.width(BlockLayer::margin, kEdges[i]) = blockLength(style.margin[i]);
-        block.borderColors[static_cast<std::size_t>(kEdges[i])] = colorFromCss(style.borderColor[i]);
-    }
-    if (style.background.alpha > 0) block.backgroundColor = colorFromCss(style.background);
 }
 
 BlockVerticalAlignment verticalAlignment(CssVerticalAlign align) {
@@ -54,6 +45,28 @@ bool isAbsolute(const CssLength& length) {
 }
 
 } // namespace
+
+std::size_t HTMLTables::ColorHash::operator()(const CssRGBA& color) const {
+    std::size_t hash = 0;
+    for (const double component : {color.red, color.green, color.blue, color.alpha})
+        hash = hash * 1099511628211U ^ std::hash<double>()(component);
+    return hash;
+}
+
+const Color& HTMLTables::color(const CssRGBA& color) {
+    const auto known = colors_.find(color);
+    return known != colors_.end() ? known->second : colors_.emplace(color, colorFromCss(color)).first->second;
+}
+
+void HTMLTables::setBox(TextBlock& block, const CssStyle& style) {
+    for (std::size_t i = 0; i < kEdges.size(); ++i) {
+        block.width(BlockLayer::padding, kEdges[i]) = blockLength(style.padding[i]);
+        block.width(BlockLayer::border, kEdges[i]) = {style.borderWidth[i], false};
+        block.width(BlockLayer::margin, kEdges[i]) = blockLength(style.margin[i]);
+        block.borderColors[static_cast<std::size_t>(kEdges[i])] = color(style.borderColor[i]);
+    }
+    if (style.background.alpha > 0) block.backgroundColor = color(style.background);
+}
 
 std::int64_t HTMLTables::number(HTMLDocument::NodeIndex element, HTMLAttribute name, std::int64_t least,
                                 std::int64_t most) const {
@@ -89,7 +102,7 @@ void HTMLTables::enterTable(HTMLDocument::NodeIndex element, const CssStyle& sty
 void HTMLTables::enterAnonymousTable() {
     OpenTable opened;
     opened.table = std::make_shared<TextTable>();
-    for (auto& color : opened.table->borderColors) color = colorFromCss({0, 0, 0, 1});
+    opened.table->borderColors.fill(color({0, 0, 0, 1}));
     opened.cellMargin = kDefaultSpacing / 2;
     open_.push_back(std::move(opened));
 }
@@ -102,7 +115,7 @@ void HTMLTables::enterRow(const CssStyle& style) {
     if (!table.coveredUntil.empty()) table.row = std::max(table.row, *std::ranges::min_element(table.coveredUntil));
     table.column = 0;
     table.rowBackground.reset();
-    if (style.background.alpha > 0) table.rowBackground = colorFromCss(style.background);
+    if (style.background.alpha > 0) table.rowBackground = color(style.background);
 }
 
 void HTMLTables::addColumns(HTMLDocument::NodeIndex element, const CssStyle& style) {

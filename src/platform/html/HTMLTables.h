@@ -1,9 +1,11 @@
 // The tables that are open while the HTML reader walks a page: where the next cell goes, and what it looks like.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/html/CssStyle.h"
@@ -41,8 +43,15 @@ class HTMLTables {
     std::int64_t number(HTMLDocument::NodeIndex element, HTMLAttribute name, std::int64_t least,
                         std::int64_t most) const;
 
+    struct ColorHash {
+        std::size_t operator()(const CssRGBA& color) const;
+    };
+    const Color& color(const CssRGBA& color);
+    void setBox(TextBlock& block, const CssStyle& style);
+
     const HTMLDocument& page_;
     std::vector<OpenTable> open_;
+    std::unordered_map<CssRGBA, Color, ColorHash> colors_; // a cell has five; thousands of cells share them
 };
 
 } // namespace platform

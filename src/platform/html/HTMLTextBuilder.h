@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/base/Range.h"
@@ -15,6 +16,7 @@ class HTMLTextBuilder {
   public:
     using Attributes = AttributeSet::Reference;
 
+    void reserve(std::size_t units) { text_.reserve(units); }
     std::size_t length() const { return text_.size(); }
     bool endsInNewline() const { return lastUnit() == u'\n'; }
 
@@ -43,6 +45,8 @@ class HTMLTextBuilder {
 
     const std::u16string& text() const { return text_; }
     const std::vector<AttributedString::Run>& runs() const { return runs_; }
+    std::u16string takeText() { return std::exchange(text_, {}); }
+    std::vector<AttributedString::Run> takeRuns() { return std::exchange(runs_, {}); }
 
   private:
     char16_t lastUnit() const { return text_.empty() ? u'\n' : text_.back(); }

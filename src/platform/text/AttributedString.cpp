@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <iterator>
 #include <unordered_map>
 #include <utility>
 
@@ -70,6 +71,22 @@ AttributedString::AttributedString(std::u16string text, AttributeSet::Reference 
     storage_ = std::make_shared<Storage>();
     storage_->runs.push_back({text.size(), std::move(attributes)});
     storage_->text = std::move(text);
+}
+
+AttributedString::AttributedString(std::u16string text, std::vector<Run> runs) {
+    assert(text.size() == (runs.empty() ? 0 : runs.back().end));
+    if (text.empty()) return;
+    auto kept = runs.begin();
+    for (auto run = std::next(kept); run != runs.end(); ++run) {
+        assert(run->end > std::prev(run)->end);
+        if (sameAttributes(kept->attributes, run->attributes)) {
+            kept->end = run->end;
+        } else if (++kept != run) {
+            *kept = std::move(*run);
+        }
+    }
+    runs.erase(std::next(kept), runs.end());
+    storage_ = std::make_shared<Storage>(std::move(text), std::move(runs));
 }
 
 AttributedString AttributedString::withAttachment(TextAttachmentReference attachment) {

@@ -30,6 +30,8 @@ class AttributedString {
 
     AttributedString() = default;
     explicit AttributedString(std::u16string text, AttributeSet::Reference attributes = AttributeSet::empty());
+    // The runs ascend, none is empty, and the last one ends with the text. Equal neighbours are merged.
+    AttributedString(std::u16string text, std::vector<Run> runs);
     static AttributedString withAttachment(TextAttachmentReference attachment); // one U+FFFC
 
     const std::u16string& string() const;

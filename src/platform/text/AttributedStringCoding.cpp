@@ -26,43 +26,6 @@ namespace {
 // Older documents have another name for the attribute of vertical text.
 constexpr std::string_view kOldVerticalGlyphFormName = "NSVerticalGlyphForm";
 
-std::size_t combined(std::size_t seed, std::size_t hash) {
-    return seed ^ (hash + 0x9E3779B97F4A7C15 + (seed << 6) + (seed >> 2));
-}
-
-// Equal values have equal hashes, integers and reals of one value too.
-std::size_t hashOf(const AttributeValue& value) {
-    struct Hash {
-        std::size_t operator()(std::int64_t integer) const { return std::hash<double>()(static_cast<double>(integer)); }
-        std::size_t operator()(double real) const { return real == real ? std::hash<double>()(real) : 0; }
-        std::size_t operator()(const std::u16string& text) const { return std::hash<std::u16string>()(text); }
-        std::size_t operator()(const URL& url) const { return std::hash<std::string>()(url.absoluteString()); }
-        std::size_t operator()(const Font& font) const {
-            return combined(std::hash<std::string>()(font.fontName()), (*this)(font.pointSize()));
-        }
-        std::size_t operator()(const Color& color) const {
-            std::size_t hash = std::hash<std::string>()(color.colorNameComponent());
-            for (const double component : color.components()) hash = combined(hash, (*this)(component));
-            return hash;
-        }
-        std::size_t operator()(const ParagraphStyleReference& style) const {
-            if (!style) return 0;
-            std::size_t hash = static_cast<std::size_t>(style->alignment);
-            for (const double length : {style->headIndent, style->firstLineHeadIndent, style->paragraphSpacing})
-                hash = combined(hash, (*this)(length));
-            for (const auto& list : style->textLists) hash = combined(hash, std::hash<const void*>()(list.get()));
-            for (const auto& block : style->textBlocks) hash = combined(hash, std::hash<const void*>()(block.get()));
-            return hash;
-        }
-        std::size_t operator()(const TextAttachmentReference& attachment) const {
-            return std::hash<const void*>()(attachment.get());
-        }
-        std::size_t operator()(const Shadow& shadow) const { return (*this)(shadow.blurRadius()); }
-        std::size_t operator()(const std::vector<std::int64_t>& numbers) const { return numbers.size(); }
-    };
-    return std::visit(Hash(), value);
-}
-
 struct ValueHash {
     std::size_t operator()(const AttributeValue& value) const { return hashOf(value); }
 };
@@ -72,12 +35,7 @@ struct ValueEqual {
     }
 };
 struct SetHash {
-    std::size_t operator()(const AttributeSet* set) const {
-        std::size_t hash = 0;
-        for (const auto& [name, value] : set->entries())
-            hash = combined(combined(hash, std::hash<const void*>()(&name.string())), hashOf(value));
-        return hash;
-    }
+    std::size_t operator()(const AttributeSet* set) const { return hashOf(*set); }
 };
 struct SetEqual {
     bool operator()(const AttributeSet* a, const AttributeSet* b) const { return a == b || *a == *b; }

@@ -88,6 +88,15 @@ TEST(AttributedString, MergesEqualNeighbours) {
     EXPECT_EQ(text, AttributedString(u"abcdef", kernSet(1)));
 }
 
+TEST(AttributedString, MergesEqualNeighboursOfRunsGivenAtOnce) {
+    const AttributedString text(u"abcdef",
+                                {{1, kernSet(1)}, {2, kernSet(1)}, {3, kernSet(0)}, {5, kernSet(2)}, {6, kernSet(2)}});
+    ASSERT_EQ(text.runs().size(), 3U);
+    EXPECT_EQ(modelOf(text), (Model{{u'a', 1}, {u'b', 1}, {u'c', 0}, {u'd', 2}, {u'e', 2}, {u'f', 2}}));
+    EXPECT_EQ(AttributedString(u"ab", {{1, kernSet(1)}, {2, kernSet(2)}}).runs().size(), 2U);
+    EXPECT_TRUE(AttributedString(u"", std::vector<AttributedString::Run>()).empty());
+}
+
 TEST(AttributedString, CopiesShareUntilOneChanges) {
     AttributedString text(u"abc", kernSet(1));
     const AttributedString copy = text;

@@ -49,6 +49,10 @@ bool equalNumbers(std::int64_t integer, double real) {
            static_cast<std::int64_t>(real) == integer;
 }
 
+std::size_t combined(std::size_t seed, std::size_t hash) {
+    return seed ^ (hash + 0x9E3779B97F4A7C15 + (seed << 6) + (seed >> 2));
+}
+
 bool byName(const AttributeSet::Entry& a, const AttributeSet::Entry& b) {
     return a.first != b.first && a.first.string() < b.first.string();
 }
@@ -76,6 +80,38 @@ bool equalAttributeValues(const AttributeValue& a, const AttributeValue& b) {
         return other && (*style == *other || (*style && *other && **style == **other));
     }
     return a == b;
+}
+
+std::size_t hashOf(const AttributeValue& value) {
+    struct Hash {
+        std::size_t operator()(std::int64_t integer) const { return std::hash<double>()(static_cast<double>(integer)); }
+        std::size_t operator()(double real) const { return real == real ? std::hash<double>()(real) : 0; }
+        std::size_t operator()(const std::u16string& text) const { return std::hash<std::u16string>()(text); }
+        std::size_t operator()(const URL& url) const { return std::hash<std::string>()(url.absoluteString()); }
+        std::size_t operator()(const Font& font) const {
+            return combined(std::hash<std::string>()(font.fontName()), (*this)(font.pointSize()));
+        }
+        std::size_t operator()(const Color& color) const {
+            std::size_t hash = std::hash<std::string>()(color.colorNameComponent());
+            for (const double component : color.components()) hash = combined(hash, (*this)(component));
+            return hash;
+        }
+        std::size_t operator()(const ParagraphStyleReference& style) const {
+            if (!style) return 0;
+            std::size_t hash = static_cast<std::size_t>(style->alignment);
+            for (const double length : {style->headIndent, style->firstLineHeadIndent, style->paragraphSpacing})
+                hash = combined(hash, (*this)(length));
+            for (const auto& list : style->textLists) hash = combined(hash, std::hash<const void*>()(list.get()));
+            for (const auto& block : style->textBlocks) hash = combined(hash, std::hash<const void*>()(block.get()));
+            return hash;
+        }
+        std::size_t operator()(const TextAttachmentReference& attachment) const {
+            return std::hash<const void*>()(attachment.get());
+        }
+        std::size_t operator()(const Shadow& shadow) const { return (*this)(shadow.blurRadius()); }
+        std::size_t operator()(const std::vector<std::int64_t>& numbers) const { return numbers.size(); }
+    };
+    return std::visit(Hash(), value);
 }
 
 std::int64_t integerValue(const AttributeValue& value) {
@@ -153,6 +189,13 @@ AttributeSet AttributeSet::merging(const AttributeSet& other) const {
         merged.entries_.push_back(*theirs++);
     }
     return merged;
+}
+
+std::size_t hashOf(const AttributeSet& set) {
+    std::size_t hash = 0;
+    for (const auto& [name, value] : set.entries())
+        hash = combined(combined(hash, std::hash<const void*>()(&name.string())), hashOf(value));
+    return hash;
 }
 
 bool operator==(const AttributeSet& a, const AttributeSet& b) {

@@ -102,6 +102,8 @@ static_assert(sizeof(AttributeValue) <= 40);
 
 // Equal by value; paragraph styles by what they say, attachments by identity; an integer equals a real of its value.
 bool equalAttributeValues(const AttributeValue& a, const AttributeValue& b);
+// Equal values have equal hashes, integers and reals of one value too.
+std::size_t hashOf(const AttributeValue& value);
 
 // A number's integer value (cut toward zero), 0 for what is no number.
 std::int64_t integerValue(const AttributeValue& value);
@@ -138,5 +140,7 @@ class AttributeSet {
   private:
     std::vector<Entry> entries_;
 };
+
+std::size_t hashOf(const AttributeSet& set); // equal sets have equal hashes
 
 } // namespace platform

@@ -78,6 +78,18 @@ TEST(Shadows, AreEqualByValue) {
     EXPECT_TRUE(equalAttributeValues(shadow, Shadow(1, -2, 3, Color::black())));
 }
 
+TEST(AttributeValues, OfEqualValueHaveEqualHashes) {
+    EXPECT_EQ(hashOf(AttributeValue(std::int64_t{3})), hashOf(AttributeValue(3.0)));
+    EXPECT_EQ(hashOf(AttributeValue(Color::black())), hashOf(AttributeValue(Color::black())));
+    EXPECT_NE(hashOf(AttributeValue(Color::black())), hashOf(AttributeValue(Color::white())));
+    const auto style = std::make_shared<const ParagraphStyle>(), same = std::make_shared<const ParagraphStyle>();
+    EXPECT_EQ(hashOf(AttributeValue(style)), hashOf(AttributeValue(same)));
+    const AttributeSet set{{kKernAttributeName, 1.0}, {kParagraphStyleAttributeName, style}};
+    EXPECT_EQ(hashOf(set),
+              hashOf(AttributeSet{{kKernAttributeName, std::int64_t{1}}, {kParagraphStyleAttributeName, same}}));
+    EXPECT_NE(hashOf(set), hashOf(set.with(kKernAttributeName, 2.0)));
+}
+
 TEST(AttributeSets, SortByNameAndKeepTheLaterOfTwo) {
     const AttributeSet set{
         {kKernAttributeName, std::int64_t{1}}, {kFontAttributeName, 2.0}, {kKernAttributeName, std::int64_t{3}}};

@@ -26,6 +26,8 @@ constexpr std::size_t kBlockSize = 64 * 1024;
 constexpr std::size_t kLargeValue = 4096; // bytes; taken over instead of copied
 // The parser searches its own stack of open elements for every stray end tag; beyond this it is kept from growing.
 constexpr int kParserStack = 512;
+constexpr std::size_t kShortTag = 8; // bytes that a tag has, with the text behind it, on pages that say something
+constexpr std::size_t kImpliedNodes = 16;
 constexpr std::size_t kLongTag = 2048; // bytes; shorter tags cannot hold too many attributes
 
 std::string_view view(const xmlChar* text) {
@@ -64,9 +66,12 @@ std::pair<std::size_t, std::size_t> countWords(std::string_view page, std::size_
     return {words, at};
 }
 
-Result<> checkTags(std::string_view page) {
+// How many tags a page has at most.
+Result<std::size_t> countTags(std::string_view page) {
+    std::size_t tags = 0;
     std::size_t end = 0; // of the tag; looked for again only behind the last one found
     for (std::size_t at = page.find('<'); at != std::string_view::npos; at = page.find('<', at + 1)) {
+        ++tags;
         if (end < at) end = std::min(page.find('>', at), page.size());
         if (end - at < kLongTag) continue;
         const auto [words, next] = countWords(page, at);
@@ -78,7 +83,7 @@ Result<> checkTags(std::string_view page) {
         }
         at = std::max(at, std::min(next, page.size() - 1) - 1);
     }
-    return {};
+    return tags;
 }
 
 // Document types that browsers read in quirks mode, by the start of their public identifier in lower case.
@@ -289,7 +294,11 @@ Result<HTMLDocument> HTMLDocument::parse(std::string_view bytes) {
                                               static_cast<std::int64_t>(HTMLDocumentError::tooLarge),
                                               "the page is larger than 2 GB"));
     document.encoding_ = std::move(page.encoding);
-    TRY(checkTags(page.text));
+    // A tag or a text is a node. What is not used of this is never touched; growing would move a large tree a dozen
+    // times, and hold it twice.
+    const std::size_t tags = TRY(countTags(page.text));
+    document.nodes_.reserve(std::min(tags, page.text.size() / kShortTag) + kImpliedNodes);
+    document.text_.reserve(page.text.size());
     HTMLPageParser parser(document);
     TRY(parser.parse(page.text));
     return document;

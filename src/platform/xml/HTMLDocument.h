@@ -65,6 +65,8 @@ class HTMLDocument {
     std::string_view name(NodeIndex index) const;
     // An attribute's value, of the first of that name; nothing when absent.
     std::optional<std::string_view> attribute(NodeIndex index, HTMLAttribute name) const;
+    // Bytes of all texts of the page.
+    std::size_t textSize() const { return text_.size(); }
     // The texts of all descendants of an element joined.
     std::string textContent(NodeIndex index) const;
 

@@ -1,0 +1,83 @@
+// What reading a large clipping costs. Memory is the process's own, so that the parser underneath counts.
+#include "platform/html/HTMLReader.h"
+
+#include <cstddef>
+#include <fstream>
+#include <string>
+#include <string_view>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include "platform/xml/HTMLDocument.h"
+
+namespace platform {
+namespace {
+
+// 43 nodes: a text with formatting and a link, a nested list, a table with borders, code.
+std::string section(int number, std::string_view filler) {
+    return fmt::format(
+        "<div style=\"margin: 0px 0px 1em; padding: 0px; font-family: Helvetica, Arial, sans-serif; font-size: 15px; "
+        "color: rgb(51, 51, 51);\"><h2 style=\"font-size: 20px; font-weight: bold;\">Section {0}</h2>\n"
+        "<p class=\"text\">A text with <b>bold</b>, <i>italic</i> and <span style=\"background-color: rgb(255, 250, "
+        "165);\">marked</span> words, and a <a href=\"https://example.org/page?n={0}&amp;x=1\" style=\"color: rgb(0, "
+        "102, 204);\">link</a> in it.{1}</p>\n"
+        "<ul><li><div>First item of the list</div></li><li><div>Second item of it</div><ul><li>deeper</li></ul></li>"
+        "</ul>\n<table style=\"border-collapse: collapse;\"><tbody><tr><td style=\"padding: 8px; border: 1px solid "
+        "rgb(204, 204, 204);\">left {0}</td><td style=\"padding: 8px; border: 1px solid rgb(204, 204, 204);\">right"
+        "</td></tr></tbody></table>\n<pre>code {0}\n\tindented</pre><div><br></div></div>\n",
+        number, filler);
+}
+
+std::string pageOfSize(std::size_t size, std::string_view filler, std::string_view head = "") {
+    std::string page = fmt::format("<!DOCTYPE html><html><head><meta charset=\"utf-8\">{}</head><body>", head);
+    for (int number = 0; page.size() < size; ++number) page += section(number, filler);
+    return page + "</body></html>";
+}
+
+// The most memory that this process has had since the last call with `restarting`, in bytes.
+double peakMemory(bool restarting) {
+    if (restarting) {
+        malloc_trim(0);
+        std::ofstream("/proc/self/clear_refs") << 5;
+    }
+    std::ifstream status("/proc/self/status");
+    constexpr std::string_view kLabel = "VmHWM:";
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with(kLabel)) return std::stod(line.substr(kLabel.size())) * 1024;
+    return 0;
+}
+
+TEST(HTMLReaderCost, TakesLessMemoryThanTenPages) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the address sanitizer holds on to what has been freed";
+#endif
+    struct Row {
+        const char* what;
+        std::size_t size;
+        std::string filler, head;
+        std::size_t leastNodes;
+        double sizes; // of the page; more is too much
+    };
+    const Row kRows[] = {
+        {"an ordinary clipping", 5'000'000, std::string(470, 'x'), "", 130'000, 9},
+        {"hardly any text", 2'500'000, "", "", 90'000, 10},
+        {"looks from rules", 2'500'000, "", "<style>p, div > b {color: navy} .text {margin: 0}</style>", 90'000, 10},
+    };
+    ASSERT_TRUE(attributedStringFromHTMLData(section(0, "")).has_value()); // what is made once for all pages
+    for (const Row& row : kRows) {
+        const std::string page = pageOfSize(row.size, row.filler, row.head);
+        EXPECT_GE(HTMLDocument::parse(page)->size(), row.leastNodes) << row.what;
+        const double before = peakMemory(true);
+        ASSERT_GT(before, 0);
+        const auto read = attributedStringFromHTMLData(page);
+        ASSERT_TRUE(read.has_value());
+        const double sizes = (peakMemory(false) - before) / static_cast<double>(page.size());
+        EXPECT_GT(sizes, 1) << row.what; // the text and its runs at the least
+        EXPECT_LT(sizes, row.sizes) << row.what;
+    }
+}
+
+} // namespace
+} // namespace platform
