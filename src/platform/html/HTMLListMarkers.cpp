@@ -35,8 +35,8 @@ class MarkerCollector {
             while (at < run.end) {
                 if (startsParagraph && isListed) add(at, *style->textLists.back(), run.attributes);
                 // Only in a list do paragraphs have to be told apart.
-                const std::size_t newline = isListed ? text.find(u'\n', at) : std::u16string_view::npos;
-                at = newline < run.end ? newline + 1 : run.end;
+                const std::size_t newline = isListed ? text.substr(0, run.end).find(u'\n', at) : text.npos;
+                at = newline != text.npos ? newline + 1 : run.end;
                 startsParagraph = text[at - 1] == u'\n';
             }
         }

@@ -1,7 +1,9 @@
 // What reading a large clipping costs. Memory is the process's own, so that the parser underneath counts.
 #include "platform/html/HTMLReader.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <ctime>
 #include <fstream>
 #include <string>
 #include <string_view>
@@ -34,6 +36,16 @@ std::string pageOfSize(std::size_t size, std::string_view filler, std::string_vi
     std::string page = fmt::format("<!DOCTYPE html><html><head><meta charset=\"utf-8\">{}</head><body>", head);
     for (int number = 0; page.size() < size; ++number) page += section(number, filler);
     return page + "</body></html>";
+}
+
+double secondsToRead(const std::string& page) {
+    double least = 1e9; // whatever else the machine does only makes a run longer
+    for (int run = 0; run < 3; ++run) {
+        const std::clock_t start = std::clock();
+        EXPECT_TRUE(attributedStringFromHTMLData(page).has_value());
+        least = std::min(least, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+    }
+    return least;
 }
 
 // The most memory that this process has had since the last call with `restarting`, in bytes.
@@ -76,6 +88,28 @@ TEST(HTMLReaderCost, TakesLessMemoryThanTenPages) {
         const double sizes = (peakMemory(false) - before) / static_cast<double>(page.size());
         EXPECT_GT(sizes, 1) << row.what; // the text and its runs at the least
         EXPECT_LT(sizes, row.sizes) << row.what;
+    }
+}
+
+TEST(HTMLReaderCost, GrowsWithTheSizeOfThePage) {
+    struct Row {
+        const char* what;
+        std::string (*page)(int count);
+        int count;
+    };
+    const Row kRows[] = {
+        {"a clipping", [](int count) { return pageOfSize(static_cast<std::size_t>(count), ""); }, 200'000},
+        {"links in one item of a list",
+         [](int count) {
+             std::string page = "<ul><li>";
+             for (int i = 0; i < count; ++i) page += fmt::format("<a href=https://e.org/{0}>l<b>{0}</b></a> ", i);
+             return page;
+         },
+         4'000},
+    };
+    for (const Row& row : kRows) {
+        const double one = secondsToRead(row.page(row.count)), four = secondsToRead(row.page(4 * row.count));
+        EXPECT_LT(four, 9 * one) << row.what << ": a fourfold page takes " << four << " s, this one " << one;
     }
 }
 
