@@ -16,6 +16,7 @@
 
 #include "platform/base/UTF16.h"
 #include "platform/xml/HTMLEncoding.h"
+#include "platform/xml/HTMLReferences.h"
 #include "platform/xml/HTMLTreeBuilder.h"
 
 namespace platform {
@@ -138,7 +139,6 @@ class HTMLPageParser {
 
     void startElement(const xmlChar* name, const xmlChar** attributes);
     void endElement(const xmlChar* name);
-    void characters(std::string_view text);
     void error(const xmlError& error);
     HTMLDocument::Attribute kept(HTMLAttribute name, const xmlChar*& value);
     std::size_t position() const;
@@ -148,10 +148,8 @@ class HTMLPageParser {
     HTMLDocument& document_;
     HTMLTreeBuilder builder_;
     std::unique_ptr<xmlParserCtxt, ReleaseContext> context_;
-    std::size_t startedAt_ = 0;     // input position at the last start tag
-    std::size_t endedAt_ = 0;       // input position at which an end tag was dealt with
-    bool ampersand_ = false;        // the last text was "&" alone
-    bool entityWithoutEnd_ = false; // the parser missed a ";"
+    std::size_t startedAt_ = 0; // input position at the last start tag
+    std::size_t endedAt_ = 0;   // input position at which an end tag was dealt with
     std::vector<HTMLDocument::Attribute> pending_;
 };
 
@@ -191,7 +189,6 @@ HTMLDocument::Attribute HTMLPageParser::kept(HTMLAttribute name, const xmlChar*&
 }
 
 void HTMLPageParser::startElement(const xmlChar* xmlName, const xmlChar** attributes) {
-    ampersand_ = false;
     const std::string_view name = view(xmlName);
     if (isImplied(name, attributes)) return;
     pending_.clear();
@@ -209,7 +206,6 @@ void HTMLPageParser::startElement(const xmlChar* xmlName, const xmlChar** attrib
 }
 
 void HTMLPageParser::endElement(const xmlChar* xmlName) {
-    ampersand_ = false;
     const std::size_t at = position();
     if (at == endedAt_ || at <= startedAt_ + 2 || !behindEndTag(view(xmlName))) return; // ended by the parser
     endedAt_ = at;
@@ -217,30 +213,9 @@ void HTMLPageParser::endElement(const xmlChar* xmlName) {
 }
 
 void HTMLPageParser::error(const xmlError& error) {
-    if (error.code == XML_ERR_ENTITYREF_SEMICOL_MISSING) entityWithoutEnd_ = true;
     if (error.code != XML_ERR_TAG_NAME_MISMATCH || error.str1 == nullptr || position() == endedAt_) return;
-    ampersand_ = false;
     endedAt_ = position();
     builder_.endTag(error.str1);
-}
-
-void HTMLPageParser::characters(std::string_view text) {
-    const bool missedEnd = std::exchange(entityWithoutEnd_, false);
-    if (ampersand_ && missedEnd) { // "&nbsp" and its like count without their semicolon
-        constexpr unsigned kLastLatin = 0xFF;
-        const auto* entity = htmlEntityLookup(reinterpret_cast<const xmlChar*>(std::string(text).c_str()));
-        if (entity != nullptr && entity->value <= kLastLatin && text != "apos") {
-            builder_.removeLastByte();
-            ampersand_ = false;
-            return builder_.text(utf8FromUTF16(std::u16string(1, static_cast<char16_t>(entity->value))));
-        }
-    }
-    // A reference to a C1 control means the character of Windows-1252 at that place.
-    if (text.size() == 2 && text[0] == '\xC2' && static_cast<unsigned char>(text[1]) < 0xA0)
-        return builder_.text(windows1252AsUTF8(text[1]));
-    ampersand_ = text == "&";
-    entityWithoutEnd_ = ampersand_ && missedEnd;
-    builder_.text(text);
 }
 
 xmlSAXHandler HTMLPageParser::handler() {
@@ -254,7 +229,7 @@ xmlSAXHandler HTMLPageParser::handler() {
     };
     made.endElement = [](void* user, const xmlChar* name) { self(user).endElement(name); };
     const auto text = [](void* user, const xmlChar* characters, int length) {
-        self(user).characters({reinterpret_cast<const char*>(characters), static_cast<std::size_t>(length)});
+        self(user).builder_.text({reinterpret_cast<const char*>(characters), static_cast<std::size_t>(length)});
     };
     made.characters = text;
     made.ignorableWhitespace = text;
@@ -294,6 +269,7 @@ Result<HTMLDocument> HTMLDocument::parse(std::string_view bytes) {
                                               static_cast<std::int64_t>(HTMLDocumentError::tooLarge),
                                               "the page is larger than 2 GB"));
     document.encoding_ = std::move(page.encoding);
+    if (std::string rewritten; rewriteReferences(page.text, rewritten)) page.text = std::move(rewritten);
     // A tag or a text is a node. What is not used of this is never touched; growing would move a large tree a dozen
     // times, and hold it twice.
     const std::size_t tags = TRY(countTags(page.text));

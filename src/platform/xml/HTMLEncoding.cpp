@@ -194,9 +194,8 @@ void removeNulAndReturn(std::string& text) {
 
 } // namespace
 
-std::string windows1252AsUTF8(char byte) {
-    return utf8FromUTF16(
-        std::u16string(1, kWindows1252[(static_cast<unsigned char>(byte) - 0x80U) % kWindows1252.size()]));
+char16_t windows1252(unsigned char byte) {
+    return kWindows1252[byte % kWindows1252.size()];
 }
 
 bool isPlainUTF8(std::string_view bytes) {

@@ -17,7 +17,7 @@ DecodedHTML decodedHTML(std::string_view bytes);
 // Whether decodedHTML would give the bytes back as they are, read as UTF-8.
 bool isPlainUTF8(std::string_view bytes);
 
-// The character at one byte 0x80 to 0x9F of Windows-1252, in UTF-8.
-std::string windows1252AsUTF8(char byte);
+// The character at one byte 0x80 to 0x9F of Windows-1252.
+char16_t windows1252(unsigned char byte);
 
 } // namespace platform

@@ -563,16 +563,4 @@ void HTMLTreeBuilder::adopt(NodeIndex element, std::size_t at, std::size_t furth
     open_.insert(open_.begin() + static_cast<std::ptrdiff_t>(findOpen(block.node) + 1), {renewed, nodes[renewed].tag});
 }
 
-void HTMLTreeBuilder::removeLastByte() {
-    auto& nodes = document_.nodes_;
-    if (nodes.back().kind != HTMLDocument::NodeKind::text && document_.text_.empty()) return;
-    for (NodeIndex i = static_cast<NodeIndex>(nodes.size()); i-- > 0;) {
-        if (nodes[i].kind != HTMLDocument::NodeKind::text) continue;
-        if (nodes[i].start + nodes[i].count != document_.text_.size() || nodes[i].count == 0) return;
-        --nodes[i].count;
-        document_.text_.pop_back();
-        return;
-    }
-}
-
 } // namespace platform

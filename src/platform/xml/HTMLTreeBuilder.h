@@ -28,8 +28,6 @@ class HTMLTreeBuilder {
     void text(std::string_view characters);
     // Whether text that is more than blanks would be misplaced: a table's cell, or the page's body, is yet to begin.
     bool isBetweenCells() const { return hasFlag(current(), kTableContextTag) || current() == HTMLTag::colgroup; }
-    // Takes back the last byte of text, which must be the last thing reported.
-    void removeLastByte();
 
   private:
     struct Open {
