@@ -184,7 +184,7 @@ class Things : public ExportedObject {
   private:
     // Work that ends a while after it has been told to.
     void startWork() {
-        work_ = listener_.beginWork([this] {
+        work_ = listener_.beginWork([] {
             ++stops;
             std::thread([work = std::move(work_)]() mutable {
                 std::this_thread::sleep_for(milliseconds(300));
@@ -195,7 +195,9 @@ class Things : public ExportedObject {
 
     Listener& listener_;
     std::weak_ptr<Connection> connection_;
-    std::shared_ptr<void> guest_, work_;
+    std::shared_ptr<void> guest_;
+    // Goes on when the client leaves: a bus that ends may drop it before the listener hears of the end.
+    static inline std::shared_ptr<void> work_;
 };
 
 class Delegate : public ListenerDelegate {
