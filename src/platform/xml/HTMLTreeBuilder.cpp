@@ -10,10 +10,7 @@ namespace platform {
 
 namespace {
 
-constexpr std::size_t kNotOpen = static_cast<std::size_t>(-1);
-constexpr std::size_t kRememberedFormatting = 64;  // more at once is no real page
-constexpr std::size_t kRememberedEnds = 1024;      // end tags owed beyond the depth limit
-constexpr std::size_t kElementsReopenedPerTag = 8; // a page that reopens more is built to explode
+constexpr std::size_t kRememberedEnds = 1024; // end tags owed beyond the depth limit
 
 constexpr std::array kListScope{HTMLTag::ol, HTMLTag::ul};
 constexpr std::array kButtonScope{HTMLTag::button};
@@ -46,63 +43,7 @@ HTMLTreeBuilder::HTMLTreeBuilder(HTMLDocument& document) : document_(document) {
     open_ = {{html, HTMLTag::html}, {body, HTMLTag::body}};
 }
 
-// Nodes
-
-HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::makeElement(std::string_view name, HTMLTag tag,
-                                                        std::span<const Attribute> attributes) {
-    HTMLDocument::Node node;
-    node.tag = tag;
-    node.start = static_cast<std::uint32_t>(document_.attributes_.size());
-    node.count = static_cast<std::uint32_t>(attributes.size());
-    document_.attributes_.insert(document_.attributes_.end(), attributes.begin(), attributes.end());
-    if (tag == HTMLTag::unknown) {
-        const auto number = static_cast<std::uint16_t>(std::min<std::size_t>(document_.otherNames_.size(), 0xFFFF));
-        const auto [entry, isNew] = otherNames_.try_emplace(std::string(name), number);
-        if (isNew && document_.otherNames_.size() <= 0xFFFF) document_.otherNames_.emplace_back(name);
-        node.otherName = entry->second;
-    }
-    document_.nodes_.push_back(node);
-    return static_cast<NodeIndex>(document_.nodes_.size() - 1);
-}
-
-// A new element of the same name that shares the attributes.
-HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::copyElement(NodeIndex original) {
-    HTMLDocument::Node node;
-    node.tag = document_.nodes_[original].tag;
-    node.start = document_.nodes_[original].start;
-    node.count = document_.nodes_[original].count;
-    document_.nodes_.push_back(node);
-    return static_cast<NodeIndex>(document_.nodes_.size() - 1);
-}
-
-void HTMLTreeBuilder::appendChild(NodeIndex parent, NodeIndex child) {
-    auto& nodes = document_.nodes_;
-    const NodeIndex last = nodes[parent].last;
-    nodes[child].parent = parent;
-    nodes[child].previous = last;
-    (last == HTMLDocument::kNone ? nodes[parent].first : nodes[last].next) = child;
-    nodes[parent].last = child;
-}
-
-void HTMLTreeBuilder::insertBefore(NodeIndex sibling, NodeIndex child) {
-    auto& nodes = document_.nodes_;
-    const NodeIndex parent = nodes[sibling].parent;
-    const NodeIndex previous = nodes[sibling].previous;
-    nodes[child].parent = parent;
-    nodes[child].previous = previous;
-    nodes[child].next = sibling;
-    (previous == HTMLDocument::kNone ? nodes[parent].first : nodes[previous].next) = child;
-    nodes[sibling].previous = child;
-}
-
-void HTMLTreeBuilder::detach(NodeIndex child) {
-    auto& nodes = document_.nodes_;
-    auto& node = nodes[child];
-    if (node.parent == HTMLDocument::kNone) return;
-    (node.previous == HTMLDocument::kNone ? nodes[node.parent].first : nodes[node.previous].next) = node.next;
-    (node.next == HTMLDocument::kNone ? nodes[node.parent].last : nodes[node.next].previous) = node.previous;
-    node.parent = node.previous = node.next = HTMLDocument::kNone;
-}
+// Elements
 
 // What may not stand between cells goes before their table.
 void HTMLTreeBuilder::place(NodeIndex node) {
@@ -151,17 +92,6 @@ void HTMLTreeBuilder::insertOwedBreak() {
         last = document_.nodes_[last].previous;
     if (last == HTMLDocument::kNone || document_.nodes_[last].tag == HTMLTag::br) return;
     place(makeElement(htmlTagName(HTMLTag::br), HTMLTag::br, {}));
-}
-
-void HTMLTreeBuilder::addMissingAttributes(NodeIndex index, std::span<const Attribute> attributes) {
-    auto& all = document_.attributes_;
-    auto& node = document_.nodes_[index];
-    std::vector<Attribute> merged(all.begin() + node.start, all.begin() + node.start + node.count);
-    for (const Attribute& attribute : attributes)
-        if (std::ranges::find(merged, attribute.name, &Attribute::name) == merged.end()) merged.push_back(attribute);
-    node.start = static_cast<std::uint32_t>(all.size());
-    node.count = static_cast<std::uint32_t>(merged.size());
-    all.insert(all.end(), merged.begin(), merged.end());
 }
 
 // Scopes
@@ -343,25 +273,6 @@ void HTMLTreeBuilder::text(std::string_view characters) {
     appendText(parent, before, characters);
 }
 
-void HTMLTreeBuilder::appendText(NodeIndex parent, NodeIndex before, std::string_view characters) {
-    auto& nodes = document_.nodes_;
-    const NodeIndex last = before == HTMLDocument::kNone ? nodes[parent].last : nodes[before].previous;
-    const bool extends = last != HTMLDocument::kNone && nodes[last].kind == HTMLDocument::NodeKind::text &&
-                         nodes[last].start + nodes[last].count == document_.text_.size();
-    if (extends) {
-        nodes[last].count += static_cast<std::uint32_t>(characters.size());
-    } else {
-        HTMLDocument::Node node;
-        node.kind = HTMLDocument::NodeKind::text;
-        node.start = static_cast<std::uint32_t>(document_.text_.size());
-        node.count = static_cast<std::uint32_t>(characters.size());
-        nodes.push_back(node);
-        const auto index = static_cast<NodeIndex>(nodes.size() - 1);
-        before == HTMLDocument::kNone ? appendChild(parent, index) : insertBefore(before, index);
-    }
-    document_.text_ += characters;
-}
-
 // End tags
 
 void HTMLTreeBuilder::endTag(std::string_view name) {
@@ -415,152 +326,6 @@ void HTMLTreeBuilder::endOther(std::string_view name, HTMLTag tag) {
         }
         if (hasFlag(open_[i].tag, kSpecialTag)) return;
     }
-}
-
-// Formatting
-
-// Of four equal ones in a row the first is forgotten.
-void HTMLTreeBuilder::rememberFormatting(NodeIndex node) {
-    const auto equalElements = [&](NodeIndex a, NodeIndex b) {
-        const auto &x = document_.nodes_[a], &y = document_.nodes_[b];
-        if (x.tag != y.tag || x.count != y.count) return false;
-        return std::equal(document_.attributes_.begin() + x.start, document_.attributes_.begin() + x.start + x.count,
-                          document_.attributes_.begin() + y.start);
-    };
-    std::size_t same = 0, remembered = 0, earliestSame = 0, i = formatting_.size();
-    for (; i > 0 && formatting_[i - 1] != HTMLDocument::kNone; --i) {
-        ++remembered;
-        if (equalElements(formatting_[i - 1], node)) {
-            ++same;
-            earliestSame = i - 1;
-        }
-    }
-    if (same >= 3) {
-        formatting_.erase(formatting_.begin() + static_cast<std::ptrdiff_t>(earliestSame));
-    } else if (remembered >= kRememberedFormatting) {
-        formatting_.erase(formatting_.begin() + static_cast<std::ptrdiff_t>(i));
-    }
-    formatting_.push_back(node);
-}
-
-void HTMLTreeBuilder::reopenFormatting() {
-    std::size_t from = formatting_.size();
-    while (from > 0 && formatting_[from - 1] != HTMLDocument::kNone && findOpen(formatting_[from - 1]) == kNotOpen)
-        --from;
-    for (std::size_t i = from; i < formatting_.size(); ++i) {
-        if (open_.size() + 1 >= HTMLDocument::kMaximumDepth || reopened_ > kElementsReopenedPerTag * (tags_ + 64))
-            return;
-        ++reopened_;
-        const NodeIndex copy = copyElement(formatting_[i]);
-        place(copy);
-        open_.push_back({copy, document_.nodes_[copy].tag});
-        formatting_[i] = copy;
-    }
-}
-
-void HTMLTreeBuilder::clearFormattingToMarker() {
-    while (!formatting_.empty()) {
-        const NodeIndex last = formatting_.back();
-        formatting_.pop_back();
-        if (last == HTMLDocument::kNone) return;
-    }
-}
-
-std::size_t HTMLTreeBuilder::findOpen(NodeIndex node) const {
-    for (std::size_t i = open_.size(); i-- > 0;)
-        if (open_[i].node == node) return i;
-    return kNotOpen;
-}
-
-// The last remembered element of that name in the present cell.
-HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::rememberedFormatting(HTMLTag tag) const {
-    for (std::size_t i = formatting_.size(); i-- > 0 && formatting_[i] != HTMLDocument::kNone;)
-        if (document_.nodes_[formatting_[i]].tag == tag) return formatting_[i];
-    return HTMLDocument::kNone;
-}
-
-void HTMLTreeBuilder::endFormatting(HTMLTag tag) {
-    if (current() == tag && std::ranges::find(formatting_, open_.back().node) == formatting_.end()) return pop();
-    constexpr int kRounds = 8;
-    for (int round = 0; round < kRounds && adoptOnce(tag); ++round) {
-    }
-}
-
-// One round of HTML5's "adoption agency"; false when there is nothing more to do.
-bool HTMLTreeBuilder::adoptOnce(HTMLTag tag) {
-    const NodeIndex element = rememberedFormatting(tag);
-    if (element == HTMLDocument::kNone) {
-        endOther(htmlTagName(tag), tag);
-        return false;
-    }
-    const std::size_t at = findOpen(element);
-    if (at == kNotOpen) {
-        std::erase(formatting_, element);
-        return false;
-    }
-    for (std::size_t i = at + 1; i < open_.size(); ++i)
-        if (hasFlag(open_[i].tag, kScopeTag)) return false;
-    std::size_t furthest = at + 1;
-    while (furthest < open_.size() && !hasFlag(open_[furthest].tag, kSpecialTag)) ++furthest;
-    if (furthest == open_.size()) {
-        while (open_.size() > at) pop();
-        std::erase(formatting_, element);
-        return false;
-    }
-    adopt(element, at, furthest);
-    return true;
-}
-
-// The block at `furthest` moves out of the formatting element at `at`; the elements in between are made anew around
-// it, and the formatting element anew inside it.
-void HTMLTreeBuilder::adopt(NodeIndex element, std::size_t at, std::size_t furthest) {
-    const Open block = open_[furthest];
-    const Open ancestor = open_[at - 1];
-    std::size_t bookmark = static_cast<std::size_t>(std::ranges::find(formatting_, element) - formatting_.begin());
-    NodeIndex last = block.node;
-    int inner = 0;
-    for (std::size_t i = furthest; i-- > at + 1;) {
-        ++inner;
-        auto remembered = std::ranges::find(formatting_, open_[i].node);
-        if (inner > 3 && remembered != formatting_.end()) {
-            if (static_cast<std::size_t>(remembered - formatting_.begin()) < bookmark) --bookmark;
-            formatting_.erase(remembered);
-            remembered = formatting_.end();
-        }
-        if (remembered == formatting_.end()) {
-            open_.erase(open_.begin() + static_cast<std::ptrdiff_t>(i));
-            continue;
-        }
-        const NodeIndex copy = copyElement(open_[i].node);
-        open_[i].node = *remembered = copy;
-        if (last == block.node) bookmark = static_cast<std::size_t>(remembered - formatting_.begin()) + 1;
-        detach(last);
-        appendChild(copy, last);
-        last = copy;
-    }
-    detach(last);
-    const bool beforeTable = hasFlag(ancestor.tag, kTableContextTag);
-    const auto table = std::ranges::find(open_.rbegin(), open_.rend(), HTMLTag::table, &Open::tag);
-    if (beforeTable && table != open_.rend() && table->node != last) {
-        insertBefore(table->node, last);
-    } else {
-        appendChild(ancestor.node, last);
-    }
-    const NodeIndex renewed = copyElement(element);
-    auto& nodes = document_.nodes_;
-    nodes[renewed].first = nodes[block.node].first;
-    nodes[renewed].last = nodes[block.node].last;
-    for (NodeIndex child = nodes[renewed].first; child != HTMLDocument::kNone; child = nodes[child].next)
-        nodes[child].parent = renewed;
-    nodes[block.node].first = nodes[block.node].last = HTMLDocument::kNone;
-    appendChild(block.node, renewed);
-
-    const auto old = static_cast<std::size_t>(std::ranges::find(formatting_, element) - formatting_.begin());
-    formatting_.insert(formatting_.begin() + static_cast<std::ptrdiff_t>(std::min(bookmark, formatting_.size())),
-                       renewed);
-    formatting_.erase(formatting_.begin() + static_cast<std::ptrdiff_t>(old + (old >= bookmark ? 1 : 0)));
-    std::erase_if(open_, [&](const Open& entry) { return entry.node == element; });
-    open_.insert(open_.begin() + static_cast<std::ptrdiff_t>(findOpen(block.node) + 1), {renewed, nodes[renewed].tag});
 }
 
 } // namespace platform

@@ -35,6 +35,8 @@ class HTMLTreeBuilder {
         HTMLTag tag;
     };
 
+    static constexpr std::size_t kNotOpen = static_cast<std::size_t>(-1); // no place on the stack
+
     HTMLTag current() const { return open_.back().tag; }
     NodeIndex makeElement(std::string_view name, HTMLTag tag, std::span<const Attribute> attributes);
     NodeIndex copyElement(NodeIndex node);
