@@ -99,6 +99,17 @@ class Note(unittest.TestCase):
         self.assertEqual(sorted(child.name for child in place.iterdir()), ["TXT.rtf", "first beds.png", "unknown.png"])
         self.assertEqual(self.note("export", "--to", "rtfd", note, "-o", place).returncode, 1)
 
+    def test_rtfd_takes_names_that_no_file_can_have(self):
+        odd = pathlib.Path(self.scratch.name) / "odd.qltnote"
+        shutil.copytree(self.out / "Garden plan 2024.qltnote", odd)
+        archive = (odd / "NoteText").read_bytes()
+        self.assertIn(b"first beds.png", archive)
+        (odd / "NoteText").write_bytes(archive.replace(b"first beds.png", b"first/beds.png"))
+        place = pathlib.Path(self.scratch.name) / "odd.rtfd"
+        done = self.note("export", "--to", "rtfd", odd, "-o", place)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        self.assertIn("first-beds.png", [child.name for child in place.iterdir()])
+
     def test_show_lists_attachments(self):
         shown = self.note("show", self.out / "Garden plan 2024.qltnote").stdout.decode()
         self.assertTrue(shown.startswith("Garden plan\n"))
