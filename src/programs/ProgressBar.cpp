@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdio>
 #include <numeric>
-#include <ranges>
 
 #include <fmt/core.h>
 #include <sys/ioctl.h>
@@ -41,10 +40,11 @@ std::size_t columnsOf(char16_t unit) {
 // The end of the text, since files of one series differ there, behind "…" when the whole does not fit.
 std::string fitted(const std::string& text, std::size_t columns) {
     const std::u16string units = platform::utf16FromUTF8(text);
-    const auto widths = units | std::views::transform(columnsOf);
-    if (std::accumulate(widths.begin(), widths.end(), std::size_t{0}) <= columns) return text;
+    const std::size_t whole = std::accumulate(units.begin(), units.end(), std::size_t{0},
+                                              [](std::size_t sum, char16_t unit) { return sum + columnsOf(unit); });
+    if (whole <= columns) return text;
     std::size_t start = units.size(), taken = 1; // the ellipsis
-    while (taken + widths[start - 1] <= columns) taken += widths[--start];
+    while (taken + columnsOf(units[start - 1]) <= columns) taken += columnsOf(units[--start]);
     if (start < units.size() && platform::isLowSurrogate(units[start])) ++start;
     return "…" + platform::utf8FromUTF16(std::u16string_view(units).substr(start));
 }
