@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "platform/ipc/BusError.h"
 #include "service/QLTImportENEXProtocol.h"
@@ -58,7 +59,10 @@ Result<ImportCall> ImportCall::fromArguments(const platform::Array& arguments) {
     const auto* options = arguments.size() == kArguments ? arguments[1].as<Dictionary>() : nullptr;
     if (!options) return platform::failure(invalid("The arguments are a file URL, options and a directory URL."));
     TRY(checkOptions(*options));
-    return ImportCall{TRY(fileURL(arguments[0], "export")), *options, TRY(fileURL(arguments[2], "directory"))};
+    // Not inside the braces: g++ 12 forgets what it has made there when a later member returns.
+    URL file = TRY(fileURL(arguments[0], "export"));
+    URL directory = TRY(fileURL(arguments[2], "directory"));
+    return ImportCall{std::move(file), *options, std::move(directory)};
 }
 
 } // namespace quillet

@@ -63,8 +63,11 @@ Dictionary WorkerRequest::message() const {
 }
 
 Result<WorkerRequest> WorkerRequest::fromMessage(const Dictionary& message) {
-    return WorkerRequest{TRY(urlUnder(message, kFileKey)), TRY(urlUnder(message, kDirectoryKey)),
-                         flagUnder(message, kDebugKey), flagUnder(message, kWebClippingsAsNotesKey)};
+    // Not inside the braces: g++ 12 forgets what it has made there when a later member returns.
+    URL file = TRY(urlUnder(message, kFileKey));
+    URL directory = TRY(urlUnder(message, kDirectoryKey));
+    return WorkerRequest{std::move(file), std::move(directory), flagUnder(message, kDebugKey),
+                         flagUnder(message, kWebClippingsAsNotesKey)};
 }
 
 // False when the message would be too long.

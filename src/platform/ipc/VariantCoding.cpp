@@ -83,8 +83,11 @@ class Encoder {
 
     Result<Variant> dictionary(const Dictionary& members, int depth) const {
         Builder builder(G_VARIANT_TYPE_VARDICT);
-        for (const auto& [key, member] : members)
-            if (!member.isNull()) builder.addEntry(messageText(utf16FromUTF8(key)), TRY(value(member, key, depth + 1)));
+        for (const auto& [key, member] : members) {
+            if (member.isNull()) continue;
+            const Variant encoded = TRY(value(member, key, depth + 1));
+            builder.addEntry(messageText(utf16FromUTF8(key)), encoded);
+        }
         return builder.end();
     }
 
@@ -204,7 +207,8 @@ class Decoder {
             const Variant entry(g_variant_get_child_value(variant, index));
             const Variant key(g_variant_get_child_value(entry.get(), 0));
             const Variant member(g_variant_get_child_value(entry.get(), 1));
-            entries.insert_or_assign(g_variant_get_string(key.get(), nullptr), TRY(value(member.get(), depth + 1)));
+            Value decoded = TRY(value(member.get(), depth + 1));
+            entries.insert_or_assign(g_variant_get_string(key.get(), nullptr), std::move(decoded));
         }
         return dictionaryOrError(std::move(entries));
     }

@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -68,7 +69,8 @@ struct OpenNote {
 
 Result<OpenNote> openNote(const std::string& path) {
     const URL url = URL::fileURLWithPath(path, true);
-    return OpenNote{path, url, TRY(QLTNoteFile::initWithFileURL(url))};
+    std::unique_ptr<QLTNoteFile> note = TRY(QLTNoteFile::initWithFileURL(url));
+    return OpenNote{path, url, std::move(note)};
 }
 
 Result<> writeToStandardOutput(std::string_view bytes) {
