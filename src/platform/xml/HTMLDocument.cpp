@@ -264,12 +264,12 @@ Result<> HTMLPageParser::parse(const std::string& page) {
 Result<HTMLDocument> HTMLDocument::parse(std::string_view bytes) {
     HTMLDocument document;
     DecodedHTML page = decodedHTML(bytes);
+    if (std::string rewritten; rewriteReferences(page.text, rewritten)) page.text = std::move(rewritten);
     if (page.text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
         return failure(Error::withDescription(kHTMLDocumentErrorDomain,
                                               static_cast<std::int64_t>(HTMLDocumentError::tooLarge),
                                               "the page is larger than 2 GB"));
     document.encoding_ = std::move(page.encoding);
-    if (std::string rewritten; rewriteReferences(page.text, rewritten)) page.text = std::move(rewritten);
     // A tag or a text is a node. What is not used of this is never touched; growing would move a large tree a dozen
     // times, and hold it twice.
     const std::size_t tags = TRY(countTags(page.text));

@@ -11,6 +11,8 @@
 #include <libxml/HTMLparser.h>
 #include <libxml/parserInternals.h>
 
+#include "platform/xml/HTMLReferences.h"
+
 namespace platform {
 
 namespace {
@@ -71,10 +73,12 @@ struct ContextDeleter {
 
 Result<> readHTML(const std::string& html, ImpliedTags implied, XMLTreeBuilder& builder) {
     if (html.empty()) return {};
-    if (html.size() > INT_MAX)
+    std::string rewritten;
+    const std::string& page = rewriteReferences(html, rewritten) ? rewritten : html;
+    if (page.size() > INT_MAX)
         return failure(Error::withDescription(kXMLParserErrorDomain, XML_ERR_INTERNAL_ERROR, "the page is too large"));
     const std::unique_ptr<htmlParserCtxt, ContextDeleter> context(
-        htmlCreateMemoryParserCtxt(html.c_str(), static_cast<int>(html.size())));
+        htmlCreateMemoryParserCtxt(page.c_str(), static_cast<int>(page.size())));
     if (!context) return failure(Error::withDescription(kXMLParserErrorDomain, XML_ERR_NO_MEMORY, "out of memory"));
     Reading reading{.builder = builder, .context = context.get(), .attributes = {}};
     *context->sax = handlers();

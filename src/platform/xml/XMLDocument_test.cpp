@@ -76,6 +76,8 @@ TEST_F(TidyXML, MakesTheBestOfWhatIsNotWellFormed) {
         {"<en-note><en-media hash=\"1\"/>x & y</en-note>",
          "<en-note><en-media hash=\"1\"></en-media>x &amp; y</en-note>"},
         {"<en-note><ul><li>a<li>b</ul></en-note>", "<en-note><ul><li>a</li><li>b</li></ul></en-note>"},
+        {"<en-note>&check;&#146;&copy 1<a href=\"?a&copy=1\">x</a> &</en-note>",
+         "<en-note>✓’© 1<a href=\"?a&amp;copy=1\">x</a> &amp;</en-note>"},
         {"<en-note><![CDATA[a<b]]> & c</en-note>", "<en-note>a&lt;b &amp; c</en-note>"},
         {"<en-note><div>never closed", "<en-note><div>never closed</div></en-note>"},
         {"<?xml version='1.0'?><!DOCTYPE en-note SYSTEM \"e.dtd\"><!-- <x> --><en-note a=\"1\">b & c</en-note>",
