@@ -74,8 +74,8 @@ TEST(HTMLReaderCost, TakesLessMemoryThanTenPages) {
     };
     const Row kRows[] = {
         {"an ordinary clipping", 5'000'000, std::string(470, 'x'), "", 130'000, 9},
-        {"hardly any text", 2'500'000, "", "", 90'000, 10},
-        {"looks from rules", 2'500'000, "", "<style>p, div > b {color: navy} .text {margin: 0}</style>", 90'000, 10},
+        {"hardly any text", 1'250'000, "", "", 60'000, 10},
+        {"looks from rules", 1'250'000, "", "<style>p, div > b {color: navy} .text {margin: 0}</style>", 60'000, 10},
     };
     ASSERT_TRUE(attributedStringFromHTMLData(section(0, "")).has_value()); // what is made once for all pages
     for (const Row& row : kRows) {
