@@ -169,8 +169,7 @@ HTMLAttributes::Reference HTMLAttributes::shared(AttributeSet set) {
 }
 
 HTMLAttributes::Reference HTMLAttributes::characters(const CssStyle& style, HTMLTag tag) {
-    const bool isPage = tag == HTMLTag::html || tag == HTMLTag::body;
-    Reference& made = characters_[{&style, nullptr, isPage ? 1U : 0U}];
+    Reference& made = characters_[&style]; // a style is of one element name
     if (!made) made = shared(madeCharacters(style, tag));
     return made;
 }
@@ -198,13 +197,10 @@ const ParagraphStyleReference& HTMLAttributes::paragraph(const CssStyle& block, 
 
 HTMLAttributes::Reference HTMLAttributes::complete(const Reference& characters, const CssStyle& block, HTMLTag blockTag,
                                                    const std::vector<std::int64_t>& directions) {
-    constexpr std::uint64_t kLevels = 8;
     std::uint64_t number = 0;
     if (!directions.empty()) number = directions_.try_emplace(directions, directions_.size() + 1).first->second;
-    const auto level = static_cast<std::uint64_t>(headingLevel(blockTag));
     auto& sets = places_.back().complete;
-    Reference& made =
-        sets[{characters.get(), &block, (number * kLevels + level) * 2 + (carriesMargins(blockTag) ? 1 : 0)}];
+    Reference& made = sets[{characters.get(), &block, number}]; // a style is of one element name
     if (made) return made;
     const ParagraphStyleReference& style = paragraph(block, blockTag);
     Reference& same = sets[{characters.get(), style.get(), number}]; // of another block that looks alike

@@ -77,7 +77,8 @@ class HTMLAttributes {
     const ParagraphStyleReference& paragraph(const CssStyle& block, HTMLTag tag);
 
     // Keys are addresses: what they name lives as long as the maps.
-    std::unordered_map<Key, Reference, KeyHash> characters_, united_;
+    std::unordered_map<const CssStyle*, Reference> characters_;
+    std::unordered_map<Key, Reference, KeyHash> united_;
     std::unordered_set<Reference, SetHash, SetEqual> distinct_; // of both
     std::map<std::vector<std::int64_t>, std::uint64_t> directions_;
     HTMLParagraphContext context_;
