@@ -82,7 +82,7 @@ Result<URL> createNoteForElement(EvernoteXMLItem& item, NoteScratch& scratch, No
                                  const platform::XMLElement& noteElement) {
     NotePage page =
         TRY(notePageFromNoteElement(item, scratch, noteElement, UseInlineImages::yes, ConvertDividers::yes));
-    ImportedPage imported = TRY(importRichText(item, scratch, page));
+    ImportedPage imported = TRY(importRichText(scratch, page));
     if (!imported.text) return keepPage(item, output, page, *imported.readerError);
 
     QLTNoteFile note;

@@ -28,7 +28,7 @@ class NoteCreation : public NoteFixture {
 
     Result<URL> make(Creation creation, std::string_view markup) {
         NoteOutput output(destinationURL());
-        NoteScratch scratch = NoteScratch::create(*output.directory().value(), item_.identifier).value();
+        NoteScratch scratch(*output.directory().value(), item_.identifier);
         return creation(item_, scratch, output, *noteDocument(markup).rootElement());
     }
     // The file name of the note made of the markup, or the error.

@@ -36,7 +36,7 @@ class NoteMarkup : public NoteFixture {
     void SetUp() override {
         NoteFixture::SetUp();
         directory_.emplace(platform::OutputDirectory::openURL(destinationURL()).value());
-        scratchDirectory_.emplace(NoteScratch::create(*directory_, item_.identifier).value());
+        scratchDirectory_.emplace(*directory_, item_.identifier);
     }
 
     Result<std::string> inner(std::string_view markup, UseInlineImages inlineImages = UseInlineImages::yes) {
@@ -59,7 +59,10 @@ class NoteMarkup : public NoteFixture {
         text.erase(text.find_last_not_of(" \n") + 1);
         return text;
     }
-    std::vector<std::string> scratchFiles() const { return namesIn(destination_ / item_.identifier); }
+    std::vector<std::string> scratchFiles() const {
+        const std::filesystem::path directory = destination_ / item_.identifier;
+        return std::filesystem::exists(directory) ? namesIn(directory) : std::vector<std::string>();
+    }
 
     static std::string marker(std::string_view name) {
         return fmt::format("***QLTATTACHMENT  {}  QLTATTACHMENT***", name);
@@ -249,8 +252,10 @@ TEST_F(NoteMarkup, LeavesTextThatLooksLikeTagsAlone) {
 }
 
 TEST_F(NoteMarkup, FailsWhenAnAttachmentCannotBeWritten) {
+    addResource("zip", "application/zip", u"first.zip");
     addResource(kPDF, "application/pdf", u"a.pdf");
-    std::filesystem::remove(destination_ / item_.identifier);
+    ASSERT_TRUE(inner("<en-note>" + media("zip") + "</en-note>"));
+    std::filesystem::remove_all(destination_ / item_.identifier);
     const auto made = inner("<en-note>" + media(kPDF) + "</en-note>");
     ASSERT_FALSE(made);
     EXPECT_EQ(made.error().domain, platform::kCocoaErrorDomain);

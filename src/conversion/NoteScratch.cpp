@@ -17,45 +17,36 @@ using platform::Data;
 using platform::FileWrapper;
 using platform::Result;
 
-Result<NoteScratch> NoteScratch::create(platform::OutputDirectory& destination, std::string_view name) {
-    platform::FileDescriptor descriptor = TRY(destination.createScratchDirectory(name));
-    return NoteScratch(
-        destination, std::string(name),
-        platform::OutputDirectory(std::move(descriptor), platform::joinedPath(destination.path(), name)));
-}
-
-NoteScratch::NoteScratch(platform::OutputDirectory& destination, std::string name, platform::OutputDirectory directory)
-    : destination_(&destination), name_(std::move(name)), directory_(std::move(directory)) {}
-
-NoteScratch::NoteScratch(NoteScratch&& other) noexcept
-    : destination_(std::exchange(other.destination_, nullptr)), name_(std::move(other.name_)),
-      directory_(std::move(other.directory_)), resources_(std::move(other.resources_)) {}
+NoteScratch::NoteScratch(platform::OutputDirectory& destination, std::string_view name)
+    : destination_(destination), name_(name) {}
 
 NoteScratch::~NoteScratch() {
     if (Result<> removed = remove(); !removed) platform::systemLog(removed.error().description());
 }
 
-Result<std::string> NoteScratch::writeResource(EvernoteXMLResource& resource, std::u16string_view name) {
-    Data bytes = TRY(resource.getContentData());
-    std::string free = freeNameInDirectory(directory_, namedAsOneComponent(name));
-    TRY(writeFile(free, bytes.bytes()));
-    resources_.emplace(free, std::move(bytes));
-    return free;
+Result<platform::OutputDirectory*> NoteScratch::directory() {
+    if (!directory_) directory_.emplace(TRY(destination_.createScratchDirectory(name_)), path());
+    return &*directory_;
 }
 
-Result<> NoteScratch::writeFile(const std::string& name, std::string_view bytes) {
+Result<std::string> NoteScratch::writeResource(EvernoteXMLResource& resource, std::u16string_view name) {
+    Data bytes = TRY(resource.getContentData());
+    platform::OutputDirectory& directory = *TRY(this->directory());
+    std::string free = freeNameInDirectory(directory, namedAsOneComponent(name));
     const platform::FileDescriptor file =
-        platform::openAt(directory_.descriptor(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-    const std::string path = platform::joinedPath(directory_.path(), name);
-    if (!file) return platform::failure(platform::errorFromErrno(errno, platform::FileAccess::writing, path));
-    return platform::writeAll(file.get(), bytes, path);
+        platform::openAt(directory.descriptor(), free.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+    const std::string written = platform::joinedPath(directory.path(), free);
+    if (!file) return platform::failure(platform::errorFromErrno(errno, platform::FileAccess::writing, written));
+    TRY(platform::writeAll(file.get(), bytes.bytes(), written));
+    resources_.emplace(free, std::move(bytes));
+    return free;
 }
 
 Result<std::shared_ptr<FileWrapper>> NoteScratch::fileWrapper(std::string_view name) const {
     const auto resource = resources_.find(name);
     if (resource == resources_.end())
-        return platform::failure(platform::errorFromErrno(ENOENT, platform::FileAccess::reading,
-                                                          platform::joinedPath(directory_.path(), name)));
+        return platform::failure(
+            platform::errorFromErrno(ENOENT, platform::FileAccess::reading, platform::joinedPath(path(), name)));
     auto wrapper = FileWrapper::regularFile(resource->second);
     wrapper->setPreferredFilename(resource->first);
     wrapper->setFilename(resource->first);
@@ -64,8 +55,10 @@ Result<std::shared_ptr<FileWrapper>> NoteScratch::fileWrapper(std::string_view n
 }
 
 Result<> NoteScratch::remove() {
-    platform::OutputDirectory* destination = std::exchange(destination_, nullptr);
-    return destination ? destination->retireScratchDirectory(name_, directory_.takeDescriptor()) : Result<>();
+    if (!directory_) return {};
+    platform::FileDescriptor descriptor = directory_->takeDescriptor();
+    directory_.reset();
+    return destination_.retireScratchDirectory(name_, std::move(descriptor));
 }
 
 } // namespace quillet

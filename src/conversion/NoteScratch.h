@@ -1,9 +1,11 @@
 // A note's working directory in the destination: attachments wait there between the page, which names them, and the
-// rich text, which takes them up. Removed with all in it when the note is done.
+// rich text, which takes them up. Removed with all in it when the note is done. It is made for the first attachment:
+// most notes have none, and making and removing a directory costs as much as writing a small note.
 #pragma once
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -22,19 +24,18 @@ class EvernoteXMLResource;
 
 class NoteScratch {
   public:
-    // Makes the directory `name` in the destination, which must outlive this. Fails when the name is taken.
-    static platform::Result<NoteScratch> create(platform::OutputDirectory& destination, std::string_view name);
-    NoteScratch(NoteScratch&& other) noexcept;
-    NoteScratch& operator=(NoteScratch&&) = delete;
+    // The directory will be `name` in the destination, which must outlive this.
+    NoteScratch(platform::OutputDirectory& destination, std::string_view name);
+    NoteScratch(const NoteScratch&) = delete;
+    NoteScratch& operator=(const NoteScratch&) = delete;
     ~NoteScratch(); // removes the directory if `remove` has not
 
-    platform::URL url() const { return platform::URL::fileURLWithPath(directory_.path(), true); }
+    // Where the directory is, or would be.
+    platform::URL url() const { return platform::URL::fileURLWithPath(path(), true); }
 
     // Writes a resource's bytes under the name, made one path component if it is none, or the next free variant of it.
-    // Gives the name (UTF-8) under which they lie.
+    // Gives the name (UTF-8) under which they lie. Fails when the directory's own name is taken.
     platform::Result<std::string> writeResource(EvernoteXMLResource& resource, std::u16string_view name);
-    // Writes a file of exactly this name.
-    platform::Result<> writeFile(const std::string& name, std::string_view bytes);
     // A resource's file as a wrapper of that name. Only what writeResource has written is there to be had, whatever the
     // name.
     platform::Result<std::shared_ptr<platform::FileWrapper>> fileWrapper(std::string_view name) const;
@@ -43,11 +44,12 @@ class NoteScratch {
     platform::Result<> remove();
 
   private:
-    NoteScratch(platform::OutputDirectory& destination, std::string name, platform::OutputDirectory directory);
+    platform::Result<platform::OutputDirectory*> directory();
+    std::string path() const { return platform::joinedPath(destination_.path(), name_); }
 
-    platform::OutputDirectory* destination_; // null once removed
+    platform::OutputDirectory& destination_;
     std::string name_;
-    platform::OutputDirectory directory_;
+    std::optional<platform::OutputDirectory> directory_;           // once it is made, until it is removed
     std::map<std::string, platform::Data, std::less<>> resources_; // by file name; shares the resources' bytes
 };
 

@@ -145,8 +145,7 @@ void replaceDividerMarkers(AttributedString& text) {
     text.applyEdits(edits);
 }
 
-Result<ImportedPage> importRichText(EvernoteXMLItem& item, NoteScratch& scratch, NotePage& page) {
-    TRY(scratch.writeFile(item.identifier + ".html", page.markup));
+Result<ImportedPage> importRichText(const NoteScratch& scratch, NotePage& page) {
     Result<platform::HTMLDocumentText> read = readPageOnMainQueue(page, scratch.url());
     if (!read) return ImportedPage{std::nullopt, std::move(read).error()};
     AttributedString text = std::move(read->text);

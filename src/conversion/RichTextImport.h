@@ -9,7 +9,6 @@
 
 namespace quillet {
 
-struct EvernoteXMLItem;
 class NoteScratch;
 
 // What reading a page gave: its text, or, when the HTML reader failed, that reader's error. The note can still be kept
@@ -19,9 +18,10 @@ struct ImportedPage {
     std::optional<platform::Error> readerError;
 };
 
-// Writes the page into the scratch directory, reads it, and puts attachments in the place of markers. The page's
-// document is used up. Errors: the page cannot be written, or an attachment that a marker names cannot be read.
-platform::Result<ImportedPage> importRichText(EvernoteXMLItem& item, NoteScratch& scratch, NotePage& page);
+// Reads the page, as one that lies in the scratch directory, and puts attachments in the place of markers. The page
+// goes to the reader in memory, since nobody else would read a file of it; its document is used up. Error: an
+// attachment that a marker names is not there.
+platform::Result<ImportedPage> importRichText(const NoteScratch& scratch, NotePage& page);
 
 // The steps on the text itself, in the order in which they run.
 platform::Result<> replaceAttachmentMarkers(platform::AttributedString& text, const NoteScratch& scratch);

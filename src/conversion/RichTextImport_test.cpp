@@ -49,7 +49,7 @@ class RichTextImport : public NoteFixture {
     void SetUp() override {
         NoteFixture::SetUp();
         directory_.emplace(platform::OutputDirectory::openURL(destinationURL()).value());
-        scratchDirectory_.emplace(NoteScratch::create(*directory_, item_.identifier).value());
+        scratchDirectory_.emplace(*directory_, item_.identifier);
     }
     // Writes a resource of that name into the scratch directory.
     void write(std::u16string_view name, std::string_view bytes) {
@@ -64,7 +64,7 @@ class RichTextImport : public NoteFixture {
         NotePage page = notePageFromNoteElement(item_, *scratchDirectory_, *noteDocument(markup).rootElement(),
                                                 UseInlineImages::yes, ConvertDividers::yes)
                             .value();
-        return importRichText(item_, *scratchDirectory_, page);
+        return importRichText(*scratchDirectory_, page);
     }
     std::string imported(std::string_view markup) {
         const auto made = import(markup);
@@ -110,6 +110,7 @@ TEST_F(RichTextImport, LeavesAnOpenFenceAsText) {
 
 TEST_F(RichTextImport, GivesAFenceNothingButTheNotesOwnFiles) {
     tests::writeFile(scratch_ / "secret", "s");
+    write(u"own.zip", "1");
     tests::writeFile(destination_ / item_.identifier / "planted", "p");
     for (const std::u16string_view name : {u"../secret", u"..%2F..%2Fsecret", u"/etc/passwd", u"%2Fetc%2Fpasswd",
                                            u"planted", u"", u".", u"..", u"%00"}) {
@@ -174,17 +175,27 @@ TEST_F(RichTextImport, ReadsThePageAndPutsEverythingInPlace) {
         "text\n[x]done\n[ ]open\nx[file a b.zip]y\n[-]\n[pic-ture.png]\n");
 }
 
-TEST_F(RichTextImport, FailsWhenThePageCannotBeWritten) {
-    std::filesystem::remove(destination_ / item_.identifier);
-    const auto made = import("<en-note>x</en-note>");
-    ASSERT_FALSE(made);
-    EXPECT_EQ(made.error().domain, platform::kCocoaErrorDomain);
-    EXPECT_NE(made.error().localizedDescription().find(item_.identifier + ".html"), std::string::npos);
+TEST_F(RichTextImport, MakesTheScratchDirectoryForAttachmentsAlone) {
+    addResource(pngBytes(), "image/png", u"a.png");
+    ASSERT_TRUE(import("<en-note>x" + media(pngBytes()) + "</en-note>"));
+    EXPECT_TRUE(outputs().empty());
+    addResource("zip", "application/zip", u"a.zip");
+    ASSERT_TRUE(import("<en-note>x" + media("zip") + "</en-note>"));
+    EXPECT_EQ(namesIn(destination_ / item_.identifier), std::vector<std::string>{"a.zip"});
+    ASSERT_TRUE(scratchDirectory_->remove());
+    EXPECT_FALSE(std::filesystem::exists(destination_ / item_.identifier));
 }
 
-TEST_F(RichTextImport, WritesThePageUnderTheIdentifier) {
-    ASSERT_TRUE(import("<en-note>x</en-note>"));
-    EXPECT_EQ(namesIn(destination_ / item_.identifier), std::vector<std::string>{item_.identifier + ".html"});
+TEST_F(RichTextImport, FailsWhenTheNameOfItsScratchDirectoryIsTaken) {
+    tests::writeFile(destination_ / item_.identifier, "somebody's");
+    addResource("zip", "application/zip", u"a.zip");
+    EXPECT_TRUE(import("<en-note>x</en-note>"));
+    const auto page = notePageFromNoteElement(item_, *scratchDirectory_,
+                                              *noteDocument("<en-note>" + media("zip") + "</en-note>").rootElement(),
+                                              UseInlineImages::yes, ConvertDividers::yes);
+    ASSERT_FALSE(page);
+    EXPECT_EQ(page.error().code, 516);
+    EXPECT_EQ(tests::readFile(destination_ / item_.identifier), "somebody's");
 }
 
 } // namespace

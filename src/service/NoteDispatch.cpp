@@ -128,7 +128,7 @@ Result<ItemEntry> getItemDict(EvernoteXMLItem& item, NoteOutput& output) {
 
     std::optional<URL> written = writeSingleAttachment(item, output, note);
     if (!written) {
-        NoteScratch scratch = TRY(NoteScratch::create(*TRY(output.directory()), item.identifier));
+        NoteScratch scratch(*TRY(output.directory()), item.identifier);
         item.intermediateHTMLDirectoryURL = scratch.url();
         Result<URL> converted = convert(item, scratch, output, note);
         // A scratch directory that stays behind is reported in place of the converter's own error.

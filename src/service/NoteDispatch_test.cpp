@@ -170,11 +170,13 @@ TEST_F(NoteDispatch, FailsWithoutContent) {
 TEST_F(NoteDispatch, FailsWhenTheScratchDirectoryCannotBeMade) {
     item_.title = u"Note";
     tests::writeFile(destination_ / item_.identifier, "in the way");
-    const auto entry = dispatch("<en-note>x</en-note>");
+    addResource("zip", "application/zip", u"a.zip");
+    const auto entry = dispatch("<en-note>x" + media("zip") + "</en-note>");
     ASSERT_FALSE(entry);
     EXPECT_EQ(entry.error().domain, platform::kCocoaErrorDomain);
     EXPECT_EQ(entry.error().code, 516);
     EXPECT_EQ(outputs(), std::vector<std::string>{item_.identifier});
+    EXPECT_EQ(tests::readFile(destination_ / item_.identifier), "in the way");
 }
 
 } // namespace
