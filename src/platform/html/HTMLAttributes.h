@@ -7,6 +7,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "platform/html/CssStyle.h"
@@ -26,7 +27,8 @@ class HTMLAttributes {
   public:
     using Reference = AttributeSet::Reference;
 
-    HTMLAttributes() : places_(1) {}
+    // A page within a page stands in the lists and cells around it.
+    explicit HTMLAttributes(HTMLParagraphContext around = {}) : context_(std::move(around)), places_(1) {}
 
     // The character attributes that an element sets itself. Nothing of its surroundings is in them.
     Reference characters(const CssStyle& style, HTMLTag tag);

@@ -101,16 +101,17 @@ std::shared_ptr<FileWrapper> HTMLImages::fileAt(const URL& url) const {
     return std::move(*wrapper);
 }
 
-std::optional<HTMLImage> HTMLImages::object(std::string_view address) const {
-    std::shared_ptr<FileWrapper> wrapper;
+std::shared_ptr<FileWrapper> HTMLImages::file(std::string_view address) const {
     const std::string_view text = trimmed(address);
-    if (auto resource = resourceForURL_ ? resourceForURL_(text) : std::nullopt) {
-        wrapper = fileNamed(std::move(resource->name), resource->mimeType, std::move(resource->bytes));
-    } else if (isDataAddress(text)) {
-        wrapper = fileInAddress(text);
-    } else if (const auto url = resolved(address)) {
-        wrapper = fileAt(*url);
-    }
+    if (auto resource = resourceForURL_ ? resourceForURL_(text) : std::nullopt)
+        return fileNamed(std::move(resource->name), resource->mimeType, std::move(resource->bytes));
+    if (isDataAddress(text)) return fileInAddress(text);
+    const auto url = resolved(address);
+    return url ? fileAt(*url) : nullptr;
+}
+
+std::optional<HTMLImage> HTMLImages::object(std::string_view address) const {
+    std::shared_ptr<FileWrapper> wrapper = file(address);
     if (!wrapper) return std::nullopt;
     return HTMLImage{std::make_shared<TextAttachment>(std::move(wrapper)), std::nullopt};
 }

@@ -1,4 +1,4 @@
-// The attachments that a page's images and objects become. Files are read below the read-access directory only;
+// The attachments that a page's images and objects become, and the pages that its frames show. Files are read below the read-access directory only;
 // nothing is ever fetched.
 #pragma once
 
@@ -30,6 +30,8 @@ class HTMLImages {
     HTMLImage image(std::string_view address) const;
     // Like image(), but nothing when the bytes cannot be had.
     std::optional<HTMLImage> object(std::string_view address) const;
+    // The file of an address; null when it cannot be had.
+    std::shared_ptr<FileWrapper> file(std::string_view address) const;
 
   private:
     std::shared_ptr<FileWrapper> fileAt(const URL& url) const;

@@ -14,9 +14,12 @@
 
 #include <fmt/format.h>
 
+#include "platform/base/SystemLog.h"
 #include "platform/base/UTF16.h"
 #include "platform/files/FileWrapper.h"
+#include "platform/files/UTType.h"
 #include "platform/foundation/Capitalization.h"
+#include "platform/foundation/PathString.h"
 #include "platform/html/CssStyle.h"
 #include "platform/html/HTMLAttributes.h"
 #include "platform/html/HTMLDocumentAttributes.h"
@@ -36,6 +39,8 @@ constexpr NodeIndex kNone = HTMLDocument::kNone;
 constexpr char16_t kNoBreakSpace = 0xA0;
 // Lists and cells nested deeper take part in those around them: every paragraph names all that it lies in.
 constexpr std::size_t kMostListsAround = 32, kMostCellsAround = 32;
+// Pages within pages: how deep, and how many bytes of them in all, since a file may frame itself many times.
+constexpr std::size_t kMostFramesAround = 4, kMostFramedBytes = std::size_t{16} << 20;
 
 // The formats of list objects, in the order of CssListStyle; the last two have none of their own.
 constexpr auto kMarkerFormats = std::to_array<std::string_view>({
@@ -56,8 +61,9 @@ constexpr auto kMarkerFormats = std::to_array<std::string_view>({
 
 class PageWalk {
   public:
-    PageWalk(HTMLDocument page, const HTMLReadOptions& options)
-        : page_(std::move(page)), resolver_(page_), tables_(page_), images_(options) {
+    PageWalk(HTMLDocument page, HTMLImages images, HTMLParagraphContext around = {})
+        : page_(std::move(page)), resolver_(page_), blocksAround_(around.blocks.size()), attributes_(std::move(around)),
+          tables_(page_), images_(std::move(images)) {
         text_.reserve(page_.textSize() + page_.size()); // most elements write one character or none
     }
 
@@ -94,6 +100,7 @@ class PageWalk {
     void writeText(NodeIndex node);
     void writeBreak(const Frame& frame);
     void writeObject(const Frame& frame, HTMLImage image);
+    void writeFrame(const Frame& frame);
     bool processByTag(Frame& frame);
     void openList(Frame& frame);
     void openCell(Frame& frame);
@@ -116,6 +123,7 @@ class PageWalk {
 
     HTMLDocument page_;
     CssStyleResolver resolver_;
+    std::size_t blocksAround_; // cells that a page within a page stands in
     HTMLAttributes attributes_;
     HTMLTables tables_;
     HTMLImages images_;
@@ -125,6 +133,7 @@ class PageWalk {
     HTMLListLinks listLinks_;
     std::optional<CssRGBA> background_;
     std::size_t quoteDepth_ = 0;
+    std::size_t framesAround_ = 0, framedBytes_ = 0;
 };
 
 AttributeSet::Reference PageWalk::complete(const Frame& frame, const AttributeSet::Reference& characters) {
@@ -276,7 +285,9 @@ bool PageWalk::processByTag(Frame& frame) {
         return false;
     }
     case HTMLTag::iframe:
-        return false; // its page is not fetched
+    case HTMLTag::frame:
+        writeFrame(frame);
+        return false;
     default:
         return true;
     }
@@ -325,7 +336,8 @@ void PageWalk::addColumns(const Frame& group) {
 void PageWalk::prepareLooseTable(const CssStyle& child) {
     const bool isPart = child.display == CssDisplay::tableRow || child.display == CssDisplay::tableCell;
     if (!isPart) return endLooseTable();
-    if (tables_.depth() > attributes_.context().blocks.size()) return; // a table is open whose cell this can be
+    if (tables_.depth() > attributes_.context().blocks.size() - blocksAround_)
+        return; // a table is open whose cell this can be
     tables_.enterAnonymousTable();
     top().ownsLooseTable = true;
 }
@@ -404,6 +416,42 @@ void PageWalk::writeObject(const Frame& frame, HTMLImage image) {
     if (frame.isBlock) text_.appendObject(u"\n", attributes);
 }
 
+// The page of a frame is read in place, on lines of its own, when it is at hand: nothing is fetched.
+void PageWalk::writeFrame(const Frame& frame) {
+    if (framesAround_ >= kMostFramesAround) return;
+    const auto markup = page_.attribute(frame.node, HTMLAttribute::srcdoc);
+    const auto address = page_.attribute(frame.node, HTMLAttribute::src);
+    const auto file = !markup && address ? images_.file(*address) : nullptr;
+    const auto type =
+        file ? UTType::typeWithFilenameExtension(pathExtension(std::string_view(file->preferredFilename())))
+             : std::nullopt;
+    if (!markup && !(type && type->conformsTo(kUTTypeHTML))) return;
+    const std::string_view bytes = markup ? *markup : file->regularFileContents().bytes();
+    if (bytes.size() > kMostFramedBytes - framedBytes_) return systemLog("Not read: frames of more than 16 MB");
+    framedBytes_ += bytes.size();
+
+    Result<HTMLDocument> page = HTMLDocument::parse(bytes);
+    if (!page) return systemLog("Couldn't read frame: " + page.error().description());
+    HTMLImages images = images_;
+    if (const auto url = file ? images_.resolved(*address) : std::nullopt; url && url->isFileURL())
+        images.setBase(*address);
+    PageWalk framed(*std::move(page), std::move(images), attributes_.context());
+    framed.framesAround_ = framesAround_ + 1;
+    framed.framedBytes_ = framedBytes_;
+    framed.run();
+    framedBytes_ = framed.framedBytes_;
+    if (framed.text_.length() == 0) return;
+    // A paragraph of a list would get a marker of its own.
+    const auto endLine = [&] {
+        if (text_.endsInNewline()) return;
+        inList() ? text_.appendLineSeparator(ownAttributes(frame)) : newline(frame, Newline::ifMissing, true);
+    };
+    endLine();
+    text_.appendAll(framed.text_);
+    endLine();
+    listLinks_.merge(framed.listLinks_);
+}
+
 // Blanks that pages write so that they do not collapse, and letters in another case.
 void PageWalk::transform(std::u16string& text, const Frame& frame) const {
     if (frame.style->breaksNbsp) std::ranges::replace(text, kNoBreakSpace, u' ');
@@ -459,7 +507,7 @@ void PageWalk::writeText(NodeIndex node) {
 
 HTMLDocumentText attributedStringFromHTMLDocument(HTMLDocument page, const HTMLReadOptions& options) {
     HTMLDocumentText read;
-    PageWalk walk(std::move(page), options);
+    PageWalk walk(std::move(page), HTMLImages(options));
     walk.run();
     read.documentAttributes = htmlDocumentAttributes(walk.page(), walk.background());
     walk.releasePage();

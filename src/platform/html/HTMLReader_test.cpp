@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/base/SystemLog.h"
+#include "platform/base/UTF16.h"
 #include "platform/files/FileWrapper.h"
 #include "platform/text/TextAttachment.h"
 #include "platform/text/TextDump.h"
@@ -227,6 +228,43 @@ TEST(HTMLReader, ReadsDeepPagesInBoundedTime) {
     const auto read = attributedStringFromHTMLData(page + "x");
     ASSERT_TRUE(read.has_value());
     EXPECT_NE(read->text.string().find(u'x'), std::u16string::npos);
+}
+
+TEST(HTMLReader, ReadsFramedFilesBelowTheDirectoryAlone) {
+    const tests::ScratchDirectory scratch;
+    std::filesystem::create_directory(scratch / "in");
+    tests::writeFile(scratch / "outside.html", "outside");
+    tests::writeFile(scratch / "in" / "note.txt", "no page");
+    std::filesystem::create_directory(scratch / "in" / "sub");
+    tests::writeFile(scratch / "in" / "sub" / "a.html", "<a href='b.html'>a</a>");
+    const URL directory = URL::fileURLWithPath((scratch / "in").string(), true);
+    const auto read = attributedStringFromHTMLData(
+        "1<iframe src='sub/a.html'></iframe><iframe src='../outside.html'></iframe><iframe src='note.txt'></iframe>"
+        "<iframe src='none.html'></iframe>2",
+        {.baseURL = directory, .readAccessURL = directory});
+    ASSERT_TRUE(read);
+    EXPECT_EQ(utf8FromUTF16(read->text.string()), "1\na\n2");
+    const auto* link = read->text.attributeAt(kLinkAttributeName, 2);
+    ASSERT_TRUE(link);
+    EXPECT_TRUE(std::get<URL>(*link).absoluteString().ends_with("/in/sub/b.html"));
+}
+
+TEST(HTMLReader, EndsWithPagesThatFrameThemselves) {
+    const tests::ScratchDirectory scratch;
+    const std::string self = "<iframe src='self.html'></iframe>";
+    tests::writeFile(scratch / "self.html", "x" + self + self + self);
+    const URL directory = URL::fileURLWithPath(scratch.path().string(), true);
+    const auto read = attributedStringFromHTMLData(self, {.baseURL = directory, .readAccessURL = directory});
+    ASSERT_TRUE(read);
+    EXPECT_EQ(std::ranges::count(read->text.string(), u'x'), 1 + 3 + 9 + 27);
+    // As often as it likes, but no more than a bounded number of bytes.
+    std::string wide = std::string(100'000, 'y');
+    for (int i = 0; i < 100; ++i) wide += self;
+    tests::writeFile(scratch / "self.html", wide);
+    const auto bounded = attributedStringFromHTMLData(self, {.baseURL = directory, .readAccessURL = directory});
+    ASSERT_TRUE(bounded);
+    EXPECT_LT(bounded->text.length(), std::size_t{17} << 20);
+    EXPECT_GT(bounded->text.length(), std::size_t{10} << 20);
 }
 
 } // namespace

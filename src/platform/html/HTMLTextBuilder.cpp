@@ -99,6 +99,15 @@ void HTMLTextBuilder::appendTab(const Attributes& attributes) {
     isSoft_ = true;
 }
 
+void HTMLTextBuilder::appendAll(const HTMLTextBuilder& other) {
+    std::size_t start = 0;
+    for (const AttributedString::Run& run : other.runs_) {
+        append(std::u16string_view(other.text_).substr(start, run.end - start), run.attributes);
+        start = run.end;
+    }
+    isSoft_ = false;
+}
+
 void HTMLTextBuilder::addAttribute(std::size_t start, AttributeName name, const AttributeValue& value) {
     if (start >= text_.size()) return;
     auto first = std::ranges::upper_bound(runs_, start, {}, &AttributedString::Run::end);

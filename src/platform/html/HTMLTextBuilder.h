@@ -39,6 +39,8 @@ class HTMLTextBuilder {
     void dropSoftEnd();
     void appendLineSeparator(const Attributes& attributes);
     void appendTab(const Attributes& attributes);
+    // Everything that another one has written, as it stands.
+    void appendAll(const HTMLTextBuilder& other);
 
     // Gives the text from `start` to the end one more attribute. Costs the runs of that stretch.
     void addAttribute(std::size_t start, AttributeName name, const AttributeValue& value);

@@ -154,8 +154,8 @@ constexpr auto kAttributes = std::to_array<std::string_view>({
     "align",   "alt",      "aria-label", "background", "bgcolor", "border", "bordercolor", "cellpadding", "cellspacing",
     "charset", "class",    "color",      "colspan",    "content", "data",   "dir",         "face",        "height",
     "hidden",  "href",     "hspace",     "http-equiv", "id",      "link",   "name",        "nowrap",      "reversed",
-    "rowspan", "selected", "size",       "span",       "src",     "start",  "style",       "text",        "title",
-    "type",    "valign",   "value",      "vspace",     "width",
+    "rowspan", "selected", "size",       "span",       "src",     "srcdoc", "start",       "style",       "text",
+    "title",   "type",     "valign",     "value",      "vspace",  "width",
 });
 static_assert(kAttributes.size() == static_cast<std::size_t>(HTMLAttribute::none));
 

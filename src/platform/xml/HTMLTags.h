@@ -46,7 +46,7 @@ enum class HTMLAttribute : std::uint8_t {
     // clang-format off
     align, alt, ariaLabel, background, bgcolor, border, bordercolor, cellpadding, cellspacing, charset, class_, color,
     colspan, content, data, dir, face, height, hidden, href, hspace, httpEquiv, id, link, name, nowrap, reversed,
-    rowspan, selected, size, span, src, start, style, text, title, type, valign, value, vspace, width, none
+    rowspan, selected, size, span, src, srcdoc, start, style, text, title, type, valign, value, vspace, width, none
     // clang-format on
 };
 
