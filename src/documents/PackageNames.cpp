@@ -10,6 +10,7 @@
 #include "documents/attachments/QLTChecklistTextAttachment.h"
 #include "documents/attachments/QLTDividerTextAttachment.h"
 #include "platform/files/ByteLimit.h"
+#include "platform/files/FileDescriptor.h"
 #include "platform/files/FileWrapper.h"
 #include "platform/foundation/PathString.h"
 #include "platform/foundation/UUID.h"
@@ -35,13 +36,8 @@ bool hidesPackageEntry(std::string_view name) {
     return std::ranges::any_of(kEntries, [&](std::string_view entry) { return equalIgnoringASCIICase(name, entry); });
 }
 
-bool isOnePathComponent(std::string_view name) {
-    return name != "." && name != ".." && name.find('/') == std::string_view::npos &&
-           name.find('\0') == std::string_view::npos;
-}
-
 std::string safeComponent(std::string_view name) {
-    if (isOnePathComponent(name)) return platform::nameLimitedInBytes(name);
+    if (platform::isPathComponent(name)) return platform::nameLimitedInBytes(name);
     std::string text(name);
     std::erase(text, '\0');
     const std::u16string safe = stringSanitizedForFileName(platform::utf16FromUTF8(text));
