@@ -4,16 +4,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
-#include <fstream>
 #include <string>
 #include <string_view>
 
 #include <benchmark/benchmark.h>
 #include <fmt/format.h>
-#include <malloc.h>
 
 #include "platform/html/HTMLReader.h"
 #include "platform/xml/HTMLDocument.h"
+#include "tests/support/PeakMemory.h"
 
 namespace {
 
@@ -46,19 +45,6 @@ double seconds(auto work) {
     return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
 }
 
-// Bytes of memory of the process at its highest since the last call with `restart`.
-double highestMemory(bool restart) {
-    if (restart) {
-        malloc_trim(0);
-        std::ofstream("/proc/self/clear_refs") << 5;
-    }
-    std::ifstream status("/proc/self/status");
-    constexpr std::string_view kLabel = "VmHWM:";
-    for (std::string line; std::getline(status, line);)
-        if (line.starts_with(kLabel)) return std::stod(line.substr(kLabel.size())) * 1024;
-    return 0;
-}
-
 void threeSizes(benchmark::internal::Benchmark* benchmark) {
     benchmark->RangeMultiplier(4)->Range(kLargestPage / 16, kLargestPage);
     benchmark->Complexity(benchmark::oN)->Unit(benchmark::kMillisecond);
@@ -80,9 +66,10 @@ BENCHMARK(parsePage)->Apply(threeSizes);
 void readPage(benchmark::State& state) {
     const std::string page = pageOfSize(static_cast<std::size_t>(state.range(0)));
     readNote(); // what is made once for all pages is not counted
-    const double before = highestMemory(true);
+    tests::restartPeakMemory();
+    const std::size_t before = tests::peakMemory();
     const std::size_t length = platform::attributedStringFromHTMLData(page)->text.length();
-    const double memory = (highestMemory(false) - before) / static_cast<double>(page.size());
+    const double memory = static_cast<double>(tests::peakMemory() - before) / static_cast<double>(page.size());
     const double parse = seconds([&] { benchmark::DoNotOptimize(platform::HTMLDocument::parse(page)); });
     double read = 0;
     for (auto _ : state)

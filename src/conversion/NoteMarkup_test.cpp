@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
 #include <new>
 #include <optional>
 #include <string>
@@ -15,6 +14,7 @@
 #include "platform/base/Error.h"
 #include "platform/defaults/UserDefaults.h"
 #include "tests/support/NoteFixture.h"
+#include "tests/support/PeakMemory.h"
 
 namespace quillet {
 namespace {
@@ -435,35 +435,26 @@ TEST_F(NoteMarkup, NamesManyFilesOfOneNameInLinearTime) {
     EXPECT_EQ(scratchFiles().size(), 3'000U);
 }
 
-// The largest resident size of this process so far, in bytes.
-std::size_t peakMemory() {
-    std::ifstream status("/proc/self/status");
-    std::string line;
-    while (std::getline(status, line))
-        if (line.starts_with("VmHWM:")) return std::strtoull(line.c_str() + 6, nullptr, 10) * 1024;
-    return 0;
-}
-
 TEST_F(NoteMarkup, CarriesALargeImageThroughWithoutManyCopies) {
     constexpr std::size_t kSize = 20'000'000;
     const std::string bytes = pngBytes() + std::string(kSize, 'x');
     addResource(bytes, "image/png", u"large.png");
-    [[maybe_unused]] const std::size_t before = peakMemory();
+    [[maybe_unused]] const std::size_t before = tests::peakMemory();
     const std::string made = page("<en-note>" + media(bytes) + "</en-note>").value();
     EXPECT_GT(made.size(), kSize * 4 / 3);
     // The decoded bytes and the page, which grows as it is filled.
 #ifndef __SANITIZE_ADDRESS__ // which holds on to what has been freed
-    EXPECT_LT(peakMemory() - before, 6 * kSize);
+    EXPECT_LT(tests::peakMemory() - before, 6 * kSize);
 #endif
 }
 
 TEST_F(NoteMarkup, PassesADataURLOfTheNoteOn) {
     const std::string url = "data:image/png;base64," + std::string(20'000'000, 'A');
-    [[maybe_unused]] const std::size_t before = peakMemory();
+    [[maybe_unused]] const std::size_t before = tests::peakMemory();
     const std::string made = page("<en-note><img src=\"" + url + "\"/></en-note>").value();
     EXPECT_NE(made.find(url), std::string::npos);
 #ifndef __SANITIZE_ADDRESS__ // which holds on to what has been freed
-    EXPECT_LT(peakMemory() - before, 10 * url.size());
+    EXPECT_LT(tests::peakMemory() - before, 10 * url.size());
 #endif
 }
 

@@ -4,15 +4,14 @@
 #include <algorithm>
 #include <cstddef>
 #include <ctime>
-#include <fstream>
 #include <string>
 #include <string_view>
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <malloc.h>
 
 #include "platform/xml/HTMLDocument.h"
+#include "tests/support/PeakMemory.h"
 
 namespace platform {
 namespace {
@@ -48,19 +47,6 @@ double secondsToRead(const std::string& page) {
     return least;
 }
 
-// The most memory that this process has had since the last call with `restarting`, in bytes.
-double peakMemory(bool restarting) {
-    if (restarting) {
-        malloc_trim(0);
-        std::ofstream("/proc/self/clear_refs") << 5;
-    }
-    std::ifstream status("/proc/self/status");
-    constexpr std::string_view kLabel = "VmHWM:";
-    for (std::string line; std::getline(status, line);)
-        if (line.starts_with(kLabel)) return std::stod(line.substr(kLabel.size())) * 1024;
-    return 0;
-}
-
 TEST(HTMLReaderCost, TakesLessMemoryThanTenPages) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the address sanitizer holds on to what has been freed";
@@ -81,11 +67,12 @@ TEST(HTMLReaderCost, TakesLessMemoryThanTenPages) {
     for (const Row& row : kRows) {
         const std::string page = pageOfSize(row.size, row.filler, row.head);
         EXPECT_GE(HTMLDocument::parse(page)->size(), row.leastNodes) << row.what;
-        const double before = peakMemory(true);
+        tests::restartPeakMemory();
+        const std::size_t before = tests::peakMemory();
         ASSERT_GT(before, 0);
         const auto read = attributedStringFromHTMLData(page);
         ASSERT_TRUE(read.has_value());
-        const double sizes = (peakMemory(false) - before) / static_cast<double>(page.size());
+        const double sizes = static_cast<double>(tests::peakMemory() - before) / static_cast<double>(page.size());
         EXPECT_GT(sizes, 1) << row.what; // the text and its runs at the least
         EXPECT_LT(sizes, row.sizes) << row.what;
     }
