@@ -14,6 +14,7 @@
 #include "richtext/PlainWalks.h"
 #include "richtext/RandomRichText.h"
 #include "styles/base/ParagraphStyles.h"
+#include "tests/support/RichTextFixture.h"
 #include "tests/support/StylesFixture.h"
 #include "util/Markdown.h"
 
@@ -138,16 +139,6 @@ void replaceFiles(AttributedString& text, Range range) {
         AttributedString replacement = AttributedString::withAttachment(file);
         replacement.setAttributes(std::make_shared<const platform::AttributeSet>(attributes), {0, 1});
         text.replaceCharacters(run, replacement);
-    });
-}
-
-// Whether the two make the same of any text.
-bool alike(void (*real)(AttributedString&), void (*plain)(AttributedString&)) {
-    return rc::check([&] {
-        AttributedString text = someText(), expected = text;
-        real(text);
-        plain(expected);
-        RC_ASSERT(platform::textDump(text) == platform::textDump(expected));
     });
 }
 

@@ -16,7 +16,7 @@
 #include "richtext/WebCleanup.h"
 #include "richtext/highlights/Highlights.h"
 #include "styles/base/ParagraphStyles.h"
-#include "tests/support/StylesFixture.h"
+#include "tests/support/RichTextFixture.h"
 
 namespace quillet {
 
@@ -147,27 +147,7 @@ void cleanUpWebPage(AttributedString& text, Range range, const Font& font, WebPa
     if (including.colors) cleanupTextColorsInRange(text, range);
 }
 
-class ImportCleanupModel : public StylesFixture {
-  protected:
-    void SetUp() override {
-        StylesFixture::SetUp();
-        TextList::setIncludesTextListMarkers(false);
-    }
-    void TearDown() override {
-        TextList::setIncludesTextListMarkers(true);
-        StylesFixture::TearDown();
-    }
-
-    // Whether the two make the same of any text.
-    static bool alike(void (*real)(AttributedString&), void (*plain)(AttributedString&)) {
-        return rc::check([&] {
-            AttributedString text = someText(), expected = text;
-            real(text);
-            plain(expected);
-            RC_ASSERT(platform::textDump(text) == platform::textDump(expected));
-        });
-    }
-};
+class ImportCleanupModel : public RichTextFixture {};
 
 } // namespace
 

@@ -19,8 +19,8 @@
 #include "richtext/RichTextCase.h"
 #include "richtext/WebCleanup.h"
 #include "tests/support/Golden.h"
+#include "tests/support/RichTextFixture.h"
 #include "tests/support/ScratchDirectory.h"
-#include "tests/support/StylesFixture.h"
 
 namespace quillet {
 
@@ -184,17 +184,7 @@ std::string resultOf(std::string_view input) {
     return returned + platform::textDump(text);
 }
 
-class RichTextOperations : public StylesFixture {
-  protected:
-    void SetUp() override {
-        StylesFixture::SetUp();
-        TextList::setIncludesTextListMarkers(false);
-    }
-    void TearDown() override {
-        TextList::setIncludesTextListMarkers(true);
-        StylesFixture::TearDown();
-    }
-};
+class RichTextOperations : public RichTextFixture {};
 
 } // namespace
 

@@ -15,7 +15,7 @@
 #include "richtext/RandomRichText.h"
 #include "richtext/WebCleanup.h"
 #include "richtext/highlights/Highlights.h"
-#include "tests/support/StylesFixture.h"
+#include "tests/support/RichTextFixture.h"
 
 namespace quillet {
 
@@ -37,17 +37,7 @@ std::size_t attachmentUnits(const AttributedString& text) {
     return units;
 }
 
-class RichTextProperties : public StylesFixture {
-  protected:
-    void SetUp() override {
-        StylesFixture::SetUp();
-        TextList::setIncludesTextListMarkers(false);
-    }
-    void TearDown() override {
-        TextList::setIncludesTextListMarkers(true);
-        StylesFixture::TearDown();
-    }
-};
+class RichTextProperties : public RichTextFixture {};
 
 } // namespace
 
