@@ -4,6 +4,7 @@
 
 #include "platform/xml/HTMLTidy.h"
 #include "platform/xml/MarkupText.h"
+#include "platform/xml/PlainMarkup.h"
 #include "platform/xml/XMLTreeBuilder.h"
 #include "platform/xml/XMLWriter.h"
 
@@ -57,17 +58,22 @@ Result<> readXML(std::string_view xml, XMLTreeBuilder& builder) {
 } // namespace
 
 Result<XMLDocument> XMLDocument::initWithXMLString(std::string_view xml, XMLDocumentParsing parsing) {
+    const bool isPage = parsing == XMLDocumentParsing::tidyHTML;
+    const std::string markup = isPage ? keepingListItemsWhole(escapingSections(xml)) : resolvingHTMLEntities(xml);
+    XMLTreeBuilder plain;
+    if (isPage ? readPlainHTML(markup, plain) : readPlainXML(markup, plain))
+        return plain.documentWithRoot(isPage ? "html" : "");
     if (hasTagWithTooManyAttributes(xml))
         return failure(Error::withDescription(
             kXMLParserErrorDomain, XMLParser::kInternalError,
             fmt::format("an element has more than {} attributes", XMLParser::kMaximumAttributes)));
-    if (parsing == XMLDocumentParsing::tidyHTML) {
+    if (isPage) {
         XMLTreeBuilder builder;
-        TRY(readHTML(keepingListItemsWhole(escapingSections(xml)), ImpliedTags::added, builder));
+        TRY(readHTML(markup, ImpliedTags::added, builder));
         return builder.documentWithRoot("html");
     }
     XMLTreeBuilder strict;
-    const auto outcome = readXML(resolvingHTMLEntities(xml), strict);
+    const auto outcome = readXML(markup, strict);
     if (outcome) return strict.documentWithRoot({});
     if (parsing == XMLDocumentParsing::strict) return failure(outcome.error());
     const std::string name = nameOfFirstTag(xml);

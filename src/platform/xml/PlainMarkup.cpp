@@ -1,0 +1,397 @@
+#include "platform/xml/PlainMarkup.h"
+
+#include <algorithm>
+#include <array>
+#include <bitset>
+#include <charconv>
+#include <deque>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <libxml/HTMLparser.h>
+
+#include "platform/base/TextScan.h"
+#include "platform/base/UTF16.h"
+#include "platform/xml/HTMLTags.h"
+
+namespace platform {
+
+namespace {
+
+constexpr std::size_t kMostAttributes = 64; // of a tag; few enough to compare each with all before it
+
+constexpr bool isBlank(char c) {
+    return c == ' ' || c == '\n' || c == '\t';
+}
+constexpr bool isLetter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+constexpr bool isNameCharacter(char c) {
+    return isLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '_';
+}
+
+bool isBlankText(std::string_view text) {
+    return std::ranges::all_of(text, isBlank);
+}
+
+bool isLowerCase(std::string_view name) {
+    return std::ranges::none_of(name, [](char c) { return c >= 'A' && c <= 'Z'; });
+}
+
+struct Reference {
+    std::string_view name, character;
+};
+constexpr Reference kReferences[] = {{"&amp;", "&"}, {"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}};
+
+// The character of a reference by number ("&#160;", "&#xA0;") at the start of the text, with the reference's length.
+struct Numbered {
+    std::string character;
+    std::size_t length;
+};
+std::optional<Numbered> numbered(std::string_view text) {
+    const bool isHexadecimal = text.starts_with("&#x");
+    const std::size_t start = isHexadecimal ? 3 : 2;
+    std::uint32_t value = 0;
+    const auto [end, error] =
+        std::from_chars(text.data() + start, text.data() + text.size(), value, isHexadecimal ? 16 : 10);
+    if (error != std::errc() || end == text.data() + text.size() || *end != ';') return std::nullopt;
+    if (value < ' ' || value > 0xFFFF || (value >= 0xD800 && value < 0xE000) || value >= 0xFFF0) return std::nullopt;
+    return Numbered{utf8FromUTF16(std::u16string(1, static_cast<char16_t>(value))),
+                    static_cast<std::size_t>(end - text.data()) + 1};
+}
+
+enum class Language : std::uint8_t { xml, html };
+
+// What the two languages share: names, values and texts, taken from the front of what is left to read.
+class PlainReader {
+  protected:
+    PlainReader(Language language, std::string_view markup, XMLTreeBuilder& builder)
+        : rest_(markup), builder_(builder), language_(language) {}
+    ~PlainReader() = default;
+
+    bool skip(std::string_view literal) {
+        if (!rest_.starts_with(literal)) return false;
+        rest_.remove_prefix(literal.size());
+        return true;
+    }
+    // False when there is none.
+    bool skipBlanks() {
+        const std::size_t before = rest_.size();
+        while (!rest_.empty() && isBlank(rest_.front())) rest_.remove_prefix(1);
+        return rest_.size() < before;
+    }
+    std::string_view take(std::size_t length) {
+        const std::string_view taken = rest_.substr(0, length);
+        rest_.remove_prefix(taken.size());
+        return taken;
+    }
+    std::string_view takeTextBefore(std::string_view mark) { return take(std::min(rest_.find(mark), rest_.size())); }
+    // "" when there is none.
+    std::string_view takeName() {
+        if (rest_.empty() || !isLetter(rest_.front())) return {};
+        std::size_t length = 1;
+        while (length < rest_.size() && isNameCharacter(rest_[length])) ++length;
+        return take(length);
+    }
+    std::optional<std::string_view> takeQuoted() {
+        if (rest_.empty() || (rest_.front() != '"' && rest_.front() != '\'')) return std::nullopt;
+        const std::size_t end = rest_.find(rest_.front(), 1);
+        if (end == std::string_view::npos) return std::nullopt;
+        return take(end + 1).substr(1, end - 1);
+    }
+    bool takeAttributes();
+
+    // Calls piece(std::string_view) for the stretches between references and for what these stand for.
+    bool forEachPiece(std::string_view text, auto piece) const {
+        for (std::size_t at = text.find('&'); at != std::string_view::npos; at = text.find('&')) {
+            piece(text.substr(0, at));
+            text.remove_prefix(at);
+            const auto* const known =
+                std::ranges::find_if(kReferences, [&](const auto& each) { return text.starts_with(each.name); });
+            if (known != std::end(kReferences)) {
+                piece(known->character);
+                text.remove_prefix(known->name.size());
+            } else if (language_ == Language::xml && text.starts_with("&#")) {
+                const auto number = numbered(text);
+                if (!number) return false;
+                piece(number->character);
+                text.remove_prefix(number->length);
+            } else {
+                return false;
+            }
+        }
+        if (!text.empty()) piece(text);
+        return true;
+    }
+    bool addText(std::string_view text) {
+        return forEachPiece(text, [this](std::string_view piece) { builder_.addText(XMLNodeKind::text, piece); });
+    }
+
+    std::string_view rest_;
+    XMLTreeBuilder& builder_;
+    std::vector<XMLAttributeView> attributes_; // of the last start tag
+
+  private:
+    std::deque<std::string> decoded_; // values that had references in them
+    Language language_;
+};
+
+// Up to the ">" or "/>".
+bool PlainReader::takeAttributes() {
+    attributes_.clear();
+    decoded_.clear();
+    while (skipBlanks() && !rest_.empty() && isLetter(rest_.front())) {
+        const std::string_view name = takeName();
+        const bool isPlain = language_ == Language::html ? isLowerCase(name) : !name.starts_with("xml");
+        const bool isNew = std::ranges::find(attributes_, name, &XMLAttributeView::name) == attributes_.end();
+        if (!isPlain || !isNew || attributes_.size() == kMostAttributes || !skip("=")) return false;
+        const auto value = takeQuoted();
+        if (!value || value->contains('<') || value->contains('\n') || value->contains('\t')) return false;
+        attributes_.push_back({name, *value});
+        if (!value->contains('&')) continue;
+        std::string& decoded = decoded_.emplace_back();
+        if (!forEachPiece(*value, [&](std::string_view piece) { decoded += piece; })) return false;
+        attributes_.back().value = decoded;
+    }
+    return true;
+}
+
+class PlainXMLReader : PlainReader {
+  public:
+    PlainXMLReader(std::string_view xml, XMLTreeBuilder& builder) : PlainReader(Language::xml, xml, builder) {}
+
+    bool run() {
+        if (!takeDeclaration() || !takeDocumentType()) return false;
+        do {
+            if (!skip("<") || !takeTag()) return false;
+            if (!open_.empty() && !addText(takeTextBefore("<"))) return false;
+        } while (!open_.empty());
+        skipBlanks();
+        return rest_.empty();
+    }
+
+  private:
+    bool takeDeclaration();
+    bool takeDocumentType();
+    bool takeTag();
+
+    std::vector<std::string_view> open_; // names
+};
+
+// Encodings are not read from it, but one that cannot be true would be an error.
+bool PlainXMLReader::takeDeclaration() {
+    if (!skip("<?xml ")) return true;
+    const auto takeValue = [this](std::string_view name) -> std::optional<std::string_view> {
+        return skip(name) && skip("=") ? takeQuoted() : std::nullopt;
+    };
+    if (takeValue("version") != "1.0") return false;
+    if (skipBlanks() && rest_.starts_with("encoding")) {
+        const auto encoding = takeValue("encoding");
+        if (encoding != "UTF-8" && encoding != "utf-8") return false;
+        skipBlanks();
+    }
+    if (rest_.starts_with("standalone")) {
+        const auto standalone = takeValue("standalone");
+        if (standalone != "yes" && standalone != "no") return false;
+        skipBlanks();
+    }
+    if (!skip("?>")) return false;
+    skipBlanks();
+    return true;
+}
+
+bool PlainXMLReader::takeDocumentType() {
+    if (!skip("<!DOCTYPE ")) return true;
+    const std::string_view name = takeName();
+    std::optional<std::string_view> publicID, systemID;
+    if (name.empty()) return false;
+    if (skipBlanks() && rest_.starts_with('P')) {
+        if (!skip("PUBLIC ") || !(publicID = takeQuoted()) || !skip(" ") || !(systemID = takeQuoted())) return false;
+    } else if (rest_.starts_with('S')) {
+        if (!skip("SYSTEM ") || !(systemID = takeQuoted())) return false;
+    }
+    const auto isPlain = [](std::optional<std::string_view> text) {
+        return std::ranges::all_of(text.value_or(""), [](char c) {
+            return isNameCharacter(c) || c == ' ' || c == '/' || c == ':' || c == '.';
+        });
+    };
+    skipBlanks();
+    if (!isPlain(publicID) || !isPlain(systemID) || !skip(">")) return false;
+    skipBlanks();
+    builder_.setDocumentType(name, publicID.value_or(""), systemID.value_or(""));
+    return true;
+}
+
+bool PlainXMLReader::takeTag() {
+    if (skip("/")) {
+        if (open_.empty() || takeName() != open_.back()) return false;
+        skipBlanks();
+        open_.pop_back();
+        builder_.closeElement();
+        return skip(">");
+    }
+    const std::string_view name = takeName();
+    if (name.empty() || !takeAttributes() || !builder_.openElement(name, attributes_)) return false;
+    if (skip(">")) {
+        open_.push_back(name);
+        return true;
+    }
+    builder_.closeElement();
+    return skip("/>");
+}
+
+// The elements of note text that readers treat like any other, save for those that they close on their own.
+constexpr HTMLTag kTextTags[] = {
+    // clang-format off
+    HTMLTag::a, HTMLTag::abbr, HTMLTag::b, HTMLTag::big, HTMLTag::blockquote, HTMLTag::br, HTMLTag::caption,
+    HTMLTag::center, HTMLTag::cite, HTMLTag::code, HTMLTag::dd, HTMLTag::del, HTMLTag::div, HTMLTag::dl, HTMLTag::dt,
+    HTMLTag::em, HTMLTag::font, HTMLTag::h1, HTMLTag::h2, HTMLTag::h3, HTMLTag::h4, HTMLTag::h5, HTMLTag::h6,
+    HTMLTag::hr, HTMLTag::i, HTMLTag::img, HTMLTag::ins, HTMLTag::kbd, HTMLTag::li, HTMLTag::ol, HTMLTag::p,
+    HTMLTag::pre, HTMLTag::q, HTMLTag::s, HTMLTag::small, HTMLTag::span, HTMLTag::strike, HTMLTag::strong,
+    HTMLTag::sub, HTMLTag::sup, HTMLTag::table, HTMLTag::tbody, HTMLTag::td, HTMLTag::tfoot, HTMLTag::th,
+    HTMLTag::thead, HTMLTag::tr, HTMLTag::tt, HTMLTag::u, HTMLTag::ul,
+    // clang-format on
+};
+// Of these, what may stand directly in its like. (The library tells only of two different elements.)
+constexpr HTMLTag kNestingTags[] = {HTMLTag::b,      HTMLTag::blockquote, HTMLTag::div, HTMLTag::em,
+                                    HTMLTag::font,   HTMLTag::i,          HTMLTag::ol,  HTMLTag::span,
+                                    HTMLTag::strong, HTMLTag::table,      HTMLTag::u,   HTMLTag::ul};
+
+// Which elements the library closes at the start of which others.
+class ClosingTable {
+  public:
+    static const ClosingTable& instance() {
+        static const ClosingTable table;
+        return table;
+    }
+    bool isText(HTMLTag tag) const { return isText_[index(tag)]; }
+    // Whether the start of one leaves the other open around it.
+    bool mayStandIn(HTMLTag inner, HTMLTag outer) const { return mayStandIn_[index(inner)][index(outer)]; }
+
+  private:
+    static constexpr std::size_t kSize = 256;
+    static constexpr std::size_t index(HTMLTag tag) { return static_cast<std::uint8_t>(tag); }
+
+    ClosingTable() {
+        for (const HTMLTag inner : kTextTags) {
+            isText_.set(index(inner));
+            mayStandIn_[index(inner)].set(index(HTMLTag::body));
+            for (const HTMLTag outer : kTextTags) mayStandIn_[index(inner)].set(index(outer), !closes(inner, outer));
+            mayStandIn_[index(inner)].reset(index(inner));
+        }
+        for (const HTMLTag tag : kNestingTags) mayStandIn_[index(tag)].set(index(tag));
+    }
+    static bool closes(HTMLTag inner, HTMLTag outer) {
+        const std::string innerName(htmlTagName(inner)), outerName(htmlTagName(outer));
+        xmlNode node{};
+        node.name = BAD_CAST innerName.c_str();
+        return htmlAutoCloseTag(nullptr, BAD_CAST outerName.c_str(), &node) != 0;
+    }
+
+    std::bitset<kSize> isText_;
+    std::array<std::bitset<kSize>, kSize> mayStandIn_;
+};
+
+class PlainHTMLReader : PlainReader {
+  public:
+    PlainHTMLReader(std::string_view page, XMLTreeBuilder& builder) : PlainReader(Language::html, page, builder) {}
+
+    bool run() {
+        if (!skip("<!DOCTYPE html>")) return false;
+        builder_.setDocumentType("html", "", "");
+        skipBlanks();
+        do {
+            if (!skip("<") || !(skip("/") ? takeEndTag() : takeStartTag())) return false;
+            if (open_.empty()) break;
+            const std::string_view text = takeTextBefore("<");
+            if ((holdsNoText(open_.back()) && !isBlankText(text)) || !addText(text)) return false;
+        } while (!open_.empty());
+        skipBlanks();
+        return rest_.empty();
+    }
+
+  private:
+    static bool holdsNoText(HTMLTag tag) { return tag == HTMLTag::html || tag == HTMLTag::head; }
+    bool takeStartTag();
+    bool takeEndTag();
+    bool takeStyleSheet();
+    bool mayOpen(HTMLTag tag);
+
+    std::vector<HTMLTag> open_;
+    bool hadHead_ = false, hadBody_ = false;
+};
+
+bool PlainHTMLReader::mayOpen(HTMLTag tag) {
+    if (open_.empty()) return tag == HTMLTag::html;
+    switch (open_.back()) {
+    case HTMLTag::html:
+        if (tag == HTMLTag::head) return !std::exchange(hadHead_, true);
+        return tag == HTMLTag::body && hadHead_ && !std::exchange(hadBody_, true);
+    case HTMLTag::head:
+        return tag == HTMLTag::meta || tag == HTMLTag::title || tag == HTMLTag::style;
+    default:
+        return ClosingTable::instance().isText(tag) && ClosingTable::instance().mayStandIn(tag, open_.back());
+    }
+}
+
+bool PlainHTMLReader::takeStartTag() {
+    const std::string_view name = takeName();
+    const HTMLTag tag = htmlTagNamed(name);
+    if (!mayOpen(tag) || !takeAttributes() || !builder_.openElement(name, attributes_)) return false;
+    const bool endsAtOnce = skip("/");
+    if (!skip(">")) return false;
+    if (endsAtOnce || hasFlag(tag, kVoidTag)) {
+        builder_.closeElement();
+        return true;
+    }
+    open_.push_back(tag);
+    return tag != HTMLTag::style || takeStyleSheet();
+}
+
+// Nothing in it is markup. Its end tag is left.
+bool PlainHTMLReader::takeStyleSheet() {
+    builder_.addText(XMLNodeKind::text, takeTextBefore("</"));
+    return rest_.starts_with("</style>");
+}
+
+// The end of a void element says nothing: printed trees have it.
+bool PlainHTMLReader::takeEndTag() {
+    const HTMLTag tag = htmlTagNamed(takeName());
+    if (!skip(">")) return false;
+    if (ClosingTable::instance().isText(tag) && hasFlag(tag, kVoidTag)) return true;
+    if (open_.empty() || tag == HTMLTag::unknown || tag != open_.back()) return false;
+    open_.pop_back();
+    builder_.closeElement();
+    return true;
+}
+
+// Both readers take the bytes as UTF-8 without a mark in front. "]]>" may not stand in the text of XML.
+bool isPlainDocument(std::string_view markup) {
+    return markup.starts_with('<') && isPlainText(markup) && isValidUTF8(markup);
+}
+
+} // namespace
+
+bool isPlainText(std::string_view text) {
+    using Suspects = StopUnits<char, ' ', '\xFF', '\x7F', '\xC2', '\xEF'>;
+    for (;;) {
+        text.remove_prefix(lengthBefore<Suspects>(text));
+        if (text.empty()) return true;
+        const bool isPlain = text[0] == '\t' || text[0] == '\n' ||
+                             (text[0] == '\xC2' && text.size() > 1 && static_cast<unsigned char>(text[1]) >= 0xA0) ||
+                             (text[0] == '\xEF' && !text.starts_with("\xEF\xBF"));
+        if (!isPlain) return false;
+        text.remove_prefix(1);
+    }
+}
+
+bool readPlainXML(std::string_view xml, XMLTreeBuilder& builder) {
+    return isPlainDocument(xml) && !xml.contains("]]>") && PlainXMLReader(xml, builder).run();
+}
+
+bool readPlainHTML(std::string_view page, XMLTreeBuilder& builder) {
+    return isPlainDocument(page) && PlainHTMLReader(page, builder).run();
+}
+
+} // namespace platform
