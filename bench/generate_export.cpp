@@ -121,9 +121,10 @@ class Generator {
         }
         const std::string title = options_.sameTitle ? "Untitled" : fmt::format("Note {:06} {}", number, words(3));
         put(fmt::format(
-            "<note><title>{}</title><created>2024{:02}{:02}T{:02}1502Z</created><updated>20240601T101500Z</updated>"
+            "<note><title>{}</title><created>2024{:02}{:02}T{:02}{:02}{:02}Z</created><updated>20240601T101500Z</"
+            "updated>"
             "<tag>bench</tag><note-attributes><source>desktop.mac</source></note-attributes><content><![CDATA[",
-            title, 1 + below(12), 1 + below(28), below(24)));
+            title, 1 + below(12), 1 + below(28), below(24), below(60), below(60)));
         put("<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE en-note SYSTEM "
             "\"http://xml.evernote.com/pub/enml2.dtd\"><en-note>");
         put(body);
