@@ -49,13 +49,15 @@ void Operation::setChangeCallback(ChangeCallback callback) {
 void Operation::didChangeValueForKey(std::string_view key) {
     const bool affectsFinished = std::ranges::find(finishedKeyPaths_, key) != finishedKeyPaths_.end();
     if (!affectsFinished && std::ranges::find(executingKeyPaths_, key) == executingKeyPaths_.end()) return;
+    const std::shared_ptr<Operation> self = weak_from_this().lock(); // a waiter may let go of it at once
     ChangeCallback callback;
+    bool isEnd = false;
     {
         const std::lock_guard lock(mutex_);
         callback = changeCallback_;
-        // Under the lock: a waiter may destroy the operation as soon as it sees the change.
-        if (affectsFinished && isFinished() && !std::exchange(finishAnnounced_, true)) announced_.notify_all();
+        isEnd = affectsFinished && isFinished() && !std::exchange(finishAnnounced_, true);
     }
+    if (isEnd) announced_.notify_all(); // not under the lock, for which whoever wakes would wait
     if (callback) callback(*this);
 }
 
