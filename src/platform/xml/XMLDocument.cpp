@@ -1,5 +1,8 @@
 #include "platform/xml/XMLDocument.h"
 
+#include <optional>
+#include <utility>
+
 #include <fmt/core.h>
 
 #include "platform/xml/HTMLTidy.h"
@@ -55,25 +58,45 @@ Result<> readXML(std::string_view xml, XMLTreeBuilder& builder) {
     return {};
 }
 
-} // namespace
+std::optional<XMLDocument> plainTree(std::string_view xml) {
+    XMLTreeBuilder builder;
+    if (!readPlainXML(xml, builder)) return std::nullopt;
+    return builder.documentWithRoot({});
+}
 
-Result<XMLDocument> XMLDocument::initWithXMLString(std::string_view xml, XMLDocumentParsing parsing) {
-    const bool isPage = parsing == XMLDocumentParsing::tidyHTML;
-    const std::string markup = isPage ? keepingListItemsWhole(escapingSections(xml)) : resolvingHTMLEntities(xml);
-    XMLTreeBuilder plain;
-    if (isPage ? readPlainHTML(markup, plain) : readPlainXML(markup, plain))
-        return plain.documentWithRoot(isPage ? "html" : "");
-    if (hasTagWithTooManyAttributes(xml))
-        return failure(Error::withDescription(
-            kXMLParserErrorDomain, XMLParser::kInternalError,
-            fmt::format("an element has more than {} attributes", XMLParser::kMaximumAttributes)));
-    if (isPage) {
-        XMLTreeBuilder builder;
-        TRY(readHTML(markup, ImpliedTags::added, builder));
-        return builder.documentWithRoot("html");
-    }
+std::optional<XMLDocument> plainPage(std::string_view page) {
+    XMLTreeBuilder builder;
+    if (!readPlainHTML(page, builder)) return std::nullopt;
+    return builder.documentWithRoot("html");
+}
+
+// To be asked before a parser sees the markup.
+Result<> checkAttributes(std::string_view markup) {
+    if (!hasTagWithTooManyAttributes(markup)) return {};
+    return failure(
+        Error::withDescription(kXMLParserErrorDomain, XMLParser::kInternalError,
+                               fmt::format("an element has more than {} attributes", XMLParser::kMaximumAttributes)));
+}
+
+// What is plain as it stands has nothing to correct; most of the rest is plain when it has been corrected.
+
+Result<XMLDocument> tidyPage(std::string_view html) {
+    if (auto plain = plainPage(html)) return *std::move(plain);
+    const std::string markup = keepingListItemsWhole(escapingSections(html));
+    if (auto plain = plainPage(markup)) return *std::move(plain);
+    TRY(checkAttributes(html));
+    XMLTreeBuilder builder;
+    TRY(readHTML(markup, ImpliedTags::added, builder));
+    return builder.documentWithRoot("html");
+}
+
+Result<XMLDocument> tree(std::string_view xml, XMLDocumentParsing parsing) {
+    if (auto plain = plainTree(xml)) return *std::move(plain);
+    const std::string resolved = resolvingHTMLEntities(xml);
+    if (auto plain = plainTree(resolved)) return *std::move(plain);
+    TRY(checkAttributes(xml));
     XMLTreeBuilder strict;
-    const auto outcome = readXML(markup, strict);
+    const auto outcome = readXML(resolved, strict);
     if (outcome) return strict.documentWithRoot({});
     if (parsing == XMLDocumentParsing::strict) return failure(outcome.error());
     const std::string name = nameOfFirstTag(xml);
@@ -83,6 +106,12 @@ Result<XMLDocument> XMLDocument::initWithXMLString(std::string_view xml, XMLDocu
     auto document = tidied.documentWithRoot(name);
     if (!document.rootElement()) return failure(outcome.error());
     return document;
+}
+
+} // namespace
+
+Result<XMLDocument> XMLDocument::initWithXMLString(std::string_view xml, XMLDocumentParsing parsing) {
+    return parsing == XMLDocumentParsing::tidyHTML ? tidyPage(xml) : tree(xml, parsing);
 }
 
 XMLDocument XMLDocument::withRootElement(std::string_view name) {
