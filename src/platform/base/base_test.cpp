@@ -5,6 +5,7 @@
 #include "platform/base/ByteSearch.h"
 #include "platform/base/Date.h"
 #include "platform/base/Error.h"
+#include "platform/base/NumberTable.h"
 #include "platform/base/Range.h"
 #include "platform/base/Result.h"
 #include "platform/base/SystemLog.h"
@@ -29,6 +30,24 @@ TEST(Range, StringFormRoundTrips) {
     EXPECT_EQ(rangeFromString(" 7"), (Range{7, 0}));
     EXPECT_EQ(rangeFromString(""), (Range{0, 0}));
     EXPECT_EQ(rangeFromString("{99999999999999999999999, 1}").location, kNotFound);
+}
+
+TEST(NumberTable, FindsEveryThingAgainHoweverManyThereAre) {
+    NumberTable table;
+    const auto findOrAdd = [&](std::uint32_t thing, std::uint32_t number) {
+        return table.findOrAdd(spreadHash(thing), number, [&](std::uint32_t other) { return other == thing; });
+    };
+    for (std::uint32_t thing = 0; thing < 5000; ++thing) EXPECT_EQ(findOrAdd(thing, thing), std::pair(thing, true));
+    for (std::uint32_t thing = 0; thing < 5000; ++thing) EXPECT_EQ(findOrAdd(thing, 9999), std::pair(thing, false));
+}
+
+TEST(NumberTable, TellsThingsOfOneHashApart) {
+    NumberTable table;
+    const auto findOrAdd = [&](std::uint32_t thing) {
+        return table.findOrAdd(7, thing, [&](std::uint32_t other) { return other == thing; });
+    };
+    for (std::uint32_t thing = 0; thing < 200; ++thing) EXPECT_TRUE(findOrAdd(thing).second);
+    for (std::uint32_t thing = 0; thing < 200; ++thing) EXPECT_EQ(findOrAdd(thing), std::pair(thing, false));
 }
 
 TEST(UTF16, RoundTripsEveryPlane) {

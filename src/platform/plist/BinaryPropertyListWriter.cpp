@@ -1,14 +1,12 @@
-// A leaf is encoded at once behind the other leaves; when an equal one is there already, the new bytes are dropped
-// again and the old index answered. Containers keep plain indices until the end, because the width of a reference in
-// the file depends on how many objects there are.
+// A leaf is encoded at once behind the other leaves, and counts as added only when no equal one is there already.
+// Containers keep plain indices until the end, because the width of a reference in the file depends on how many objects
+// there are; then the size of every object is known, and the file is written in one go.
 #include "platform/plist/BinaryPropertyListWriter.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
-#include <functional>
-#include <limits>
 
 #include "platform/base/TextScan.h"
 #include "platform/plist/BinaryFormat.h"
@@ -17,8 +15,9 @@ namespace platform {
 
 namespace {
 
-constexpr BinaryPropertyListWriter::Reference kEmptySlot = std::numeric_limits<std::uint32_t>::max();
-constexpr std::size_t kInitialSlots = 64; // a power of two; many files are small
+// Small files stay below these.
+constexpr std::size_t kUsualObjects = 128, kUsualReferences = 128, kUsualLeafBytes = 1024;
+constexpr std::size_t kLongestMarker = 10; // bytes, with a size of 8
 
 using namespace bplist;
 
@@ -34,34 +33,26 @@ char* putBigEndian(char* out, std::uint64_t value, unsigned size) {
     return out;
 }
 
-void appendBigEndian(std::string& bytes, std::uint64_t value, unsigned size) {
-    std::array<char, 8> buffer;
-    bytes.append(buffer.data(), putBigEndian(buffer.data(), value, size));
-}
-
-// Makes room for bytes at the end; answers where they begin.
-char* extend(std::string& bytes, std::size_t count) {
-    const std::size_t before = bytes.size();
-    bytes.resize(before + count);
-    return bytes.data() + before;
-}
-
 // The smallest of 1, 2, 4 and 8 bytes that hold the value.
 constexpr unsigned sizeFor(std::uint64_t value) {
     return value <= 0xFF ? 1 : value <= 0xFFFF ? 2 : value <= 0xFFFFFFFF ? 4 : 8;
 }
 
-void appendInteger(std::string& bytes, std::int64_t value) {
+char* putInteger(char* out, std::int64_t value) {
     const auto bits = static_cast<std::uint64_t>(value); // a negative one needs all 8 bytes
     const unsigned size = sizeFor(bits);
-    bytes += static_cast<char>(integerMarker | std::countr_zero(size));
-    appendBigEndian(bytes, bits, size);
+    *out++ = static_cast<char>(integerMarker | std::countr_zero(size));
+    return putBigEndian(out, bits, size);
 }
 
 // Counts from 15 up follow the marker as an integer.
-void appendMarker(std::string& bytes, unsigned char marker, std::size_t count) {
-    bytes += static_cast<char>(marker | std::min<std::size_t>(count, kSizeFollows));
-    if (count >= kSizeFollows) appendInteger(bytes, static_cast<std::int64_t>(count));
+char* putMarker(char* out, unsigned char marker, std::size_t count) {
+    *out++ = static_cast<char>(marker | std::min<std::size_t>(count, kSizeFollows));
+    return count < kSizeFollows ? out : putInteger(out, static_cast<std::int64_t>(count));
+}
+
+constexpr std::size_t markerSize(std::size_t count) {
+    return count < kSizeFollows ? 1 : 2 + sizeFor(count);
 }
 
 std::uint64_t wordAt(const char* bytes) {
@@ -70,119 +61,124 @@ std::uint64_t wordAt(const char* bytes) {
     return word;
 }
 
-// Most leaves are keys, small numbers and UIDs, which two words hold; a general hash costs several times as much.
+// Both halves of the product: every bit of both words has a part in it.
+std::uint64_t mixed(std::uint64_t a, std::uint64_t b) {
+    __extension__ using Wide = unsigned __int128;
+    const Wide product = static_cast<Wide>(a) * b;
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
+// Most leaves are keys and small numbers, which two words hold; the text of a note takes a step every two words.
 std::uint32_t hashOf(std::string_view bytes) {
     constexpr std::size_t kWord = sizeof(std::uint64_t);
     constexpr std::uint64_t kFirst = 0x9E3779B97F4A7C15, kSecond = 0xC2B2AE3D27D4EB4F;
+    const char* next = bytes.data();
+    const char* const end = next + bytes.size();
     std::uint64_t hash = bytes.size();
-    if (bytes.size() > 2 * kWord) {
-        hash = std::hash<std::string_view>()(bytes);
-    } else if (bytes.size() >= kWord) {
-        hash = (wordAt(bytes.data()) + hash) * kFirst ^ wordAt(bytes.data() + bytes.size() - kWord);
+    for (; end - next > static_cast<std::ptrdiff_t>(2 * kWord); next += 2 * kWord)
+        hash = mixed(wordAt(next) ^ kFirst, wordAt(next + kWord) ^ hash ^ kSecond);
+    if (bytes.size() >= kWord) { // the last two words, whose bytes may have had their step
+        const char* const first = bytes.size() >= 2 * kWord ? end - 2 * kWord : bytes.data();
+        hash = mixed(wordAt(first) ^ kFirst, wordAt(end - kWord) ^ hash ^ kSecond);
     } else {
-        for (const char byte : bytes) hash = hash << 8 | static_cast<unsigned char>(byte);
+        std::uint64_t word = 0;
+        for (; next != end; ++next) word = word << 8 | static_cast<unsigned char>(*next);
+        hash = mixed(word ^ kFirst, hash ^ kSecond);
     }
-    return static_cast<std::uint32_t>(hash * kSecond >> 32);
+    return static_cast<std::uint32_t>(hash);
 }
 
 } // namespace
 
-BinaryPropertyListWriter::BinaryPropertyListWriter() : table_(kInitialSlots, Slot{kEmptySlot, 0}) {}
-
-auto BinaryPropertyListWriter::addLeaf(std::size_t start, bool unique) -> Reference {
-    const std::string_view bytes = std::string_view(leaves_).substr(start);
-    const auto added = static_cast<Reference>(objects_.size());
-    if (unique) {
-        if (uniqueLeaves_ * 2 >= table_.size()) growTable();
-        const std::size_t mask = table_.size() - 1;
-        const std::uint32_t hash = hashOf(bytes);
-        std::size_t slot = hash & mask;
-        for (; table_[slot].reference != kEmptySlot; slot = (slot + 1) & mask) {
-            if (table_[slot].hash != hash) continue;
-            const Object& other = objects_[table_[slot].reference];
-            if (std::string_view(leaves_.data() + other.start, other.length) != bytes) continue;
-            leaves_.resize(start);
-            return table_[slot].reference;
-        }
-        table_[slot] = {added, hash};
-        ++uniqueLeaves_;
-    }
-    objects_.push_back({start, bytes.size(), Kind::leaf});
-    return added;
+BinaryPropertyListWriter::BinaryPropertyListWriter() {
+    objects_.reserve(kUsualObjects);
+    references_.reserve(kUsualReferences);
 }
 
-void BinaryPropertyListWriter::growTable() {
-    std::vector<Slot> larger(table_.size() * 2, Slot{kEmptySlot, 0});
-    const std::size_t mask = larger.size() - 1;
-    for (const Slot& old : table_) {
-        if (old.reference == kEmptySlot) continue;
-        std::size_t slot = old.hash & mask;
-        while (larger[slot].reference != kEmptySlot) slot = (slot + 1) & mask;
-        larger[slot] = old;
+char* BinaryPropertyListWriter::room(std::size_t most) {
+    if (leavesRoom_ - leavesEnd_ < most) {
+        leavesRoom_ = std::max({leavesEnd_ + most, leavesRoom_ * 2, kUsualLeafBytes});
+        auto larger = std::make_unique_for_overwrite<char[]>(leavesRoom_);
+        std::copy_n(leaves_.get(), leavesEnd_, larger.get());
+        leaves_ = std::move(larger);
     }
-    table_ = std::move(larger);
+    return leaves_.get() + leavesEnd_;
+}
+
+auto BinaryPropertyListWriter::addLeaf(const char* end) -> Reference {
+    const std::size_t length = static_cast<std::size_t>(end - leaves_.get()) - leavesEnd_;
+    objects_.push_back({leavesEnd_, length, Kind::leaf});
+    leavesEnd_ += length;
+    return static_cast<Reference>(objects_.size() - 1);
+}
+
+auto BinaryPropertyListWriter::addUniqueLeaf(const char* end) -> Reference {
+    const char* const start = leaves_.get() + leavesEnd_;
+    const std::string_view bytes(start, static_cast<std::size_t>(end - start));
+    const auto [found, isNew] =
+        table_.findOrAdd(hashOf(bytes), static_cast<Reference>(objects_.size()), [&](Reference other) {
+            const Object& leaf = objects_[other];
+            return std::string_view(leaves_.get() + leaf.start, leaf.length) == bytes;
+        });
+    return isNew ? addLeaf(end) : found;
 }
 
 auto BinaryPropertyListWriter::boolean(bool value) -> Reference {
-    const std::size_t start = leaves_.size();
-    leaves_ += static_cast<char>(value ? trueMarker : falseMarker);
-    return addLeaf(start, true);
+    char* out = room(1);
+    *out++ = static_cast<char>(value ? trueMarker : falseMarker);
+    return addUniqueLeaf(out);
 }
 
 auto BinaryPropertyListWriter::integer(std::int64_t value) -> Reference {
-    const std::size_t start = leaves_.size();
-    appendInteger(leaves_, value);
-    return addLeaf(start, true);
+    return addUniqueLeaf(putInteger(room(kLongestMarker), value));
 }
 
 auto BinaryPropertyListWriter::real(double value) -> Reference {
-    const std::size_t start = leaves_.size();
-    leaves_ += static_cast<char>(realMarker | kEightBytes);
-    appendBigEndian(leaves_, std::bit_cast<std::uint64_t>(value), 8);
-    return addLeaf(start, true);
+    char* out = room(9);
+    *out++ = static_cast<char>(realMarker | kEightBytes);
+    return addUniqueLeaf(putBigEndian(out, std::bit_cast<std::uint64_t>(value), 8));
 }
 
 auto BinaryPropertyListWriter::date(Date value) -> Reference {
-    const std::size_t start = leaves_.size();
-    leaves_ += static_cast<char>(dateMarker | kEightBytes);
-    appendBigEndian(leaves_, std::bit_cast<std::uint64_t>(value.secondsSinceReferenceDate), 8);
-    return addLeaf(start, true);
+    char* out = room(9);
+    *out++ = static_cast<char>(dateMarker | kEightBytes);
+    return addUniqueLeaf(putBigEndian(out, std::bit_cast<std::uint64_t>(value.secondsSinceReferenceDate), 8));
 }
 
 auto BinaryPropertyListWriter::data(std::string_view bytes) -> Reference {
-    const std::size_t start = leaves_.size();
-    appendMarker(leaves_, dataMarker, bytes.size());
-    leaves_ += bytes;
-    return addLeaf(start, false);
+    char* const out = putMarker(room(kLongestMarker + bytes.size()), dataMarker, bytes.size());
+    return addLeaf(std::ranges::copy(bytes, out).out);
 }
 
 auto BinaryPropertyListWriter::string(std::u16string_view text) -> Reference {
-    const std::size_t start = leaves_.size();
+    char* out = room(kLongestMarker + 2 * text.size());
     if (lengthBefore<StopUnits<char16_t, u'\0', u'\x7F'>>(text) == text.size()) {
-        appendMarker(leaves_, asciiMarker, text.size());
-        std::ranges::transform(text, extend(leaves_, text.size()),
-                               [](char16_t unit) { return static_cast<char>(unit); });
-    } else {
-        appendMarker(leaves_, utf16Marker, text.size());
-        char* out = extend(leaves_, 2 * text.size());
-        for (const char16_t unit : text) out = putBigEndian(out, unit, 2);
+        out = putMarker(out, asciiMarker, text.size());
+        return addUniqueLeaf(
+            std::ranges::transform(text, out, [](char16_t unit) { return static_cast<char>(unit); }).out);
     }
-    return addLeaf(start, true);
+    out = putMarker(out, utf16Marker, text.size());
+    for (const char16_t unit : text) out = putBigEndian(out, unit, 2);
+    return addUniqueLeaf(out);
 }
 
 auto BinaryPropertyListWriter::asciiString(std::string_view text) -> Reference {
-    const std::size_t start = leaves_.size();
-    appendMarker(leaves_, asciiMarker, text.size());
-    leaves_ += text;
-    return addLeaf(start, true);
+    char* const out = putMarker(room(kLongestMarker + text.size()), asciiMarker, text.size());
+    return addUniqueLeaf(std::ranges::copy(text, out).out);
 }
 
 auto BinaryPropertyListWriter::uid(std::uint64_t value) -> Reference {
-    const std::size_t start = leaves_.size();
+    if (value < kDenseUIDs) {
+        if (value >= uids_.size())
+            uids_.resize(std::max<std::size_t>(static_cast<std::size_t>(value) + 1, 2 * uids_.size()), kNoReference);
+        if (Reference& known = uids_[static_cast<std::size_t>(value)]; known != kNoReference) return known;
+    }
+    char* out = room(9);
     const unsigned size = sizeFor(value);
-    leaves_ += static_cast<char>(uidMarker | (size - 1));
-    appendBigEndian(leaves_, value, size);
-    return addLeaf(start, true);
+    *out++ = static_cast<char>(uidMarker | (size - 1));
+    out = putBigEndian(out, value, size);
+    if (value >= kDenseUIDs) return addUniqueLeaf(out);
+    return uids_[static_cast<std::size_t>(value)] = addLeaf(out);
 }
 
 auto BinaryPropertyListWriter::reserve() -> Reference {
@@ -219,44 +215,69 @@ auto BinaryPropertyListWriter::dictionary(std::span<const Reference> keys, std::
     return added;
 }
 
-void BinaryPropertyListWriter::appendContainer(std::string& bytes, const Object& object, unsigned referenceSize) const {
-    appendMarker(bytes, object.kind == Kind::array ? arrayMarker : dictionaryMarker, object.length);
-    const std::size_t count = object.kind == Kind::array ? object.length : 2 * object.length;
-    char* out = extend(bytes, count * referenceSize);
-    const auto references = std::span(references_).subspan(object.start, count);
+std::size_t BinaryPropertyListWriter::sizeOf(const Object& object, unsigned referenceSize) {
+    if (object.kind == Kind::leaf) return object.length;
+    return markerSize(object.length) + referenceCount(object) * referenceSize;
+}
+
+std::size_t BinaryPropertyListWriter::referenceCount(const Object& container) {
+    return container.kind == Kind::array ? container.length : 2 * container.length;
+}
+
+char* BinaryPropertyListWriter::putContainer(char* out, const Object& object, unsigned referenceSize) const {
+    out = putMarker(out, object.kind == Kind::array ? arrayMarker : dictionaryMarker, object.length);
+    const auto references = std::span(references_).subspan(object.start, referenceCount(object));
     if (referenceSize == 2) { // as in most files; a loop of its own is several times faster
         for (const Reference reference : references) out = putBigEndian(out, reference, 2);
     } else {
         for (const Reference reference : references) out = putBigEndian(out, reference, referenceSize);
     }
+    return out;
+}
+
+char* BinaryPropertyListWriter::putObjects(char* out, unsigned referenceSize) const {
+    for (std::size_t index = 0; index < objects_.size();) {
+        if (objects_[index].kind != Kind::leaf) {
+            out = putContainer(out, objects_[index++], referenceSize);
+            continue;
+        }
+        // Leaves between two containers lie side by side as they are.
+        const std::size_t start = objects_[index].start;
+        std::size_t end = start;
+        for (; index < objects_.size() && objects_[index].kind == Kind::leaf; ++index) end += objects_[index].length;
+        out = std::copy(leaves_.get() + start, leaves_.get() + end, out);
+    }
+    return out;
+}
+
+char* BinaryPropertyListWriter::putOffsets(char* out, unsigned offsetSize, unsigned referenceSize) const {
+    std::size_t offset = kMagic.size();
+    for (const Object& object : objects_) {
+        out = putBigEndian(out, offset, offsetSize);
+        offset += sizeOf(object, referenceSize);
+    }
+    return out;
 }
 
 std::string BinaryPropertyListWriter::finish(Reference top) {
     const unsigned referenceSize = sizeFor(objects_.size() - 1);
-    std::string bytes;
-    bytes.reserve(kMagic.size() + leaves_.size() + references_.size() * referenceSize + objects_.size() * 9 +
-                  kTrailerSize);
-    bytes += kMagic;
-    std::vector<std::size_t> offsets;
-    offsets.reserve(objects_.size());
-    for (const Object& object : objects_) {
-        offsets.push_back(bytes.size());
-        if (object.kind == Kind::leaf) {
-            bytes.append(leaves_, object.start, object.length);
-        } else {
-            appendContainer(bytes, object, referenceSize);
-        }
-    }
-    const std::size_t tableOffset = bytes.size();
+    std::size_t tableOffset = kMagic.size();
+    for (const Object& object : objects_) tableOffset += sizeOf(object, referenceSize);
     const unsigned offsetSize = sizeFor(tableOffset);
-    char* out = extend(bytes, offsets.size() * offsetSize);
-    for (const std::size_t offset : offsets) out = putBigEndian(out, offset, offsetSize);
-    bytes.append(6, '\0');
-    bytes += static_cast<char>(offsetSize);
-    bytes += static_cast<char>(referenceSize);
-    appendBigEndian(bytes, objects_.size(), 8);
-    appendBigEndian(bytes, top, 8);
-    appendBigEndian(bytes, tableOffset, 8);
+    const std::size_t fileSize = tableOffset + objects_.size() * offsetSize + kTrailerSize;
+    std::string bytes;
+    bytes.resize_and_overwrite(fileSize, [&](char* out, std::size_t size) {
+        out = std::ranges::copy(kMagic, out).out;
+        out = putObjects(out, referenceSize);
+        out = putOffsets(out, offsetSize, referenceSize);
+        out = std::fill_n(out, 6, '\0');
+        *out++ = static_cast<char>(offsetSize);
+        *out++ = static_cast<char>(referenceSize);
+        out = putBigEndian(out, objects_.size(), 8);
+        out = putBigEndian(out, top, 8);
+        putBigEndian(out, tableOffset, 8);
+        return size;
+    });
     return bytes;
 }
 

@@ -4,12 +4,15 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/base/Date.h"
+#include "platform/base/NumberTable.h"
 
 namespace platform {
 
@@ -50,20 +53,29 @@ class BinaryPropertyListWriter {
         Kind kind;
     };
 
-    Reference addLeaf(std::size_t start, bool unique);
-    void growTable();
-    void fill(Reference reserved, Kind kind, std::span<const Reference> first, std::span<const Reference> second);
-    void appendContainer(std::string& bytes, const Object& object, unsigned referenceSize) const;
+    // UIDs below this are found by a table of their own rather than by hash: an archive numbers its objects from 0.
+    static constexpr std::uint64_t kDenseUIDs = 1 << 16;
+    static constexpr Reference kNoReference = std::numeric_limits<Reference>::max();
 
-    std::string leaves_; // encoded as in the file
+    // Where up to `most` bytes of the next leaf go. The leaf is there once it is added, up to `end`; a unique one only
+    // when there was no equal one yet.
+    char* room(std::size_t most);
+    Reference addLeaf(const char* end);
+    Reference addUniqueLeaf(const char* end);
+    void fill(Reference reserved, Kind kind, std::span<const Reference> first, std::span<const Reference> second);
+
+    static std::size_t referenceCount(const Object& container);
+    static std::size_t sizeOf(const Object& object, unsigned referenceSize); // bytes in the file
+    char* putContainer(char* out, const Object& object, unsigned referenceSize) const;
+    char* putObjects(char* out, unsigned referenceSize) const;
+    char* putOffsets(char* out, unsigned offsetSize, unsigned referenceSize) const;
+
+    std::unique_ptr<char[]> leaves_; // encoded as in the file, in the order of their objects
+    std::size_t leavesRoom_ = 0, leavesEnd_ = 0;
     std::vector<Reference> references_;
     std::vector<Object> objects_;
-    struct Slot {
-        Reference reference;
-        std::uint32_t hash;
-    };
-    std::vector<Slot> table_; // open addressing over the unique leaves; kEmptySlot where free
-    std::size_t uniqueLeaves_ = 0;
+    NumberTable table_;           // of the unique leaves
+    std::vector<Reference> uids_; // by value
 };
 
 } // namespace platform
