@@ -37,7 +37,7 @@ void encodeStyle(KeyedArchiver& archiver, const QLTNoteTextStyle& style) {
     const std::optional<Font>& font = style.storedFont();
     archiver.encodeInteger(kTypeKey, style.type());
     archiver.encodeObject(kNameKey, stringObject(style.storedName()));
-    if (font) archiver.encodeObject(kFontNameKey, Value(font->fontName()));
+    if (font) archiver.encodeStringObject(kFontNameKey, font->fontName());
     archiver.encodeFloat(kFontSizeKey, font ? static_cast<float>(font->pointSize()) : 0);
     if (style.storedParagraphStyle()) archiver.encodeObject(kParagraphStyleKey, style.storedParagraphStyle());
     archiver.encodeInteger(kUnderlineStyleKey, style.underlineStyle());

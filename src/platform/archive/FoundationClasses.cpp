@@ -83,7 +83,7 @@ Decoded decodeDictionary(const ArchivedFields& fields) {
 
 void encodeURL(KeyedArchiver& archiver, const URL& url) {
     archiver.encodeObject("NS.base", {});
-    archiver.encodeObject("NS.relative", Value(url.absoluteString()));
+    archiver.encodeStringObject("NS.relative", url.absoluteString());
 }
 
 Decoded decodeURL(const ArchivedFields& fields) {

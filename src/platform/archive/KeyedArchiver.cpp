@@ -4,12 +4,14 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <optional>
 #include <span>
 #include <utility>
 
 #include <fmt/core.h>
 
+#include "platform/base/NumberTable.h"
 #include "platform/plist/BinaryPropertyListWriter.h"
 
 namespace platform {
@@ -21,57 +23,18 @@ using Reference = BinaryPropertyListWriter::Reference;
 constexpr std::int64_t kArchiveVersion = 100000;
 constexpr std::int64_t kUnencodableCode = 4866;
 
-// An object is known by its address together with its type: a first member has its owner's address.
-struct Identity {
-    const void* address;
-    std::type_index type;
-    friend bool operator==(const Identity&, const Identity&) = default;
-};
-
-// The indices of the objects that are in the archive: open addressing, since nothing is ever taken out.
-class IndexTable {
-  public:
-    // The index that stands for an object in the archive; `index` when the object is new, which it stands for then.
-    std::pair<std::uint64_t, bool> tryEmplace(const Identity& identity, std::uint64_t index) {
-        if (++count_ * 2 > slots_.size()) grow();
-        Slot& slot = slotFor(identity);
-        const bool isNew = slot.identity.address == nullptr;
-        if (isNew) {
-            slot = {identity, index};
-        } else {
-            --count_;
-        }
-        return {slot.index, isNew};
-    }
-    // For an object that is there already.
-    void replace(const Identity& identity, std::uint64_t index) { slotFor(identity).index = index; }
-
-  private:
-    struct Slot {
-        Identity identity{nullptr, typeid(void)}; // no object when the slot is free
-        std::uint64_t index = 0;
-    };
-
-    // The type has no part in it: its hash would be that of its name, and few addresses are met with two types.
-    Slot& slotFor(const Identity& identity) {
-        constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15;
-        const std::size_t mask = slots_.size() - 1;
-        auto slot = static_cast<std::size_t>(reinterpret_cast<std::uintptr_t>(identity.address) * kSpread >> 32) & mask;
-        while (slots_[slot].identity.address != nullptr && slots_[slot].identity != identity) slot = (slot + 1) & mask;
-        return slots_[slot];
-    }
-
-    void grow() {
-        std::vector<Slot> old = std::exchange(slots_, std::vector<Slot>(slots_.size() * 2));
-        for (const Slot& slot : old)
-            if (slot.identity.address != nullptr) slotFor(slot.identity) = slot;
-    }
-
-    std::vector<Slot> slots_{256};
-    std::size_t count_ = 0;
-};
+bool isASCII(std::string_view text) {
+    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
 
 } // namespace
+
+// A class with what this archive knows of it.
+struct KeyedArchiver::KnownClass {
+    std::type_index type;
+    const ArchivableClass* archivable; // null for a type that has no class
+    Place place = 0;                   // of its dictionary; 0 until that is written
+};
 
 struct KeyedArchiver::Implementation {
     explicit Implementation(Coding itsCoding) : coding(itsCoding), top(writer.reserve()) {
@@ -83,49 +46,59 @@ struct KeyedArchiver::Implementation {
         values.push_back(value);
     }
 
-    // A key of the encoded class that begins with "$" is told from the archiver's own by one more.
+    // Keys are literals: one that was met before is found by its address, and compared only to be sure of it.
     Reference keyReference(std::string_view key) {
-        if (key.starts_with('$')) return writer.string(u"$" + utf16FromUTF8(key));
-        // Keys are literals: the place of one that was met before is found by its address, without hashing it.
-        KnownKey& known = knownKeys[reinterpret_cast<std::uintptr_t>(key.data()) % knownKeys.size()];
-        if (!known.reference || known.text != key) known = {std::string(key), nameReference(key)};
-        return *known.reference;
+        KnownKey& slot = knownKeys[spreadHash(reinterpret_cast<std::uintptr_t>(key.data())) % knownKeys.size()];
+        if (slot.reference != 0 && slot.length == key.size() &&
+            std::memcmp(slot.text.data(), key.data(), key.size()) == 0)
+            return slot.reference;
+        // One of the encoded class that begins with "$" is told from the archiver's own by one more.
+        const Reference reference =
+            key.starts_with('$') ? stringReference("$" + std::string(key)) : stringReference(key);
+        if (key.size() <= slot.text.size()) {
+            slot.length = static_cast<std::uint8_t>(key.size());
+            slot.reference = reference;
+            std::ranges::copy(key, slot.text.begin());
+        }
+        return reference;
     }
 
-    Reference nameReference(std::string_view name) {
-        const bool isASCII = std::ranges::all_of(name, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-        return isASCII ? writer.asciiString(name) : writer.string(utf16FromUTF8(name));
+    Reference stringReference(std::string_view utf8) {
+        return isASCII(utf8) ? writer.asciiString(utf8) : writer.string(utf16FromUTF8(utf8));
     }
 
-    // A reference to the object of an index. Indices are dense, so that each one's has a place in a table.
-    Reference referenceTo(std::uint64_t index) {
-        if (index >= uids.size()) uids.resize(index + 1);
-        std::optional<Reference>& known = uids[index];
-        if (!known) known = writer.uid(index);
-        return *known;
-    }
-
-    // The object's index in "$objects"; encodes it when it is new.
-    std::uint64_t indexOf(KeyedArchiver& archiver, const ArchivedObject& object) {
+    // An object is known by its address together with its type: a first member has its owner's address. The type has no
+    // part in the hash: its own would be that of its name, and few addresses are met with two types.
+    Place placeOf(KeyedArchiver& archiver, const ArchivedObject& object) {
         if (object.isNull()) return 0;
-        const Identity identity{object.identity(), object.type()};
-        const auto [known, added] = indices.tryEmplace(identity, objects.size());
-        if (!added) return known;
-        retained.push_back(object);
+        const auto [number, isNew] =
+            knownNumbers.findOrAdd(spreadHash(reinterpret_cast<std::uintptr_t>(object.identity())),
+                                   static_cast<std::uint32_t>(known.size()), [&](std::uint32_t candidate) {
+                                       const ArchivedObject& other = known[candidate].object;
+                                       return other.identity() == object.identity() && other.type() == object.type();
+                                   });
+        if (!isNew) return known[number].place;
+        known.push_back({object, static_cast<Place>(objects.size())}); // known before its contents, which may name it
+        const Place place = encode(archiver, object);
+        known[number].place = place;
+        return place;
+    }
+
+    Place encode(KeyedArchiver& archiver, const ArchivedObject& object) {
+        KnownClass* itsClass = nullptr;
         if (object.type() == typeid(Value)) {
             const Value& value = *static_cast<const Value*>(object.identity());
-            std::optional<std::uint64_t> index; // not a new one
-            if (const auto leaf = leafReference(value)) {
-                index = indexOfLeaf(*leaf);
-            } else if (value.as<Array>() || value.as<Dictionary>()) {
-                index = indexOf(archiver, objectFromPropertyList(value));
-            }
-            if (index) {
-                indices.replace(identity, *index);
-                return *index;
-            }
+            if (const auto leaf = leafReference(value)) return placeOfLeaf(*leaf);
+            if (value.as<Array>() || value.as<Dictionary>()) return placeOf(archiver, objectFromPropertyList(value));
+            itsClass = &classOf(value);
+        } else {
+            itsClass = &classOf(object.type());
         }
-        return encode(archiver, object);
+        const std::optional<OpenObject> open = openObject(*itsClass, object.type());
+        if (!open) return 0;
+        itsClass->archivable->encode(archiver, object.identity());
+        closeObject(*open);
+        return open->place;
     }
 
     // Strings, numbers and data stand in "$objects" as they are.
@@ -138,74 +111,66 @@ struct KeyedArchiver::Implementation {
         return std::nullopt;
     }
 
-    std::uint64_t indexOfLeaf(Reference leaf) {
-        if (leaf >= leafIndices.size()) leafIndices.resize(leaf + 1);
-        std::uint64_t& index = leafIndices[leaf];
-        if (index == 0) {
-            index = objects.size();
+    Place placeOfLeaf(Reference leaf) {
+        if (leaf >= leafPlaces.size()) leafPlaces.resize(std::max<std::size_t>(leaf + 1, leafPlaces.size() * 2));
+        Place& place = leafPlaces[leaf];
+        if (place == 0) {
+            place = static_cast<Place>(objects.size());
             objects.push_back(leaf);
         }
-        return index;
+        return place;
     }
 
-    // A class with what this archive knows of it.
-    struct KnownClass {
-        const ArchivableClass* archivable; // null for a type that has no class
-        std::uint64_t index = 0;           // of its dictionary; 0 until that is written
-    };
+    KnownClass& classOf(std::type_index type) {
+        for (const auto& candidate : classes) // a dozen at most; a type has one name as a rule
+            if (candidate->type.name() == type.name()) return *candidate;
+        for (const auto& candidate : classes)
+            if (candidate->type == type) return *candidate;
+        return *classes.emplace_back(std::make_unique<KnownClass>(type, ClassRegistry::shared().forType(type)));
+    }
 
     // Dates and nulls share one C++ type.
-    KnownClass& classOf(const ArchivedObject& object) {
-        if (object.type() == typeid(Value)) {
-            const Value& value = *static_cast<const Value*>(object.identity());
-            const bool isDate = value.as<Date>() != nullptr;
-            if (!isDate && !value.isNull()) return noClass;
-            KnownClass& known = isDate ? dateClass : nullClass;
-            if (!known.archivable) known.archivable = ClassRegistry::shared().forName(isDate ? "NSDate" : "NSNull");
-            return known;
-        }
-        for (const auto& [type, known] : classes) // a dozen at most; a type has one name as a rule
-            if (type.name() == object.type().name()) return *known;
-        for (const auto& [type, known] : classes)
-            if (type == object.type()) return *known;
-        return *classes
-                    .emplace_back(object.type(),
-                                  std::make_unique<KnownClass>(ClassRegistry::shared().forType(object.type())))
-                    .second;
+    KnownClass& classOf(const Value& value) {
+        const bool isDate = value.as<Date>() != nullptr;
+        KnownClass& itsClass = isDate ? dateClass : value.isNull() ? nullClass : noClass;
+        if (&itsClass != &noClass && !itsClass.archivable)
+            itsClass.archivable = ClassRegistry::shared().forName(isDate ? "NSDate" : "NSNull");
+        return itsClass;
     }
 
-    std::uint64_t encode(KeyedArchiver& archiver, const ArchivedObject& object) {
-        const std::uint64_t index = objects.size();
-        KnownClass& known = classOf(object);
-        const ArchivableClass* archivable = known.archivable;
+    std::optional<OpenObject> openObject(KnownClass& itsClass, std::type_index type) {
+        const ArchivableClass* archivable = itsClass.archivable;
         if (!archivable || (coding == Coding::secure && !archivable->supportsSecureCoding)) {
-            refuse(archivable ? archivable->name : object.type().name());
-            return 0;
+            refuse(archivable ? archivable->name : type.name());
+            return std::nullopt;
         }
-        const Reference own = writer.reserve();
-        objects.push_back(own);
-        const std::size_t frame = keys.size();
-        archivable->encode(archiver, object.identity());
+        const auto place = static_cast<Place>(objects.size());
+        const Reference dictionary = writer.reserve();
+        objects.push_back(dictionary);
+        return OpenObject{&itsClass, place, dictionary, keys.size()};
+    }
+
+    void closeObject(const OpenObject& object) {
         if (!classKey) classKey = writer.asciiString("$class");
         keys.push_back(*classKey);
-        values.push_back(referenceTo(classIndex(known)));
-        writer.fillDictionary(own, std::span(keys).subspan(frame), std::span(values).subspan(frame));
-        keys.resize(frame);
-        values.resize(frame);
-        return index;
+        values.push_back(writer.uid(classPlace(*object.itsClass)));
+        writer.fillDictionary(object.dictionary, std::span(keys).subspan(object.frame),
+                              std::span(values).subspan(object.frame));
+        keys.resize(object.frame);
+        values.resize(object.frame);
     }
 
-    std::uint64_t classIndex(KnownClass& known) {
-        if (known.index != 0) return known.index;
-        known.index = objects.size();
-        const ArchivableClass& archivable = *known.archivable;
+    Place classPlace(KnownClass& itsClass) {
+        if (itsClass.place != 0) return itsClass.place;
+        itsClass.place = static_cast<Place>(objects.size());
+        const ArchivableClass& archivable = *itsClass.archivable;
         std::vector<Reference> chain;
         chain.reserve(archivable.chain.size());
-        for (const std::string& name : archivable.chain) chain.push_back(nameReference(name));
+        for (const std::string& name : archivable.chain) chain.push_back(stringReference(name));
         const Reference classKeys[]{writer.asciiString("$classname"), writer.asciiString("$classes")};
-        const Reference classValues[]{nameReference(archivable.name), writer.array(chain)};
+        const Reference classValues[]{stringReference(archivable.name), writer.array(chain)};
         objects.push_back(writer.dictionary(classKeys, classValues));
-        return known.index;
+        return itsClass.place;
     }
 
     void refuse(std::string_view className) {
@@ -214,25 +179,31 @@ struct KeyedArchiver::Implementation {
                                        fmt::format("An object of the class “{}” cannot be archived.", className));
     }
 
+    // A key of more bytes is looked up by the property list's writer each time.
     struct KnownKey {
-        std::string text;
-        std::optional<Reference> reference;
+        std::array<char, 39> text;
+        std::uint8_t length = 0;
+        Reference reference = 0; // none: that is the file's top
+    };
+    // An object that the archive has met; an address counts only as long as its object lives.
+    struct KnownObject {
+        ArchivedObject object;
+        Place place;
     };
 
     Coding coding;
     BinaryPropertyListWriter writer;
     Reference top;
-    std::array<KnownKey, 61> knownKeys; // a prime number: addresses share their low bits
+    std::array<KnownKey, 128> knownKeys;
     std::optional<Reference> classKey;
     std::vector<Reference> objects;
-    std::vector<Reference> keys, values;        // of all open frames, the archive's top first
-    std::vector<Reference> elements;            // of all open lists of references, the outermost first
-    std::vector<std::optional<Reference>> uids; // by index in "$objects"
-    IndexTable indices;
-    std::vector<std::uint64_t> leafIndices; // by the leaf's reference; 0 for one that is no object
-    std::vector<std::pair<std::type_index, std::unique_ptr<KnownClass>>> classes;
-    KnownClass dateClass{nullptr}, nullClass{nullptr}, noClass{nullptr};
-    std::vector<ArchivedObject> retained; // an address counts only as long as its object lives
+    std::vector<Reference> keys, values; // of all open frames, the archive's top first
+    std::vector<Reference> elements;     // of all open lists of references, the outermost first
+    std::vector<KnownObject> known;
+    NumberTable knownNumbers;
+    std::vector<Place> leafPlaces; // by the leaf's reference; 0 for one that is no object
+    std::vector<std::unique_ptr<KnownClass>> classes;
+    KnownClass dateClass{typeid(Value), nullptr}, nullClass{typeid(Value), nullptr}, noClass{typeid(Value), nullptr};
     std::optional<Error> error;
 };
 
@@ -270,21 +241,51 @@ void KeyedArchiver::encodeString(std::string_view key, std::u16string_view text)
 }
 
 void KeyedArchiver::encodeObject(std::string_view key, const ArchivedObject& object) {
-    const std::uint64_t index = implementation_->indexOf(*this, object);
-    implementation_->field(key, implementation_->referenceTo(index));
+    encodePlace(key, placeOf(object));
 }
 
 void KeyedArchiver::encodeArray(std::string_view key, ObjectArray objects) {
     encodeObject(key, std::make_shared<const ObjectArray>(std::move(objects)));
 }
 
+void KeyedArchiver::encodeStringObject(std::string_view key, std::u16string_view text) {
+    encodePlace(key, placeOfString(text));
+}
+
+void KeyedArchiver::encodeStringObject(std::string_view key, std::string_view utf8) {
+    encodePlace(key, placeOfString(utf8));
+}
+
+void KeyedArchiver::encodePlace(std::string_view key, Place place) {
+    implementation_->field(key, implementation_->writer.uid(place));
+}
+
+auto KeyedArchiver::placeOf(const ArchivedObject& object) -> Place {
+    return implementation_->placeOf(*this, object);
+}
+
+auto KeyedArchiver::placeOfString(std::u16string_view text) -> Place {
+    return implementation_->placeOfLeaf(implementation_->writer.string(text));
+}
+
+auto KeyedArchiver::placeOfString(std::string_view utf8) -> Place {
+    return implementation_->placeOfLeaf(implementation_->stringReference(utf8));
+}
+
+auto KeyedArchiver::openObject(std::type_index type) -> std::optional<OpenObject> {
+    return implementation_->openObject(implementation_->classOf(type), type);
+}
+
+void KeyedArchiver::closeObject(const OpenObject& object) {
+    implementation_->closeObject(object);
+}
+
 std::size_t KeyedArchiver::openReferences() {
     return implementation_->elements.size();
 }
 
-void KeyedArchiver::addReference(const ArchivedObject& object) {
-    const std::uint64_t index = implementation_->indexOf(*this, object);
-    implementation_->elements.push_back(implementation_->referenceTo(index));
+void KeyedArchiver::addReference(Place place) {
+    implementation_->elements.push_back(implementation_->writer.uid(place));
 }
 
 void KeyedArchiver::closeReferences(std::string_view key, std::size_t first) {

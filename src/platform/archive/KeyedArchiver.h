@@ -9,9 +9,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <ranges>
 #include <string>
 #include <string_view>
+#include <typeindex>
 #include <vector>
 
 #include "platform/archive/ArchivedObject.h"
@@ -49,12 +51,45 @@ class KeyedArchiver {
     void encodeObject(std::string_view key, const ArchivedObject& object);
     // An NSArray object stored by reference.
     void encodeArray(std::string_view key, ObjectArray objects);
+    // A string object stored by reference: encodeObject of a Value of that text, without making one.
+    void encodeStringObject(std::string_view key, std::u16string_view text);
+    void encodeStringObject(std::string_view key, std::string_view utf8);
     // A plain list of references in the current object's dictionary, without an NSArray around it: what the collection
     // classes consist of.
     template<std::ranges::input_range Objects>
     void encodeReferences(std::string_view key, const Objects& objects) {
         const std::size_t first = openReferences();
-        for (const ArchivedObject& object : objects) addReference(object);
+        for (const ArchivedObject& object : objects) addReference(placeOf(object));
+        closeReferences(key, first);
+    }
+
+    // For a class whose objects refer to the same ones again and again: an object's place in the archive, by which it
+    // can be named any number of times. 0 is nil.
+    using Place = std::uint32_t;
+    Place placeOf(const ArchivedObject& object); // encodes it when it is new
+    Place placeOfString(std::u16string_view text);
+    Place placeOfString(std::string_view utf8);
+    // A new object, of the class that Ts have, with the fields that `encodeFields` encodes: for collections that are
+    // nowhere but in the archive. 0 when the class is refused; its fields are not encoded then.
+    template<class T, class EncodeFields>
+    Place addObject(EncodeFields&& encodeFields) {
+        const std::optional<OpenObject> object = openObject(typeid(T));
+        if (!object) return 0;
+        encodeFields();
+        closeObject(*object);
+        return object->place;
+    }
+    // addObject for an NSArray of the objects at places, which are encoded, where they are new, as the range gives
+    // them.
+    template<std::ranges::input_range Places>
+    void encodeArrayOfPlaces(std::string_view key, const Places& places) {
+        encodePlace(key, addObject<ObjectArray>([&] { encodePlaces("NS.objects", places); }));
+    }
+    void encodePlace(std::string_view key, Place place);
+    template<std::ranges::input_range Places>
+    void encodePlaces(std::string_view key, const Places& places) {
+        const std::size_t first = openReferences();
+        for (const Place place : places) addReference(place);
         closeReferences(key, first);
     }
 
@@ -63,8 +98,17 @@ class KeyedArchiver {
     Result<Data> finish();
 
   private:
+    struct KnownClass;
+    struct OpenObject {
+        KnownClass* itsClass;
+        Place place;
+        std::uint32_t dictionary; // in the property list
+        std::size_t frame;        // where its fields begin
+    };
+    std::optional<OpenObject> openObject(std::type_index type);
+    void closeObject(const OpenObject& object);
     std::size_t openReferences();
-    void addReference(const ArchivedObject& object);
+    void addReference(Place place);
     void closeReferences(std::string_view key, std::size_t first);
 
     struct Implementation;

@@ -16,7 +16,7 @@ constexpr std::int64_t kNamedFontFlags = 16;
 constexpr double kDefaultPointSize = 12;
 
 void encodeFont(KeyedArchiver& archiver, const Font& font) {
-    archiver.encodeObject("NSName", Value(font.fontName()));
+    archiver.encodeStringObject("NSName", font.fontName());
     archiver.encodeDouble("NSSize", font.pointSize());
     archiver.encodeInteger("NSfFlags", kNamedFontFlags);
 }

@@ -6,8 +6,10 @@
 // the end are cut, text behind the last run goes on with that run's attributes, and a run whose dictionary does not
 // exist has none.
 
+#include <array>
 #include <limits>
-#include <unordered_map>
+#include <ranges>
+#include <variant>
 
 #include "platform/archive/ArchivedFields.h"
 #include "platform/archive/KeyedArchiver.h"
@@ -15,6 +17,7 @@
 #include "platform/files/FileWrapperCoding.h"
 #include "platform/graphics/GraphicsCoding.h"
 #include "platform/text/ArchivableTextClasses.h"
+#include "platform/text/AttributeNumbers.h"
 #include "platform/text/AttributedString.h"
 #include "platform/text/TextAttachment.h"
 #include "platform/text/TextCoding.h"
@@ -26,42 +29,41 @@ namespace {
 // Older documents have another name for the attribute of vertical text.
 constexpr std::string_view kOldVerticalGlyphFormName = "NSVerticalGlyphForm";
 
-struct ValueHash {
-    std::size_t operator()(const AttributeValue& value) const { return hashOf(value); }
-};
-struct ValueEqual {
-    bool operator()(const AttributeValue& a, const AttributeValue& b) const {
-        return a.index() == b.index() && equalAttributeValues(a, b);
-    }
-};
-struct SetHash {
-    std::size_t operator()(const AttributeSet* set) const { return hashOf(*set); }
-};
-struct SetEqual {
-    bool operator()(const AttributeSet* a, const AttributeSet* b) const { return a == b || *a == *b; }
-};
-
-// Turns attribute sets into dictionaries of objects; equal values become one object.
-class DictionaryMaker {
+// Writes the dictionaries of attribute sets. Equal values are one object in the archive, save that an integer and a
+// real of one value are two.
+class DictionaryEncoder {
   public:
-    ArchivedObject dictionaryFor(const AttributeSet& set) {
-        auto dictionary = std::make_shared<ObjectDictionary>();
-        dictionary->reserve(set.entries().size());
-        for (const auto& [name, value] : set.entries()) dictionary->emplace_back(objectFor(name), objectFor(value));
-        return ArchivedObject(dictionary);
+    using Place = KeyedArchiver::Place;
+
+    DictionaryEncoder(KeyedArchiver& archiver, const AttributeNumbers& numbers)
+        : archiver_(archiver), numbers_(numbers), values_(numbers.valueCount()) {}
+
+    Place dictionaryFor(std::uint32_t set) {
+        return archiver_.addObject<ObjectDictionary>([&] {
+            const auto members = numbers_.members(set);
+            archiver_.encodePlaces("NS.keys",
+                                   members | std::views::transform([&](const AttributeNumbers::Member& member) {
+                                       return placeOf(member.entry->first);
+                                   }));
+            archiver_.encodePlaces("NS.objects",
+                                   members | std::views::transform([&](const AttributeNumbers::Member& member) {
+                                       return placeOf(member);
+                                   }));
+        });
     }
 
   private:
-    const ArchivedObject& objectFor(AttributeName name) {
-        ArchivedObject& object = names_[&name.string()];
-        if (object.isNull()) object = Value(name.string());
-        return object;
+    Place placeOf(AttributeName name) {
+        for (const auto& [known, place] : names_) // a dozen at most
+            if (known == name) return place;
+        return names_.emplace_back(name, archiver_.placeOfString(name.string())).second;
     }
 
-    const ArchivedObject& objectFor(const AttributeValue& value) {
-        const auto [entry, isNew] = objects_.try_emplace(value);
-        if (isNew) entry->second = std::visit(Make(), value);
-        return entry->second;
+    Place placeOf(const AttributeNumbers::Member& member) {
+        const AttributeValue& value = member.entry->second;
+        Place& place = values_[member.value][std::holds_alternative<double>(value) ? 1 : 0];
+        if (place == 0) place = archiver_.placeOf(std::visit(Make(), value));
+        return place;
     }
 
     struct Make {
@@ -79,8 +81,10 @@ class DictionaryMaker {
         }
     };
 
-    std::unordered_map<const std::string*, ArchivedObject> names_; // a name has one string in the process
-    std::unordered_map<AttributeValue, ArchivedObject, ValueHash, ValueEqual> objects_;
+    KeyedArchiver& archiver_;
+    const AttributeNumbers& numbers_;
+    std::vector<std::pair<AttributeName, Place>> names_;
+    std::vector<std::array<Place, 2>> values_; // by number, a real's place apart; 0 for one that is not there yet
 };
 
 void appendBase128(std::string& bytes, std::uint64_t number) {
@@ -89,30 +93,26 @@ void appendBase128(std::string& bytes, std::uint64_t number) {
 }
 
 void encodeAttributedString(KeyedArchiver& archiver, const AttributedString& text) {
-    archiver.encodeObject("NSString", Value(text.string()));
+    archiver.encodeStringObject("NSString", text.string());
     if (text.empty()) return;
-    DictionaryMaker maker;
-    if (text.runs().size() == 1) {
-        archiver.encodeObject("NSAttributes", maker.dictionaryFor(*text.runs().front().attributes));
-        return;
-    }
-    std::unordered_map<const AttributeSet*, std::size_t, SetHash, SetEqual> indices;
-    std::unordered_map<const AttributeSet*, std::size_t> known; // the same by address: runs mostly share their sets
-    ObjectArray dictionaries;
+    AttributeNumbers numbers;
     std::string table;
     std::size_t start = 0;
     for (const auto& run : text.runs()) {
-        const auto [entry, isNewSet] = known.try_emplace(run.attributes.get());
-        if (isNewSet) {
-            const auto [equal, isNew] = indices.try_emplace(run.attributes.get(), dictionaries.size());
-            if (isNew) dictionaries.push_back(maker.dictionaryFor(*run.attributes));
-            entry->second = equal->second;
-        }
         appendBase128(table, run.end - start);
-        appendBase128(table, entry->second);
+        appendBase128(table, numbers.numberOf(*run.attributes));
         start = run.end;
     }
-    archiver.encodeArray("NSAttributes", std::move(dictionaries));
+    DictionaryEncoder dictionaries(archiver, numbers);
+    if (text.runs().size() == 1) {
+        archiver.encodePlace("NSAttributes", dictionaries.dictionaryFor(0));
+        return;
+    }
+    archiver.encodeArrayOfPlaces("NSAttributes",
+                                 std::views::iota(std::size_t{0}, numbers.setCount()) |
+                                     std::views::transform([&](std::size_t set) {
+                                         return dictionaries.dictionaryFor(static_cast<std::uint32_t>(set));
+                                     }));
     archiver.encodeObject("NSAttributeInfo", Value(Data(std::move(table))));
 }
 

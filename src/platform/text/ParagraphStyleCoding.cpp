@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <ranges>
+#include <string_view>
 
 #include "platform/archive/ArchivedFields.h"
 #include "platform/archive/KeyedArchiver.h"
@@ -43,9 +45,35 @@ TextAlignment alignmentFrom(std::int64_t number) {
     return enumerationOr(number, 5, TextAlignment::natural);
 }
 
+// Values of a tab's "NSType", which readers older than its alignment take.
+enum TabType : std::int64_t { kLeftTab, kRightTab, kCenterTab, kDecimalTab };
+
+TabType tabType(const TextTab& tab) {
+    if (tab.decimal) return kDecimalTab;
+    if (tab.alignment == TextAlignment::right) return kRightTab;
+    return tab.alignment == TextAlignment::center ? kCenterTab : kLeftTab;
+}
+
+void encodeTab(KeyedArchiver& archiver, const TextTab& tab) {
+    archiver.encodeDouble("NSLocation", tab.location);
+    if (tab.alignment != TextAlignment::left)
+        archiver.encodeInteger("NSTextAlignment", static_cast<std::int64_t>(tab.alignment));
+    if (const TabType type = tabType(tab); type != kLeftTab) archiver.encodeInteger("NSType", type);
+}
+
+// Tabs are values here, objects in the archive: each one a new one.
+void encodeTabStops(KeyedArchiver& archiver, const std::vector<TextTab>& tabs) {
+    archiver.encodeArrayOfPlaces("NSTabStops",
+                                 tabs | std::views::transform([&](const TextTab& tab) {
+                                     return archiver.addObject<TextTab>([&] { encodeTab(archiver, tab); });
+                                 }));
+}
+
 template<class T>
-ObjectArray objectsOf(const std::vector<std::shared_ptr<T>>& objects) {
-    return ObjectArray(objects.begin(), objects.end());
+void encodeShared(KeyedArchiver& archiver, std::string_view key, const std::vector<std::shared_ptr<T>>& objects) {
+    archiver.encodeArrayOfPlaces(key, objects | std::views::transform([&](const std::shared_ptr<T>& object) {
+                                          return archiver.placeOf(object);
+                                      }));
 }
 
 void encodeStyle(KeyedArchiver& archiver, const ParagraphStyle& style) {
@@ -54,9 +82,7 @@ void encodeStyle(KeyedArchiver& archiver, const ParagraphStyle& style) {
     if (style.tabStops == base.tabStops) {
         archiver.encodeObject("NSTabStops", {});
     } else {
-        ObjectArray tabs;
-        for (const TextTab& tab : style.tabStops) tabs.emplace_back(std::make_shared<const TextTab>(tab));
-        archiver.encodeArray("NSTabStops", std::move(tabs));
+        encodeTabStops(archiver, style.tabStops);
     }
     for (const LengthRow& row : kLengths)
         if (style.*row.member != 0) archiver.encodeDouble(row.key, style.*row.member);
@@ -71,8 +97,8 @@ void encodeStyle(KeyedArchiver& archiver, const ParagraphStyle& style) {
         archiver.encodeFloat("NSTighteningFactorForTruncation", style.tighteningFactorForTruncation);
     if (style.allowsDefaultTighteningForTruncation) archiver.encodeInteger("NSAllowsTighteningForTruncation", 1);
     if (style.headerLevel != 0) archiver.encodeDouble("NSHeaderLevel", style.headerLevel);
-    if (!style.textBlocks.empty()) archiver.encodeArray("NSTextBlocks", objectsOf(style.textBlocks));
-    if (!style.textLists.empty()) archiver.encodeArray("NSTextLists", objectsOf(style.textLists));
+    if (!style.textBlocks.empty()) encodeShared(archiver, "NSTextBlocks", style.textBlocks);
+    if (!style.textLists.empty()) encodeShared(archiver, "NSTextLists", style.textLists);
 }
 
 // More than any text has. One archived style may serve every run, and what is written of a run names all of these:
@@ -125,22 +151,6 @@ Result<ArchivedObject> decodeStyle(const ArchivedFields& fields) {
     return ArchivedObject(style);
 }
 
-// Values of a tab's "NSType", which readers older than its alignment take.
-enum TabType : std::int64_t { kLeftTab, kRightTab, kCenterTab, kDecimalTab };
-
-TabType tabType(const TextTab& tab) {
-    if (tab.decimal) return kDecimalTab;
-    if (tab.alignment == TextAlignment::right) return kRightTab;
-    return tab.alignment == TextAlignment::center ? kCenterTab : kLeftTab;
-}
-
-void encodeTab(KeyedArchiver& archiver, const TextTab& tab) {
-    archiver.encodeDouble("NSLocation", tab.location);
-    if (tab.alignment != TextAlignment::left)
-        archiver.encodeInteger("NSTextAlignment", static_cast<std::int64_t>(tab.alignment));
-    if (const TabType type = tabType(tab); type != kLeftTab) archiver.encodeInteger("NSType", type);
-}
-
 Result<ArchivedObject> decodeTab(const ArchivedFields& fields) {
     const auto tab = std::make_shared<TextTab>();
     tab->location = fields.decodeLength("NSLocation");
@@ -157,7 +167,7 @@ Result<ArchivedObject> decodeTab(const ArchivedFields& fields) {
 }
 
 void encodeList(KeyedArchiver& archiver, const TextList& list) {
-    archiver.encodeObject("NSMarkerFormat", Value(list.markerFormat()));
+    archiver.encodeStringObject("NSMarkerFormat", list.markerFormat());
     if (list.listOptions() != 0) archiver.encodeInteger("NSOptions", list.listOptions());
     if (list.startingItemNumber() != 1) archiver.encodeInteger("NSStart", list.startingItemNumber());
 }

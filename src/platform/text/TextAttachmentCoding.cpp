@@ -12,7 +12,7 @@ namespace platform {
 void encodeTextAttachment(KeyedArchiver& archiver, const TextAttachment& attachment) {
     archiver.encodeObject("NSFileWrapper", attachment.fileWrapper());
     if (attachment.contents()) archiver.encodeObject("NSContents", Value(*attachment.contents()));
-    if (attachment.ownFileType()) archiver.encodeObject("NSFileType", Value(*attachment.ownFileType()));
+    if (attachment.ownFileType()) archiver.encodeStringObject("NSFileType", *attachment.ownFileType());
 }
 
 void decodeTextAttachment(const ArchivedFields& fields, TextAttachment& attachment) {

@@ -1,0 +1,54 @@
+// The attribute sets of a text, and the values in them, by number.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "platform/base/NumberTable.h"
+#include "platform/text/Attributes.h"
+
+namespace platform {
+
+// Equal sets have one number, and so have equal values: each counts from 0 in the order in which it is first met. A
+// value is hashed once in a set, whatever the number of runs, and sets are compared as lists of numbers. The sets must
+// live as long as this does.
+class AttributeNumbers {
+  public:
+    struct Member {
+        const AttributeSet::Entry* entry;
+        std::uint32_t value; // an integer and a real of its value have one number, as they are equal attributes
+    };
+
+    std::uint32_t numberOf(const AttributeSet& set);
+
+    std::size_t setCount() const { return sets_.size(); }
+    std::size_t valueCount() const { return values_.size(); }
+    // The entries of the set of this number; of equal sets, those of the one that was met first.
+    std::span<const Member> members(std::uint32_t set) const {
+        return std::span(members_).subspan(sets_[set].start, sets_[set].length);
+    }
+
+  private:
+    struct Members {
+        std::size_t start, length; // in members_
+    };
+    struct KnownSet {
+        const AttributeSet* set;
+        std::uint32_t number;
+    };
+
+    std::uint32_t numberByMembers(const AttributeSet& set);
+    std::uint32_t valueNumber(const AttributeValue& value);
+
+    std::vector<KnownSet> known_; // every set object that was met
+    NumberTable knownByAddress_;
+    std::vector<Members> sets_;
+    NumberTable setsByMembers_;
+    std::vector<Member> members_; // of all sets
+    std::vector<const AttributeValue*> values_;
+    NumberTable valuesByHash_;
+};
+
+} // namespace platform
