@@ -13,7 +13,9 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 
+#include <fmt/compile.h>
 #include <fmt/format.h>
 
 #include "platform/archive/ArchivedFields.h"
@@ -61,12 +63,34 @@ constexpr std::int64_t kExtendedSRGBNumber = 14;
 
 using Numbers = std::array<double, 5>;
 
-// "r g b", alpha behind them when it is not 1, and a NUL. These numbers are the color itself, so they are as long as it
-// takes to read the same double back.
+// Most components are 0 or 1. The others are written as the format says.
+template<class Format>
+void appendNumber(std::string& text, double number, Format format) {
+    if (!text.empty()) text += ' ';
+    if (number == 1 || (number == 0 && !std::signbit(number)))
+        text += number == 1 ? '1' : '0';
+    else
+        fmt::format_to(std::back_inserter(text), format, number);
+}
+
+// As many digits as it takes to read the same double back: these numbers are the color itself.
+void appendExactly(std::string& text, double number) {
+    appendNumber(text, number, FMT_COMPILE("{}"));
+}
+
+// "r g b", alpha behind them when it is not 1, and a NUL.
 std::string exactText(const double* components, std::size_t count, double alpha) {
     std::string text;
-    for (std::size_t i = 0; i < count; ++i) text += fmt::format("{}{}", i == 0 ? "" : " ", components[i]);
-    if (alpha != 1) text += fmt::format(" {}", alpha);
+    for (std::size_t i = 0; i < count; ++i) appendExactly(text, components[i]);
+    if (alpha != 1) appendExactly(text, alpha);
+    return text + '\0';
+}
+
+std::string textForOldReaders(const Color::RGBA& color) {
+    constexpr auto kFormat = FMT_COMPILE("{:.10g}");
+    std::string text;
+    for (const double component : {color.red, color.green, color.blue}) appendNumber(text, component, kFormat);
+    if (color.alpha != 1) appendNumber(text, color.alpha, kFormat);
     return text + '\0';
 }
 
@@ -105,13 +129,11 @@ Color componentColor(ColorSpace space, const Numbers& n) {
 }
 
 void encodeSRGB(KeyedArchiver& archiver, const Color& color) {
-    const Color::RGBA generic = *color.genericRGB();
-    std::string forOldReaders = fmt::format("{:.10g} {:.10g} {:.10g}", generic.red, generic.green, generic.blue);
-    if (generic.alpha != 1) forOldReaders += fmt::format(" {:.10g}", generic.alpha);
-    const auto& c = color.components();
+    std::string components;
+    for (std::size_t i = 0; i < 4; ++i) appendExactly(components, color.components()[i]);
     archiver.encodeInteger("NSColorSpace", kCalibratedRGB);
-    archiver.encodeBytes("NSRGB", forOldReaders + '\0');
-    archiver.encodeBytes("NSComponents", fmt::format("{} {} {} {}", c[0], c[1], c[2], c[3]));
+    archiver.encodeBytes("NSRGB", textForOldReaders(*color.genericRGB()));
+    archiver.encodeBytes("NSComponents", components);
     static const auto& space = *new auto(std::make_shared<const CustomSpace>(CustomSpace{kSRGBNumber, 0}));
     archiver.encodeObject("NSCustomColorSpace", space);
 }
@@ -121,8 +143,8 @@ void encodeColor(KeyedArchiver& archiver, const Color& color) {
     if (color.space() == ColorSpace::sRGB) return encodeSRGB(archiver, color);
     if (color.isCatalogColor()) {
         archiver.encodeInteger("NSColorSpace", kCatalog);
-        archiver.encodeObject("NSCatalogName", Value(color.catalogNameComponent()));
-        archiver.encodeObject("NSColorName", Value(color.colorNameComponent()));
+        archiver.encodeStringObject("NSCatalogName", color.catalogNameComponent());
+        archiver.encodeStringObject("NSColorName", color.colorNameComponent());
         archiver.encodeObject("NSColor", std::make_shared<const Color>(*color.usingComponents()));
         return;
     }
