@@ -1,9 +1,13 @@
 // Passing over the stretches of a text that need no attention.
 #pragma once
 
+#include <array>
+#include <bit>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <limits>
 #include <string_view>
 #include <type_traits>
 
@@ -20,29 +24,41 @@ class StopUnits {
         return static_cast<Bits>(static_cast<Bits>(unit) - static_cast<Bits>(first)) > kSpan ||
                ((unit == special) || ...);
     }
-    // The same as 1 or 0, in numbers of the unit's size and without branches, for the compiler's vectors.
-    static constexpr Bits stopBit(Unit unit) {
-        const auto bits = static_cast<Bits>(unit);
-        Bits found = static_cast<Bits>(bits - static_cast<Bits>(first)) > kSpan ? 1 : 0;
-        ((found = static_cast<Bits>(found | static_cast<Bits>(bits == static_cast<Bits>(special) ? 1 : 0))), ...);
-        return found;
+
+    static constexpr std::size_t kBlock = 16 / sizeof(Unit); // units, one vector of any processor
+
+    // How much of a whole block's start holds no unit that stops. A vector of the compiler's, since left to itself it
+    // makes one of some loops over units and not of others.
+    static std::size_t lengthInBlock(const Unit* units) {
+        Block block;
+        std::memcpy(&block, units, sizeof block);
+        auto found = block != block; // nothing yet
+        if constexpr (kSpan != std::numeric_limits<Bits>::max())
+            found |= static_cast<Block>(block - static_cast<Bits>(first)) > kSpan;
+        ((found |= block == static_cast<Bits>(special)), ...);
+        const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(found);
+        if (halves[0] != 0) return unitsBeforeFirst(halves[0]);
+        return kBlock / 2 + (halves[1] != 0 ? unitsBeforeFirst(halves[1]) : kBlock / 2);
     }
 
   private:
+    using Block [[gnu::vector_size(16)]] = Bits;
     static constexpr auto kSpan = static_cast<Bits>(static_cast<Bits>(last) - static_cast<Bits>(first));
+
+    // All bits of a unit are set where it stops.
+    static std::size_t unitsBeforeFirst(std::uint64_t found) {
+        const int bits = std::endian::native == std::endian::little ? std::countr_zero(found) : std::countl_zero(found);
+        return static_cast<std::size_t>(bits) / (8 * sizeof(Unit));
+    }
 };
 
 // How much of the text's start holds no unit that stops; whole blocks are tested at once.
 template<class Stop, class Unit>
 std::size_t lengthBefore(std::basic_string_view<Unit> text) {
-    constexpr std::size_t kBlock = 16;
     std::size_t length = 0;
-    for (; length + kBlock <= text.size(); length += kBlock) {
-        typename Stop::Bits found = 0;
-        for (std::size_t i = 0; i < kBlock; ++i)
-            found = static_cast<typename Stop::Bits>(found | Stop::stopBit(text[length + i]));
-        if (found != 0) break;
-    }
+    for (; length + Stop::kBlock <= text.size(); length += Stop::kBlock)
+        if (const std::size_t plain = Stop::lengthInBlock(text.data() + length); plain < Stop::kBlock)
+            return length + plain;
     while (length < text.size() && !Stop::stops(text[length])) ++length;
     return length;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstddef>
 #include <utility>
 
 #include "platform/base/TextScan.h"
@@ -34,32 +35,48 @@ char windows1252Byte(char16_t unit) {
 }
 
 void RTFOutput::word(std::string_view name, std::int64_t number) {
-    if (number >= 0 && number < 10) { // as most are
-        bytes_ += name;
-        bytes_ += static_cast<char>('0' + number);
-        return;
-    }
-    std::array<char, 24> digits;
-    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
-    bytes_ += name;
-    bytes_.append(digits.data(), result.ptr);
+    constexpr std::size_t kMostDigits = 20;
+    const std::size_t before = bytes_.size();
+    bytes_.resize_and_overwrite(before + name.size() + kMostDigits, [&](char* bytes, std::size_t size) {
+        char* const out = std::ranges::copy(name, bytes + before).out;
+        if (number >= 0 && number < 10) { // as most are
+            *out = static_cast<char>('0' + number);
+            return static_cast<std::size_t>(out + 1 - bytes);
+        }
+        return static_cast<std::size_t>(std::to_chars(out, bytes + size, number).ptr - bytes);
+    });
 }
 
 void RTFOutput::text(std::u16string_view text) {
-    std::size_t position = 0;
-    while (position < text.size()) {
-        const std::size_t end = position + lengthBefore<NotPlain>(text.substr(position));
-        const std::size_t before = bytes_.size();
-        bytes_.resize(before + (end - position));
-        std::transform(text.begin() + static_cast<std::ptrdiff_t>(position),
-                       text.begin() + static_cast<std::ptrdiff_t>(end), bytes_.data() + before,
-                       [](char16_t unit) { return static_cast<char>(unit); });
-        position = end;
-        if (end == text.size()) return;
-        const char16_t unit = text[position++];
-        if (unit == '\r' && position < text.size() && text[position] == '\n') continue;
+    const char16_t* next = text.data();
+    const char16_t* const end = next + text.size();
+    while (next != end) {
+        next = plain(next, end);
+        if (next == end) return;
+        const char16_t unit = *next++;
+        if (unit == '\r' && next != end && *next == '\n') continue;
         special(unit);
     }
+}
+
+// Writes what goes out as it is, up to the first unit that does not. A block is narrowed as a whole and counts as far
+// as it is plain.
+const char16_t* RTFOutput::plain(const char16_t* next, const char16_t* end) {
+    constexpr std::size_t kBlock = NotPlain::kBlock;
+    const std::size_t before = bytes_.size();
+    bytes_.resize_and_overwrite(before + static_cast<std::size_t>(end - next), [&](char* bytes, std::size_t) {
+        char* out = bytes + before;
+        while (static_cast<std::size_t>(end - next) >= kBlock) {
+            for (std::size_t i = 0; i < kBlock; ++i) out[i] = static_cast<char>(next[i]);
+            const std::size_t length = NotPlain::lengthInBlock(next);
+            out += length;
+            next += length;
+            if (length < kBlock) return static_cast<std::size_t>(out - bytes);
+        }
+        while (next != end && !NotPlain::stops(*next)) *out++ = static_cast<char>(*next++);
+        return static_cast<std::size_t>(out - bytes);
+    });
+    return next;
 }
 
 void RTFOutput::special(char16_t unit) {

@@ -31,6 +31,7 @@ class RTFOutput {
     std::string& string() { return bytes_; }
 
   private:
+    const char16_t* plain(const char16_t* next, const char16_t* end);
     void unicode(char16_t unit);
     void special(char16_t unit);
     void escaped(char byte);

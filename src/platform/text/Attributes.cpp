@@ -148,12 +148,6 @@ const AttributeSet::Reference& AttributeSet::empty() {
     return set;
 }
 
-const AttributeValue* AttributeSet::find(AttributeName name) const {
-    for (const Entry& entry : entries_)
-        if (entry.first == name) return &entry.second;
-    return nullptr;
-}
-
 AttributeSet AttributeSet::with(AttributeName name, AttributeValue value) const {
     AttributeSet changed;
     Entry added(name, std::move(value));

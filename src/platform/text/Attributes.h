@@ -123,7 +123,11 @@ class AttributeSet {
 
     const std::vector<Entry>& entries() const { return entries_; }
     // The value under a name, or null.
-    const AttributeValue* find(AttributeName name) const;
+    const AttributeValue* find(AttributeName name) const {
+        for (const Entry& entry : entries_)
+            if (entry.first == name) return &entry.second;
+        return nullptr;
+    }
     template<class T>
     const T* find(AttributeName name) const {
         const AttributeValue* value = find(name);
