@@ -118,7 +118,7 @@ std::size_t RTFBody::writeListMarker(const Paragraph& paragraph) {
     if (contents.empty() || contents.front() != '\t') return 0;
     const std::size_t end = contents.substr(0, kLongestMarker + 2).find(u'\t', 1);
     if (end == std::u16string_view::npos || contents.substr(0, end).contains(kAttachmentCharacter)) return 0;
-    changeTo(*text_.runs()[paragraph.run].attributes);
+    changeTo(known(*text_.runs()[paragraph.run].attributes));
     out_.raw("{\\listtext");
     const bool outer = out_.enterGroup();
     out_.text(contents.substr(0, end + 1));
@@ -132,21 +132,21 @@ void RTFBody::writeRuns(Range range, bool formatOnly) {
     std::size_t position = range.location;
     while (position < range.end()) {
         while (runs[run_].end <= position) ++run_;
-        const AttributeSet& attributes = *runs[run_].attributes;
+        const KnownSet set = known(*runs[run_].attributes);
         const std::size_t end = std::min(runs[run_].end, range.end());
         if (formatOnly)
-            changeTo(attributes);
+            changeTo(set);
         else
-            writeRunText({position, end - position}, attributes);
+            writeRunText({position, end - position}, set);
         position = end;
     }
 }
 
-void RTFBody::writeRunText(Range range, const AttributeSet& attributes) {
-    changeLink(attributes);
-    changeTo(attributes);
+void RTFBody::writeRunText(Range range, const KnownSet& set) {
+    changeLink(set);
+    changeTo(set);
     std::u16string_view rest = std::u16string_view(text_.string()).substr(range.location, range.length);
-    if (!attributes.find(kAttachmentAttributeName)) return out_.text(rest);
+    if (!set.hasAttachment) return out_.text(rest);
     std::size_t position = range.location;
     while (!rest.empty()) {
         const std::size_t plain = std::min(rest.find(kAttachmentCharacter), rest.size());
@@ -164,25 +164,40 @@ void RTFBody::writeRunText(Range range, const AttributeSet& attributes) {
     }
 }
 
-void RTFBody::changeTo(const AttributeSet& attributes) {
-    if (&attributes == stateOf_ && !repeatsColor_) return;
-    const auto [known, isNew] = states_.try_emplace(&attributes);
-    RTFCharacterState& state = known->second;
-    if (isNew) state = characterStateOf(attributes, fonts_, colors_);
-    writeCharacterChange(state_, state, repeatsColor_, fonts_, out_);
-    state_ = state;
-    stateOf_ = &attributes;
+auto RTFBody::known(const AttributeSet& attributes) -> const KnownSet& {
+    const auto [index, isNew] = setsByAddress_.findOrAdd(
+        spreadHash(reinterpret_cast<std::uintptr_t>(&attributes)), static_cast<std::uint32_t>(sets_.size()),
+        [&](std::uint32_t candidate) { return sets_[candidate].attributes == &attributes; });
+    if (isNew)
+        sets_.push_back({&attributes, stateNumber(characterStateOf(attributes, fonts_, colors_)),
+                         attributes.find(kLinkAttributeName) != nullptr,
+                         attributes.find(kAttachmentAttributeName) != nullptr});
+    return sets_[index];
+}
+
+std::uint32_t RTFBody::stateNumber(const RTFCharacterState& state) {
+    const auto [number, isNew] =
+        statesByHash_.findOrAdd(hashOf(state), static_cast<std::uint32_t>(states_.size()),
+                                [&](std::uint32_t candidate) { return states_[candidate] == state; });
+    if (isNew) states_.push_back(state);
+    return number;
+}
+
+void RTFBody::changeTo(const KnownSet& set) {
+    if (set.state == state_ && !repeatsColor_) return;
+    writeCharacterChange(states_[state_], states_[set.state], repeatsColor_, fonts_, out_);
+    state_ = set.state;
     repeatsColor_ = false;
 }
 
-void RTFBody::changeLink(const AttributeSet& attributes) {
-    if (link_.empty() && !attributes.find(kLinkAttributeName)) return;
-    std::string link = linkText(attributes);
+void RTFBody::changeLink(const KnownSet& set) {
+    if (link_.empty() && !set.hasLink) return;
+    std::string link = linkText(*set.attributes);
     if (link == link_) return;
     closeLink();
     if (link.empty()) return;
     // The words behind \pard go before the field, so that they outlast it.
-    if (repeatsColor_) changeTo(attributes);
+    if (repeatsColor_) changeTo(set);
     link_ = std::move(link);
     stateOutsideLink_ = state_;
     outsideLinkGroup_ = out_.enterGroup();
@@ -198,7 +213,6 @@ void RTFBody::closeLink() {
     out_.leaveGroup(outsideLinkGroup_);
     link_.clear();
     state_ = stateOutsideLink_;
-    stateOf_ = nullptr;
 }
 
 void RTFBody::writeAttachment(const RTFDEntry& entry) {
@@ -236,7 +250,7 @@ void RTFBody::writeEmptyCells(std::size_t depth, const TextTableBlock* until) {
         ++open.next;
         out_.word("\\pard\\intbl\\itap", static_cast<std::int64_t>(depth));
         out_.raw("\\partightenfactor0\n");
-        out_.word("\\cf", static_cast<std::int64_t>(state_.color));
+        out_.word("\\cf", static_cast<std::int64_t>(states_[state_].color));
         out_.raw(' ');
         endCell(depth);
     }

@@ -2,10 +2,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
+#include "platform/base/NumberTable.h"
 #include "platform/rtf/RTFCharacterWords.h"
 #include "platform/rtf/RTFOutput.h"
 #include "platform/rtf/RTFParagraphWords.h"
@@ -39,11 +40,20 @@ class RTFBody : private RTFTableEvents {
     void planTables();
     void writeParagraph(const Paragraph& paragraph, bool endsCell);
     void beginParagraph(const Paragraph& paragraph);
+    // What the writer asks of an attribute set, found out once a set: runs share them. Sets of equal state share that.
+    struct KnownSet {
+        const AttributeSet* attributes;
+        std::uint32_t state; // in states_
+        bool hasLink, hasAttachment;
+    };
+    const KnownSet& known(const AttributeSet& attributes);
+    std::uint32_t stateNumber(const RTFCharacterState& state);
+
     // The text of the range, run by run; all of it has the formatting that its runs have.
     void writeRuns(Range range, bool formatOnly);
-    void writeRunText(Range range, const AttributeSet& attributes);
-    void changeTo(const AttributeSet& attributes);
-    void changeLink(const AttributeSet& attributes);
+    void writeRunText(Range range, const KnownSet& set);
+    void changeTo(const KnownSet& set);
+    void changeLink(const KnownSet& set);
     void closeLink();
     std::size_t writeListMarker(const Paragraph& paragraph); // how much of the text it was
     void writeAttachment(const RTFDEntry& entry);
@@ -79,15 +89,17 @@ class RTFBody : private RTFTableEvents {
     std::vector<OpenRow> rows_; // by depth
     std::size_t nextRow_ = 0;
 
-    std::unordered_map<const AttributeSet*, RTFCharacterState> states_; // of the sets that have been met
-    RTFCharacterState state_;
-    const AttributeSet* stateOf_ = nullptr;     // the set that state_ stands for
+    std::vector<KnownSet> sets_;
+    NumberTable setsByAddress_;
+    std::vector<RTFCharacterState> states_{RTFCharacterState()}; // the one that a text begins with is number 0
+    NumberTable statesByHash_;
+    std::uint32_t state_ = 0;                   // that is in force
     const std::string* currentWords_ = nullptr; // of the paragraph before; null when they must be repeated
     bool repeatsColor_ = false;
     std::size_t run_ = 0;
 
     std::string link_; // of the open field, empty when none is
-    RTFCharacterState stateOutsideLink_;
+    std::uint32_t stateOutsideLink_ = 0;
     bool outsideLinkGroup_ = false;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/base/NumberTable.h"
 #include "platform/base/UTF16.h"
 #include "platform/rtf/RTFOutput.h"
 #include "platform/rtf/RTFTables.h"
@@ -61,6 +62,15 @@ bool isHighlighted(const AttributeSet& attributes) {
 }
 
 } // namespace
+
+std::uint32_t hashOf(const RTFCharacterState& state) {
+    std::uint64_t hash = state.font;
+    for (const std::uint64_t field :
+         {static_cast<std::uint64_t>(state.milliPoints), std::uint64_t{state.color}, std::uint64_t{state.background},
+          static_cast<std::uint64_t>(state.underline), static_cast<std::uint64_t>(state.strikethrough)})
+        hash = hash * 31 + field;
+    return spreadHash(hash);
+}
 
 RTFCharacterState characterStateOf(const AttributeSet& attributes, RTFFontTable& fonts, RTFColorTable& colors) {
     constexpr double kDefaultSize = 12;

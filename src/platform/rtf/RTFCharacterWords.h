@@ -43,6 +43,9 @@ struct RTFCharacterState {
     friend bool operator==(const RTFCharacterState&, const RTFCharacterState&) = default;
 };
 
+// Of the fields in which states of a text mostly differ; equal states have equal hashes.
+std::uint32_t hashOf(const RTFCharacterState& state);
+
 // The state of a run; its font and colors get their numbers. Without a font it is Helvetica 12.
 RTFCharacterState characterStateOf(const AttributeSet& attributes, RTFFontTable& fonts, RTFColorTable& colors);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "platform/rtf/RTFOutput.h"
 #include "platform/rtf/RTFTableRows.h"
@@ -23,8 +24,8 @@ void wordUnlessZero(std::string_view name, std::int64_t number, RTFOutput& out) 
     if (number != 0) out.word(name, number);
 }
 
-void writeTabs(const ParagraphStyle& style, RTFOutput& out) {
-    for (const TextTab& tab : style.tabStops) {
+void writeTabs(const std::vector<TextTab>& tabs, RTFOutput& out) {
+    for (const TextTab& tab : tabs) {
         if (tab.decimal)
             out.raw("\\tqdec");
         else if (tab.alignment == TextAlignment::right)
@@ -33,7 +34,6 @@ void writeTabs(const ParagraphStyle& style, RTFOutput& out) {
             out.raw("\\tqc");
         out.word("\\tx", twips(tab.location));
     }
-    wordUnlessZero("\\pardeftab", twips(style.defaultTabInterval), out);
 }
 
 void writeIndents(const ParagraphStyle& style, RTFOutput& out) {
@@ -72,6 +72,15 @@ void writeDirection(const ParagraphStyle& style, RTFOutput& out) {
 
 } // namespace
 
+const std::string& RTFParagraphWords::tabWordsFor(const std::vector<TextTab>& tabs) {
+    if (tabs == tabs_) return tabWords_;
+    RTFOutput out;
+    writeTabs(tabs, out);
+    tabs_ = tabs;
+    tabWords_ = std::move(out.string());
+    return tabWords_;
+}
+
 const std::string& RTFParagraphWords::wordsFor(const ParagraphStyle& style) {
     const auto [place, added] = words_.try_emplace(&style);
     if (!added) return place->second;
@@ -79,7 +88,8 @@ const std::string& RTFParagraphWords::wordsFor(const ParagraphStyle& style) {
     out.raw("\\pard");
     if (const std::size_t depth = tableDepth(style); depth > 0)
         out.word("\\intbl\\itap", static_cast<std::int64_t>(depth));
-    writeTabs(style, out);
+    out.raw(tabWordsFor(style.tabStops));
+    wordUnlessZero("\\pardeftab", twips(style.defaultTabInterval), out);
     writeIndents(style, out);
     writeSpacing(style, out);
     writeDirection(style, out);

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "platform/text/ParagraphStyle.h"
 
@@ -19,7 +20,12 @@ class RTFParagraphWords {
     const std::string& wordsFor(const ParagraphStyle& style);
 
   private:
+    const std::string& tabWordsFor(const std::vector<TextTab>& tabs);
+
     RTFListTable& lists_;
+    // Of the style before: most styles of a text have the same tab stops, a dozen of them.
+    std::vector<TextTab> tabs_;
+    std::string tabWords_;
     std::unordered_map<const ParagraphStyle*, std::string> words_;
 };
 

@@ -177,6 +177,15 @@ std::optional<RTFColorTable::Entry> RTFColorTable::entryFor(const Color& color) 
 }
 
 std::size_t RTFColorTable::indexOf(const Color& color) {
+    const void* const parts = &color.components();
+    const auto [index, isNew] = knownByParts_.findOrAdd(
+        spreadHash(reinterpret_cast<std::uintptr_t>(parts)), static_cast<std::uint32_t>(known_.size()),
+        [&](std::uint32_t candidate) { return &known_[candidate].color.components() == parts; });
+    if (isNew) known_.push_back({color, newIndexOf(color)});
+    return known_[index].index;
+}
+
+std::size_t RTFColorTable::newIndexOf(const Color& color) {
     std::optional<Entry> entry = entryFor(color);
     if (!entry) return 0;
     const auto [place, added] = indexes_.try_emplace(*std::move(entry), entries_.size() + 2);

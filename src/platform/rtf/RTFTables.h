@@ -12,6 +12,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/base/NumberTable.h"
 #include "platform/graphics/Color.h"
 #include "platform/graphics/Font.h"
 #include "platform/rtf/RTFOutput.h"
@@ -57,9 +58,17 @@ class RTFColorTable {
         std::array<std::int64_t, 3> generic{}; // 0 to 255
         friend auto operator<=>(const Entry&, const Entry&) = default;
     };
+    // Copies of a color share what it is made of, by which one that was met before is known without its entry.
+    struct KnownColor {
+        Color color;
+        std::size_t index;
+    };
+    std::size_t newIndexOf(const Color& color);
     static std::optional<Entry> entryFor(const Color& color);
     static void writeExpanded(const Entry& entry, RTFOutput& out);
 
+    std::vector<KnownColor> known_;
+    NumberTable knownByParts_;
     std::map<Entry, std::size_t> indexes_;
     std::vector<const Entry*> entries_; // from number 2 on
 };
