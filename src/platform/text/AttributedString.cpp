@@ -5,11 +5,14 @@
 #include "platform/text/AttributedString.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
+#include <cstdint>
 #include <iterator>
 #include <unordered_map>
 #include <utility>
 
+#include "platform/base/NumberTable.h"
 #include "platform/text/TextAttachment.h"
 
 namespace platform {
@@ -51,10 +54,12 @@ std::size_t runStart(const std::vector<Run>& runs, std::size_t index) {
 // run in which the range begins; returns the one in which it ends.
 std::size_t pushRunsInRange(std::vector<Run>& target, std::size_t newStart, const std::vector<Run>& source, Range range,
                             std::size_t index) {
-    for (; range.length > 0; ++index) {
-        const std::size_t end = std::min(source[index].end, range.end());
-        pushRun(target, newStart + (end - range.location), source[index].attributes);
-        if (end == range.end()) break;
+    if (range.length == 0) return index;
+    const auto endInTarget = [&] { return newStart + (std::min(source[index].end, range.end()) - range.location); };
+    pushRun(target, endInTarget(), source[index].attributes);
+    while (source[index].end < range.end()) { // neighbours of one table differ
+        ++index;
+        target.push_back({endInTarget(), source[index].attributes});
     }
     return index;
 }
@@ -264,32 +269,59 @@ void AttributedString::transformAttributesInRanges(
     std::vector<Run> changed;
     changed.reserve(runs().size() + ranges.size());
     std::size_t start = 0, number = 0;
+    bool wasInside = false;
     for (const Run& run : runs()) {
+        const std::size_t runBegin = start;
         while (start < run.end) {
             while (number < ranges.size() && ranges[number].end() <= start) ++number;
             // Up to where the range begins the run stays; inside the range it is the body's.
             const std::size_t begin = number < ranges.size() ? std::min(ranges[number].location, run.end) : run.end;
             const bool isInside = begin <= start;
             const std::size_t end = isInside ? std::min(ranges[number].end(), run.end) : begin;
-            pushRun(changed, end, isInside ? body(run.attributes, number) : run.attributes);
+            if (isInside || wasInside || start != runBegin)
+                pushRun(changed, end, isInside ? body(run.attributes, number) : run.attributes);
+            else
+                changed.push_back({end, run.attributes}); // behind another run as it was
+            wasInside = isInside;
             start = end;
         }
     }
-    mutableStorage().runs = std::move(changed);
+    setRuns(std::move(changed));
 }
 
 void AttributedString::mapAttributes(
     const std::function<AttributeSet::Reference(const AttributeSet::Reference&)>& body) {
+    std::array<const AttributeSet*, 64> asked{}; // lately: a few sets serve many runs
     std::unordered_map<const AttributeSet*, AttributeSet::Reference> changed;
     for (const Run& run : runs()) {
+        const AttributeSet* const set = run.attributes.get();
+        const AttributeSet*& recent = asked[spreadHash(reinterpret_cast<std::uintptr_t>(set)) % asked.size()];
+        if (std::exchange(recent, set) == set) continue;
         AttributeSet::Reference made = body(run.attributes);
-        if (made != run.attributes) changed.try_emplace(run.attributes.get(), std::move(made));
+        if (made != run.attributes) changed.try_emplace(set, std::move(made));
     }
     if (changed.empty()) return;
-    transformAttributes({0, length()}, [&](const AttributeSet::Reference& set, Range) {
-        const auto found = changed.find(set.get());
-        return found == changed.end() ? set : found->second;
-    });
+    std::vector<Run> table;
+    table.reserve(runs().size());
+    bool wasChanged = false;
+    for (const Run& run : runs()) {
+        const auto found = changed.find(run.attributes.get());
+        const bool isChanged = found != changed.end();
+        if (isChanged || wasChanged)
+            pushRun(table, run.end, isChanged ? found->second : run.attributes);
+        else
+            table.push_back(run);
+        wasChanged = isChanged;
+    }
+    setRuns(std::move(table));
+}
+
+// Puts a whole new table of runs on the text.
+void AttributedString::setRuns(std::vector<Run> runs) {
+    if (storage_.use_count() > 1)
+        storage_ = std::make_shared<Storage>(storage_->text, std::move(runs));
+    else
+        storage_->runs = std::move(runs);
 }
 
 void AttributedString::setAttributes(AttributeSet::Reference attributes, Range range) {

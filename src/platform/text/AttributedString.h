@@ -79,8 +79,8 @@ class AttributedString {
         const std::vector<Range>& ranges,
         const std::function<AttributeSet::Reference(const AttributeSet::Reference&, std::size_t number)>& body);
 
-    // The same for the whole text with a body that looks at nothing but the set. Runs that share a set go on sharing
-    // one, and a text in which nothing changes is not touched.
+    // The same for the whole text with a body that looks at nothing but the set, and is asked less than once a run.
+    // Runs that share a set go on sharing one, and a text in which nothing changes is not touched.
     void mapAttributes(const std::function<AttributeSet::Reference(const AttributeSet::Reference&)>& body);
 
     // Many replacements in one pass, O(length + edits). Ranges refer to the text before, ascend and do not overlap.
@@ -108,6 +108,7 @@ class AttributedString {
     void walkAttributes(Range range, const std::function<bool(const AttributeSet&, Range)>& body) const;
 
     Storage& mutableStorage();
+    void setRuns(std::vector<Run> runs);
     void replaceRuns(Range range, std::size_t newLength, std::vector<Run> middle);
 
     std::shared_ptr<Storage> storage_; // null for the empty text; shared between copies; made our own before a change
