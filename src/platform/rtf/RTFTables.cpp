@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
+#include <utility>
 
 #include "platform/base/UTF16.h"
 #include "platform/text/TextList.h"
@@ -97,23 +99,30 @@ void writeLevelText(const SplitFormat& format, std::size_t index, RTFOutput& out
     out.raw(";}");
 }
 
-void writeLevel(const TextList& list, std::size_t index, std::size_t templateId, RTFOutput& out) {
+// A level around its template id. Lists that look the same differ in nothing else.
+struct LevelWords {
+    std::string before, after;
+};
+
+LevelWords levelWords(const TextList& list, std::size_t index) {
     const SplitFormat format = splitFormat(list);
+    RTFOutput out;
     out.word("{\\listlevel\\levelnfc", format.number);
     out.word("\\levelnfcn", format.number);
     out.word("\\leveljc0\\leveljcn0\\levelfollow0\\levelstartat", list.startingItemNumber());
     out.raw("\\levelspace360\\levelindent0{\\*\\levelmarker ");
-    bool outer = out.enterGroup();
     out.text(utf16FromUTF8(list.markerFormat()));
-    out.leaveGroup(outer);
-    out.word("}{\\leveltext\\leveltemplateid", static_cast<std::int64_t>(templateId));
-    outer = out.enterGroup();
+    out.raw("}{\\leveltext\\leveltemplateid");
+    out.leaveGroup(false);
+    LevelWords words;
+    words.before = std::exchange(out.string(), {});
     writeLevelText(format, index, out);
-    out.leaveGroup(outer);
     const std::int64_t indent = kLevelIndent * static_cast<std::int64_t>(index + 1);
     out.word("\\fi-360\\li", indent);
     out.word("\\lin", indent);
     out.raw(" }");
+    words.after = std::move(out.string());
+    return words;
 }
 
 } // namespace
@@ -249,14 +258,20 @@ RTFListPlace RTFListTable::placeOf(const Chain& chain) {
 
 void RTFListTable::write(RTFOutput& out) const {
     if (lists_.empty()) return;
+    std::map<std::tuple<std::string_view, std::int64_t, std::size_t>, LevelWords> looks;
     out.raw("{\\*\\listtable");
     for (std::size_t index = 0; index < lists_.size(); ++index) {
         const auto id = static_cast<std::int64_t>(index + 1);
         if (index > 0) out.raw('\n');
         out.word("{\\list\\listtemplateid", id);
         out.raw("\\listhybrid");
-        for (std::size_t level = 0; level < lists_[index].size(); ++level)
-            writeLevel(*lists_[index][level], level, index * kTemplatesAList + level + 1, out);
+        for (std::size_t level = 0; level < lists_[index].size(); ++level) {
+            const TextList& list = *lists_[index][level];
+            const auto [look, isNew] = looks.try_emplace({list.markerFormat(), list.startingItemNumber(), level});
+            if (isNew) look->second = levelWords(list, level);
+            out.word(look->second.before, static_cast<std::int64_t>(index * kTemplatesAList + level + 1));
+            out.raw(look->second.after);
+        }
         out.word("{\\listname ;}\\listid", id);
         out.raw('}');
     }
