@@ -152,18 +152,19 @@ void convertTextListsToChecklistAttachments(AttributedString& text) {
 
 void convertChecklistAttachmentsToTextLists(AttributedString& text) {
     const ChecklistPrefixes prefixes;
+    ParagraphStyle itemStyle = listParagraphStyle();
+    indentToNextTabStop(itemStyle);
     std::uint64_t previousLevel = 0;
     TextLists previousLists;
     replaceChecklistItems(
         text, [&](const QLTChecklistTextAttachment& box) { return box.isOn() ? prefixes.ticked : prefixes.open; },
         [&](const QLTChecklistTextAttachment& box, const ParagraphStyle& current) {
-            ParagraphStyle style = listParagraphStyle();
+            ParagraphStyle style = itemStyle;
             style.textLists = enclosingLists(previousLists, previousLevel, box.indentationLevel());
             style.textLists.push_back(std::make_shared<TextList>(box.isOn() ? platform::kTextListMarkerCheck
                                                                             : platform::kTextListMarkerCircle));
             previousLists = style.textLists;
             previousLevel = box.indentationLevel();
-            indentToNextTabStop(style);
             style.textBlocks = current.textBlocks;
             return std::make_shared<const ParagraphStyle>(std::move(style));
         });

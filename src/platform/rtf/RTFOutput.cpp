@@ -25,6 +25,17 @@ constexpr std::string_view kHexDigits = "0123456789abcdef";
 // What is not written as it is.
 using NotPlain = StopUnits<char16_t, u' ', u'~', u'\\', u'{', u'}'>;
 
+constexpr std::size_t kLongestSpecial = 12; // "\uc0\u65535 "
+
+char* putEscaped(char byte, char* out) {
+    const auto value = static_cast<unsigned char>(byte);
+    *out++ = '\\';
+    *out++ = '\'';
+    *out++ = kHexDigits[value >> 4];
+    *out++ = kHexDigits[value & 15];
+    return out;
+}
+
 } // namespace
 
 char windows1252Byte(char16_t unit) {
@@ -51,73 +62,71 @@ void RTFOutput::text(std::u16string_view text) {
     const char16_t* next = text.data();
     const char16_t* const end = next + text.size();
     while (next != end) {
-        next = plain(next, end);
-        if (next == end) return;
-        const char16_t unit = *next++;
-        if (unit == '\r' && next != end && *next == '\n') continue;
-        special(unit);
+        const auto left = static_cast<std::size_t>(end - next);
+        const std::size_t before = bytes_.size();
+        bytes_.resize_and_overwrite(before + left + left / 8 + 4 * kLongestSpecial, [&](char* bytes, std::size_t room) {
+            char* const out = put(next, end, bytes + before, bytes + room);
+            return static_cast<std::size_t>(out - bytes);
+        });
     }
 }
 
-// Writes what goes out as it is, up to the first unit that does not. A block is narrowed as a whole and counts as far
-// as it is plain.
-const char16_t* RTFOutput::plain(const char16_t* next, const char16_t* end) {
-    constexpr std::size_t kBlock = NotPlain::kBlock;
-    const std::size_t before = bytes_.size();
-    bytes_.resize_and_overwrite(before + static_cast<std::size_t>(end - next), [&](char* bytes, std::size_t) {
-        char* out = bytes + before;
-        while (static_cast<std::size_t>(end - next) >= kBlock) {
-            for (std::size_t i = 0; i < kBlock; ++i) out[i] = static_cast<char>(next[i]);
-            const std::size_t length = NotPlain::lengthInBlock(next);
-            out += length;
-            next += length;
-            if (length < kBlock) return static_cast<std::size_t>(out - bytes);
-        }
-        while (next != end && !NotPlain::stops(*next)) *out++ = static_cast<char>(*next++);
-        return static_cast<std::size_t>(out - bytes);
-    });
-    return next;
+// Writes the text up to its end, or up to where the room gets short, and moves `next` there.
+char* RTFOutput::put(const char16_t*& next, const char16_t* end, char* out, const char* limit) {
+    while (next != end) {
+        out = putPlain(next, end, out);
+        if (next == end) break;
+        if (limit - out < end - next + static_cast<std::ptrdiff_t>(kLongestSpecial)) break;
+        const char16_t unit = *next++;
+        if (unit == '\r' && next != end && *next == '\n') continue;
+        out = putSpecial(unit, out);
+    }
+    return out;
 }
 
-void RTFOutput::special(char16_t unit) {
+// What goes out as it is, up to the first unit that does not; there is room for the whole text. A block is narrowed as
+// a whole and counts as far as it is plain.
+char* RTFOutput::putPlain(const char16_t*& next, const char16_t* end, char* out) {
+    constexpr std::size_t kBlock = NotPlain::kBlock;
+    while (static_cast<std::size_t>(end - next) >= kBlock) {
+        for (std::size_t i = 0; i < kBlock; ++i) out[i] = static_cast<char>(next[i]);
+        const std::size_t length = NotPlain::lengthInBlock(next);
+        out += length;
+        next += length;
+        if (length < kBlock) return out;
+    }
+    while (next != end && !NotPlain::stops(*next)) *out++ = static_cast<char>(*next++);
+    return out;
+}
+
+char* RTFOutput::putSpecial(char16_t unit, char* out) {
     switch (unit) {
     case '\t':
-        bytes_ += '\t';
-        return;
+        *out++ = '\t';
+        return out;
     case '\\':
     case '{':
     case '}':
-        bytes_ += '\\';
-        bytes_ += static_cast<char>(unit);
-        return;
+        *out++ = '\\';
+        *out++ = static_cast<char>(unit);
+        return out;
     case '\n':
     case '\r':
-        bytes_ += "\\\n";
-        return;
+        return std::ranges::copy(std::string_view("\\\n"), out).out;
     case '\f':
-        bytes_ += "\\page ";
-        return;
+        return std::ranges::copy(std::string_view("\\page "), out).out;
     default:
         break;
     }
-    if (unit < 0x80) return escaped(static_cast<char>(unit));
+    if (unit < 0x80) return putEscaped(static_cast<char>(unit), out);
     // The bullet is in the code page too, but goes out as Unicode, in list markers and in text alike.
     const char byte = unit == kBullet ? '\0' : windows1252Byte(unit);
-    if (byte != 0) return escaped(byte);
-    unicode(unit);
-}
-
-void RTFOutput::unicode(char16_t unit) {
-    if (!std::exchange(skipsNoReplacement_, true)) bytes_ += "\\uc0";
-    word("\\u", unit);
-    bytes_ += ' ';
-}
-
-void RTFOutput::escaped(char byte) {
-    const auto value = static_cast<unsigned char>(byte);
-    bytes_ += "\\'";
-    bytes_ += kHexDigits[value >> 4];
-    bytes_ += kHexDigits[value & 15];
+    if (byte != 0) return putEscaped(byte, out);
+    if (!std::exchange(skipsNoReplacement_, true)) out = std::ranges::copy(std::string_view("\\uc0"), out).out;
+    out = std::ranges::copy(std::string_view("\\u"), out).out;
+    out = std::to_chars(out, out + 5, static_cast<unsigned>(unit)).ptr;
+    *out++ = ' ';
+    return out;
 }
 
 void RTFOutput::bytes(std::string_view bytes) {
@@ -128,7 +137,8 @@ void RTFOutput::bytes(std::string_view bytes) {
         } else if (byte >= 0x20 && byte < 0x7F) {
             bytes_ += byte;
         } else {
-            escaped(byte);
+            std::array<char, kLongestSpecial> escaped;
+            bytes_.append(escaped.data(), putEscaped(byte, escaped.data()));
         }
     }
 }

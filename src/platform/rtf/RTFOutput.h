@@ -31,10 +31,9 @@ class RTFOutput {
     std::string& string() { return bytes_; }
 
   private:
-    const char16_t* plain(const char16_t* next, const char16_t* end);
-    void unicode(char16_t unit);
-    void special(char16_t unit);
-    void escaped(char byte);
+    char* put(const char16_t*& next, const char16_t* end, char* out, const char* limit);
+    static char* putPlain(const char16_t*& next, const char16_t* end, char* out);
+    char* putSpecial(char16_t unit, char* out);
 
     std::string bytes_;
     bool skipsNoReplacement_ = false; // \uc0 is in force
