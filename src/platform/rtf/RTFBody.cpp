@@ -28,6 +28,8 @@ std::string linkText(const AttributeSet& attributes) {
 
 // An address as a field's quoted argument: quotes and backslashes would end or escape something there.
 std::u16string fieldArgument(std::string_view link) {
+    constexpr std::string_view kNotPlain = "\"\\\n\r";
+    if (link.find_first_of(kNotPlain) == std::string_view::npos) return utf16FromUTF8(link);
     std::string quoted;
     quoted.reserve(link.size());
     for (const char c : link) {

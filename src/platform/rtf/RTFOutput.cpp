@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <limits>
 #include <utility>
 
 #include "platform/base/TextScan.h"
@@ -54,7 +55,11 @@ void RTFOutput::word(std::string_view name, std::int64_t number) {
             *out = static_cast<char>('0' + number);
             return static_cast<std::size_t>(out + 1 - bytes);
         }
-        return static_cast<std::size_t>(std::to_chars(out, bytes + size, number).ptr - bytes);
+        // Short numbers take fewer steps in a short type.
+        const auto result = number >= 0 && number <= std::numeric_limits<std::uint32_t>::max()
+                                ? std::to_chars(out, bytes + size, static_cast<std::uint32_t>(number))
+                                : std::to_chars(out, bytes + size, number);
+        return static_cast<std::size_t>(result.ptr - bytes);
     });
 }
 

@@ -73,18 +73,21 @@ void writeDirection(const ParagraphStyle& style, RTFOutput& out) {
 } // namespace
 
 const std::string& RTFParagraphWords::tabWordsFor(const std::vector<TextTab>& tabs) {
-    if (tabs == tabs_) return tabWords_;
+    for (const TabWords& known : tabWords_)
+        if (known.tabs == tabs) return known.words;
     RTFOutput out;
     writeTabs(tabs, out);
-    tabs_ = tabs;
-    tabWords_ = std::move(out.string());
-    return tabWords_;
+    TabWords& replaced = tabWords_[nextTabWords_++ % tabWords_.size()];
+    replaced = {tabs, std::move(out.string())};
+    return replaced.words;
 }
 
 const std::string& RTFParagraphWords::wordsFor(const ParagraphStyle& style) {
     const auto [place, added] = words_.try_emplace(&style);
     if (!added) return place->second;
+    constexpr std::size_t kUsualSize = 192;
     RTFOutput out;
+    out.string().reserve(kUsualSize);
     out.raw("\\pard");
     if (const std::size_t depth = tableDepth(style); depth > 0)
         out.word("\\intbl\\itap", static_cast<std::int64_t>(depth));

@@ -1,6 +1,8 @@
 // A paragraph style as RTF says it.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -23,9 +25,13 @@ class RTFParagraphWords {
     const std::string& tabWordsFor(const std::vector<TextTab>& tabs);
 
     RTFListTable& lists_;
-    // Of the style before: most styles of a text have the same tab stops, a dozen of them.
-    std::vector<TextTab> tabs_;
-    std::string tabWords_;
+    // Of tab stops met lately: the styles of a text have a dozen of them, and hardly ever others than those before.
+    struct TabWords {
+        std::vector<TextTab> tabs;
+        std::string words;
+    };
+    std::array<TabWords, 4> tabWords_;
+    std::size_t nextTabWords_ = 0; // to be replaced
     std::unordered_map<const ParagraphStyle*, std::string> words_;
 };
 

@@ -128,6 +128,15 @@ LevelWords levelWords(const TextList& list, std::size_t index) {
 } // namespace
 
 std::size_t RTFFontTable::indexOf(const Font& font) {
+    const std::string* const name = &font.fontName();
+    const auto [index, isNew] = knownByName_.findOrAdd(
+        spreadHash(reinterpret_cast<std::uintptr_t>(name)), static_cast<std::uint32_t>(known_.size()),
+        [&](std::uint32_t candidate) { return &known_[candidate].font.fontName() == name; });
+    if (isNew) known_.push_back({font, newIndexOf(font)});
+    return known_[index].index;
+}
+
+std::size_t RTFFontTable::newIndexOf(const Font& font) {
     if (const auto found = indexes_.find(font.fontName()); found != indexes_.end()) return found->second;
     const std::uint32_t traits = traitsOf(font);
     entries_.push_back({font.fontName(), (traits & kBoldFontTrait) != 0, (traits & kItalicFontTrait) != 0});

@@ -38,6 +38,15 @@ class RTFFontTable {
         std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
     };
 
+    // Fonts of one name share it while one of them lives, which one does here.
+    struct KnownFont {
+        Font font;
+        std::size_t index;
+    };
+    std::size_t newIndexOf(const Font& font);
+
+    std::vector<KnownFont> known_;
+    NumberTable knownByName_;
     std::vector<Entry> entries_;
     std::unordered_map<std::string, std::size_t, Hash, std::equal_to<>> indexes_;
 };
