@@ -11,9 +11,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const auto page = platform::HTMLDocument::parse("<body id=a class='b c'><p><a href=x>y</a><ul><li>z");
     platform::CssStyleSheet sheet;
     sheet.append(text);
-    std::vector<const platform::CssDeclarations*> matched;
+    platform::CssMatches matched;
+    std::size_t comparisons = 0;
     for (platform::HTMLDocument::NodeIndex i = 0; i < page->size(); ++i)
-        if (page->isElement(i)) sheet.match(*page, i, matched);
+        if (page->isElement(i)) sheet.match(*page, i, comparisons, matched);
     platform::legacyColor(text);
     return 0;
 }

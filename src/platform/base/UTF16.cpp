@@ -91,6 +91,11 @@ void appendUTF8(std::string& out, char32_t point) {
 
 } // namespace
 
+char32_t takeCodePoint(std::string_view bytes, std::size_t& position) {
+    const char32_t point = takeSequence(bytes, position);
+    return point == kIllFormed ? kReplacement : point;
+}
+
 std::u16string utf16FromUTF8(std::string_view bytes) {
     std::u16string text;
     // Every unit stands for one byte at least.
@@ -101,14 +106,7 @@ std::u16string utf16FromUTF8(std::string_view bytes) {
             out = std::copy_n(bytes.data() + i, ascii, out);
             i += ascii;
             if (i == bytes.size()) break;
-            char32_t point = takeSequence(bytes, i);
-            if (point == kIllFormed) point = kReplacement;
-            if (point >= 0x10000) {
-                *out++ = static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10));
-                *out++ = static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF));
-            } else {
-                *out++ = static_cast<char16_t>(point);
-            }
+            out = putCodePoint(out, takeCodePoint(bytes, i));
         }
         return static_cast<std::size_t>(out - begin);
     });

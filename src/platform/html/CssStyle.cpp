@@ -310,8 +310,11 @@ bool isList(HTMLTag tag) {
 } // namespace
 
 CssStyleResolver::CssStyleResolver(const HTMLDocument& page) : page_(page) {
-    for (HTMLDocument::NodeIndex at = page.root(); at != HTMLDocument::kNone; at = page.following(at, page.root()))
-        if (page.isElement(at) && page[at].tag == HTMLTag::style) sheet_.append(page.textContent(at));
+    std::vector<std::string> texts;
+    for (HTMLDocument::NodeIndex at = page.root(); at != HTMLDocument::kNone && texts.size() < page.styleElementCount();
+         at = page.following(at, page.root()))
+        if (page.isElement(at) && page[at].tag == HTMLTag::style) texts.push_back(page.textContent(at));
+    sheet_ = cssStyleSheet(std::move(texts));
 }
 
 std::size_t CssStyleResolver::KeyHash::operator()(const Key& key) const {
@@ -328,21 +331,42 @@ const CssDeclarations* CssStyleResolver::parsed(std::string_view text) {
     return entry->second.get();
 }
 
+// Whether the element's style follows from its name and the parent style: it has no attributes, and no rule, not even
+// its table's, asks where it stands.
+bool CssStyleResolver::isPlain(HTMLDocument::NodeIndex element) const {
+    const HTMLTag tag = page_[element].tag;
+    return page_[element].count == 0 && tag != HTMLTag::unknown && tag != HTMLTag::td && tag != HTMLTag::th &&
+           sheet_->matchesByNameAlone(tag);
+}
+
 const CssStyle* CssStyleResolver::style(HTMLDocument::NodeIndex element, const CssStyle* parent) {
+    if (!parent || !isPlain(element)) return styleByAllOf(element, parent);
+    const HTMLTag tag = page_[element].tag;
+    for (std::uint32_t child = firstPlainChild_[parent->number]; child != kNoChild; child = plainChildren_[child].next)
+        if (plainChildren_[child].tag == tag) return plainChildren_[child].style;
+    const CssStyle* made = styleByAllOf(element, parent);
+    plainChildren_.push_back({made, tag, firstPlainChild_[parent->number]});
+    firstPlainChild_[parent->number] = static_cast<std::uint32_t>(plainChildren_.size() - 1);
+    return made;
+}
+
+const CssStyle* CssStyleResolver::styleByAllOf(HTMLDocument::NodeIndex element, const CssStyle* parent) {
     hintText_.clear();
     appendPresentation(hintText_, page_, element);
     const CssDeclarations* hints = hintText_.empty() ? nullptr : parsed(hintText_);
     const auto styleText = page_.attribute(element, HTMLAttribute::style);
     const CssDeclarations* inlineStyle = styleText && !styleText->empty() ? parsed(*styleText) : nullptr;
-    sheet_.match(page_, element, matched_);
+    sheet_->match(page_, element, comparisons_, matched_);
     const HTMLTag tag = page_[element].tag;
     const bool isLink = tag == HTMLTag::a && page_.attribute(element, HTMLAttribute::href).has_value();
     const CssMatches* rules = matched_.empty() ? nullptr : &*matches_.insert(matched_).first;
     const Key key{parent, hints, inlineStyle, rules, static_cast<std::uint32_t>(tag) * 2 + (isLink ? 1 : 0)};
     const auto [entry, isNew] = shared_.try_emplace(key, nullptr);
     if (isNew) {
-        styles_.push_back(computed(element, parent, hints, inlineStyle));
-        entry->second = &styles_.back();
+        CssStyle& made = styles_.emplace_back(computed(element, parent, hints, inlineStyle));
+        made.number = static_cast<std::uint32_t>(firstPlainChild_.size());
+        firstPlainChild_.push_back(kNoChild);
+        entry->second = &made;
     }
     return entry->second;
 }

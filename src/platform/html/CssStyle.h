@@ -61,12 +61,16 @@ struct CssStyle {
     std::array<CssRGBA, 4> borderColor{};
     CssLength width{0, false, true}, minWidth{0, false, true}, maxWidth{0, false, true};
 
+    // Which of its page's styles this is, from 0: a table of what belongs to styles needs no search.
+    std::uint32_t number = 0;
+
     // Whether the family list is nothing but the generic fixed-width family, which has a default size of its own.
     bool isMonospace() const { return families && families->size() == 1 && families->front() == "monospace"; }
 };
 
 // Computes styles for one page. Declarations are parsed once for each distinct text, and elements that have the same
-// parent style, name, rules and declarations share one style object: equal pointers mean equal styles.
+// parent style, name, rules and declarations share one style object: equal pointers mean equal styles. Most elements
+// have no attributes, and need only their name and the parent style to find theirs.
 class CssStyleResolver {
   public:
     explicit CssStyleResolver(const HTMLDocument& page);
@@ -87,13 +91,26 @@ class CssStyleResolver {
         std::size_t operator()(const Key& key) const;
     };
 
+    // A child style of elements without attributes.
+    struct PlainChild {
+        const CssStyle* style;
+        HTMLTag tag;
+        std::uint32_t next; // of the same parent style
+    };
+    static constexpr std::uint32_t kNoChild = 0xFFFFFFFF;
+
+    bool isPlain(HTMLDocument::NodeIndex element) const;
+    const CssStyle* styleByAllOf(HTMLDocument::NodeIndex element, const CssStyle* parent);
     const CssDeclarations* parsed(std::string_view text);
     CssStyle computed(HTMLDocument::NodeIndex element, const CssStyle* parent, const CssDeclarations* hints,
                       const CssDeclarations* inlineStyle);
 
     const HTMLDocument& page_;
-    CssStyleSheet sheet_;
+    std::shared_ptr<const CssStyleSheet> sheet_;
+    std::size_t comparisons_ = 0; // with selectors of the sheet
     std::deque<CssStyle> styles_;
+    std::vector<std::uint32_t> firstPlainChild_; // by the number of the parent style
+    std::vector<PlainChild> plainChildren_;
     std::unordered_map<std::string, std::unique_ptr<const CssDeclarations>> declarations_;
     std::unordered_map<Key, const CssStyle*, KeyHash> shared_;
     CssMatches matched_;

@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\n\r\f";
 constexpr double kScreenWidth = 800;
+constexpr std::size_t kLongestKeptSheet = 64 * 1024; // bytes
 
 std::string_view trimmed(std::string_view text) {
     const std::size_t start = text.find_first_not_of(kBlanks);
@@ -181,6 +182,7 @@ void CssStyleSheet::appendSelector(std::vector<CssToken> tokens, std::uint32_t r
         } else if (token.kind == CssTokenKind::identifier) {
             begin();
             compound.name = token.text;
+            compound.tag = htmlTagNamed(token.text);
             selector.specificity += 1;
         } else if (token.kind == CssTokenKind::hash) {
             begin();
@@ -208,16 +210,21 @@ void CssStyleSheet::appendSelector(std::vector<CssToken> tokens, std::uint32_t r
         byIdentifier_[subject.identifier].push_back(number);
     } else if (!subject.classes.empty()) {
         byClass_[subject.classes.front()].push_back(number);
+    } else if (!subject.name.empty() && subject.tag == HTMLTag::unknown) {
+        byOtherName_[subject.name].push_back(number);
     } else if (!subject.name.empty()) {
-        byName_[subject.name].push_back(number);
+        byTag_[static_cast<std::size_t>(subject.tag)].push_back(number);
+        if (selector.compounds.size() > 1) contextual_.set(static_cast<std::size_t>(subject.tag));
     } else {
         others_.push_back(number);
+        if (selector.compounds.size() > 1) contextual_.set();
     }
     selectors_.push_back(std::move(selector));
 }
 
 bool CssStyleSheet::matches(const Compound& compound, const HTMLDocument& page, HTMLDocument::NodeIndex element) {
-    if (!compound.name.empty() && page.name(element) != compound.name) return false;
+    if (!compound.name.empty() && page[element].tag != compound.tag) return false;
+    if (!compound.name.empty() && compound.tag == HTMLTag::unknown && page.name(element) != compound.name) return false;
     if (compound.isRoot && element != page.root()) return false;
     if (compound.isLink && (page[element].tag != HTMLTag::a || !page.attribute(element, HTMLAttribute::href)))
         return false;
@@ -229,19 +236,20 @@ bool CssStyleSheet::matches(const Compound& compound, const HTMLDocument& page, 
 
 // Outwards from the element. When a parent does not match, the nearest descendant step before it looks further out, so
 // that the cost is at most compounds times depth.
-bool CssStyleSheet::matches(const Selector& selector, const HTMLDocument& page, HTMLDocument::NodeIndex element) {
-    ++comparisons_;
+bool CssStyleSheet::matches(const Selector& selector, const HTMLDocument& page, HTMLDocument::NodeIndex element,
+                            std::size_t& comparisons) {
+    ++comparisons;
     if (!matches(selector.compounds.front(), page, element)) return false;
     std::size_t retry = 0;                                   // the compound that a failure goes back to; 0: none
     HTMLDocument::NodeIndex retryFrom = HTMLDocument::kNone; // where that compound matched last
     HTMLDocument::NodeIndex at = element;
     for (std::size_t i = 1; i < selector.compounds.size();) {
         const bool wantsParent = selector.compounds[i - 1].behindChild;
-        if (++comparisons_ > kMaximumComparisons) return false;
+        if (++comparisons > kMaximumComparisons) return false;
         at = page[at].parent;
         if (!wantsParent)
             while (at != HTMLDocument::kNone && !matches(selector.compounds[i], page, at)) {
-                ++comparisons_;
+                ++comparisons;
                 at = page[at].parent;
             }
         if (at != HTMLDocument::kNone && (!wantsParent || matches(selector.compounds[i], page, at))) {
@@ -259,19 +267,22 @@ bool CssStyleSheet::matches(const Selector& selector, const HTMLDocument& page, 
     return true;
 }
 
-void CssStyleSheet::match(const HTMLDocument& page, HTMLDocument::NodeIndex element, CssMatches& matched) {
+void CssStyleSheet::match(const HTMLDocument& page, HTMLDocument::NodeIndex element, std::size_t& comparisons,
+                          CssMatches& matched) const {
     matched.clear();
-    if (selectors_.empty() || comparisons_ > kMaximumComparisons) return;
-    std::vector<std::uint32_t> found;
-    const auto tryAll = [&](const std::vector<std::uint32_t>& numbers) {
+    if (selectors_.empty() || comparisons > kMaximumComparisons) return;
+    Numbers found;
+    const auto tryAll = [&](const Numbers& numbers) {
         for (const std::uint32_t number : numbers)
-            if (matches(selectors_[number], page, element)) found.push_back(number);
+            if (matches(selectors_[number], page, element, comparisons)) found.push_back(number);
     };
     const auto tryNamed = [&](const auto& index, std::string_view name) {
         if (const auto entry = index.find(std::string(name)); entry != index.end()) tryAll(entry->second);
     };
     tryAll(others_);
-    if (!byName_.empty()) tryNamed(byName_, page.name(element));
+    const HTMLTag tag = page[element].tag;
+    if (tag != HTMLTag::unknown) tryAll(byTag_[static_cast<std::size_t>(tag)]);
+    if (tag == HTMLTag::unknown && !byOtherName_.empty()) tryNamed(byOtherName_, page.name(element));
     if (!byIdentifier_.empty())
         if (const auto identifier = page.attribute(element, HTMLAttribute::id)) tryNamed(byIdentifier_, *identifier);
     if (!byClass_.empty())
@@ -289,6 +300,25 @@ void CssStyleSheet::match(const HTMLDocument& page, HTMLDocument::NodeIndex elem
     });
     found.erase(std::unique(found.begin(), found.end()), found.end());
     for (const std::uint32_t number : found) matched.push_back(&rules_[selectors_[number].rule]);
+}
+
+std::shared_ptr<const CssStyleSheet> cssStyleSheet(std::vector<std::string> texts) {
+    static const auto& none = *new auto(std::make_shared<const CssStyleSheet>());
+    if (texts.empty()) return none;
+    struct Kept {
+        std::vector<std::string> texts;
+        std::shared_ptr<const CssStyleSheet> sheet;
+    };
+    static thread_local Kept kept;
+    if (kept.sheet && kept.texts == texts) return kept.sheet;
+    const auto made = std::make_shared<CssStyleSheet>();
+    std::size_t size = 0;
+    for (const std::string& text : texts) {
+        made->append(text);
+        size += text.size();
+    }
+    if (size <= kLongestKeptSheet) kept = {std::move(texts), made};
+    return made;
 }
 
 } // namespace platform

@@ -187,6 +187,12 @@ void HTMLPageWalk::leave() {
     open_.pop_back();
 }
 
+// Whether an element's text may become another one.
+bool HTMLPageWalk::transforms(const Frame& frame) const {
+    return frame.style->breaksNbsp || frame.style->textTransform != CssTextTransform::none ||
+           (frame.tag == HTMLTag::span && page_.attribute(frame.node, HTMLAttribute::class_));
+}
+
 // Blanks that pages write so that they do not collapse, and letters in another case.
 void HTMLPageWalk::transform(std::u16string& text, const Frame& frame) const {
     if (frame.style->breaksNbsp) std::ranges::replace(text, kNoBreakSpace, u' ');
@@ -226,16 +232,23 @@ void HTMLPageWalk::writeText(NodeIndex node) {
     const CssWhiteSpace whiteSpace = frame.style->whiteSpace;
     const bool preserves = whiteSpace != CssWhiteSpace::normal && whiteSpace != CssWhiteSpace::nowrap &&
                            whiteSpace != CssWhiteSpace::breakSpaces;
-    std::u16string text = preserves ? utf16FromUTF8(page_.text(node)) : text_.collapsed(page_.text(node));
-    if (text.empty()) return;
-    if (text != u" ") endLooseTable();
-    const bool endsSoft = text.back() == u' ';
-    transform(text, frame);
     if (preserves) {
+        std::u16string text = utf16FromUTF8(page_.text(node));
+        if (text.empty()) return;
+        if (text != u" ") endLooseTable();
+        transform(text, frame);
         text_.appendPreserved(text, textAttributes(frame));
-    } else {
-        text_.appendCollapsed(text, endsSoft, textAttributes(frame));
+        return;
     }
+    const std::size_t start = text_.length();
+    text_.beginCollapsed(page_.text(node));
+    const std::u16string_view written = std::u16string_view(text_.text()).substr(start);
+    if (written.empty()) return;
+    if (written != u" ") endLooseTable();
+    if (!transforms(frame)) return text_.endCollapsed(textAttributes(frame));
+    std::u16string text(written);
+    transform(text, frame);
+    text_.endCollapsed(textAttributes(frame), text);
 }
 
 } // namespace platform

@@ -73,6 +73,7 @@ class HTMLPageWalk {
     void endLooseTable();
     void addColumns(const Frame& group);
     void closeLink(const Frame& frame);
+    bool transforms(const Frame& frame) const;
     void transform(std::u16string& text, const Frame& frame) const;
     void newline(const Frame& frame, Newline when, bool replacesSoft);
     AttributeSet::Reference ownAttributes(const Frame& frame);

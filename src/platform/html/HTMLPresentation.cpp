@@ -291,7 +291,7 @@ void appendDirection(const Source& source) {
 
 const CssDeclarations& builtInDeclarations(HTMLTag tag) {
     static const auto& table = *[] {
-        auto* made = new std::array<CssDeclarations, static_cast<std::size_t>(HTMLTag::xmp) + 1>;
+        auto* made = new std::array<CssDeclarations, kHTMLTagCount>;
         for (const BuiltInRow& entry : kBuiltIn)
             (*made)[static_cast<std::size_t>(entry.tag)] = cssDeclarations(entry.text);
         return made;

@@ -5,18 +5,13 @@
 #include <memory>
 #include <unordered_map>
 
-#include "platform/base/UTF16.h"
+#include "platform/html/HTMLTextCollapsing.h"
 
 namespace platform {
 
 namespace {
 
-constexpr char16_t kLineSeparator = 0x2028, kParagraphSeparator = 0x2029, kNextLine = 0x85, kZeroWidthSpace = 0x200B;
-
-bool collapses(char16_t unit) {
-    if (unit > u' ') return unit == kZeroWidthSpace; // nearly always one comparison more
-    return unit == u' ' || unit == u'\n' || unit == u'\r' || unit == u'\t' || unit == u'\f';
-}
+constexpr char16_t kLineSeparator = 0x2028, kParagraphSeparator = 0x2029, kNextLine = 0x85;
 
 bool endsLine(char16_t unit) {
     return unit == u'\n' || unit == u'\r' || unit == u'\t' || unit == u'\f' || unit == kLineSeparator ||
@@ -25,28 +20,28 @@ bool endsLine(char16_t unit) {
 
 } // namespace
 
-std::u16string HTMLTextBuilder::collapsed(std::string_view utf8) const {
-    std::u16string units = utf16FromUTF8(utf8);
+void HTMLTextBuilder::beginCollapsed(std::string_view utf8) {
     const bool dropsLeading = endsLine(lastUnit()) || (isSoft_ && lastUnit() == u' ');
-    std::size_t kept = 0;
-    bool hasBlank = false;
-    for (const char16_t unit : units) {
-        if (collapses(unit)) {
-            hasBlank = kept > 0 || !dropsLeading;
-            continue;
-        }
-        if (hasBlank) units[kept++] = u' ';
-        hasBlank = false;
-        units[kept++] = unit;
-    }
-    if (hasBlank) units[kept++] = u' ';
-    units.resize(kept);
-    return units;
+    const std::size_t start = text_.size();
+    text_.resize_and_overwrite(start + utf8.size(), [&](char16_t* units, std::size_t) {
+        return start + writeCollapsed(utf8, dropsLeading, units + start);
+    });
 }
 
-void HTMLTextBuilder::append(std::u16string_view text, const Attributes& attributes) {
-    if (text.empty()) return;
-    text_ += text;
+void HTMLTextBuilder::endCollapsed(const Attributes& attributes) {
+    isSoft_ = text_.back() == u' ';
+    extendRuns(attributes);
+}
+
+void HTMLTextBuilder::endCollapsed(const Attributes& attributes, std::u16string_view instead) {
+    const bool endsSoft = text_.back() == u' ';
+    text_.resize(attributedLength());
+    if (instead.empty()) return;
+    append(instead, attributes);
+    isSoft_ = endsSoft;
+}
+
+void HTMLTextBuilder::extendRuns(const Attributes& attributes) {
     if (!runs_.empty() && runs_.back().attributes == attributes) {
         runs_.back().end = text_.size();
     } else {
@@ -54,16 +49,16 @@ void HTMLTextBuilder::append(std::u16string_view text, const Attributes& attribu
     }
 }
 
+void HTMLTextBuilder::append(std::u16string_view text, const Attributes& attributes) {
+    if (text.empty()) return;
+    text_ += text;
+    extendRuns(attributes);
+}
+
 void HTMLTextBuilder::removeLast() {
     text_.pop_back();
     const std::size_t before = runs_.size() > 1 ? runs_[runs_.size() - 2].end : 0;
     if (--runs_.back().end == before) runs_.pop_back();
-}
-
-void HTMLTextBuilder::appendCollapsed(std::u16string_view text, bool endsSoft, const Attributes& attributes) {
-    if (text.empty()) return;
-    append(text, attributes);
-    isSoft_ = endsSoft;
 }
 
 void HTMLTextBuilder::appendPreserved(std::u16string_view text, const Attributes& attributes) {

@@ -20,12 +20,14 @@ class HTMLTextBuilder {
     std::size_t length() const { return text_.size(); }
     bool endsInNewline() const { return lastUnit() == u'\n'; }
 
-    // Text with collapsing white space, in UTF-8: returns what is to be written, with blanks reduced and leading ones
-    // dropped where the text so far allows none.
-    std::u16string collapsed(std::string_view utf8) const;
-    // Writes the result of collapsed(), perhaps transformed; whether it ended in a blank before that, which is soft
-    // then: a block's edge replaces it.
-    void appendCollapsed(std::u16string_view text, bool endsSoft, const Attributes& attributes);
+    // Text with collapsing white space, in UTF-8: writes it with blanks reduced, and leading ones dropped where the
+    // text so far allows none. What it wrote is the text from the former length on, and it has no attributes until
+    // endCollapsed(), which has to come next when it is not empty.
+    void beginCollapsed(std::string_view utf8);
+    // Gives attributes to what was written, or to what `instead` puts in its place. A blank at the end of what was
+    // written is soft: a block's edge replaces it.
+    void endCollapsed(const Attributes& attributes);
+    void endCollapsed(const Attributes& attributes, std::u16string_view instead);
     // Writes text with its white space as it stands.
     void appendPreserved(std::u16string_view text, const Attributes& attributes);
     // An object and what follows it; nothing of that is soft.
@@ -53,6 +55,8 @@ class HTMLTextBuilder {
   private:
     char16_t lastUnit() const { return text_.empty() ? u'\n' : text_.back(); }
     void append(std::u16string_view text, const Attributes& attributes);
+    void extendRuns(const Attributes& attributes); // to the end of the text
+    std::size_t attributedLength() const { return runs_.empty() ? 0 : runs_.back().end; }
     void removeLast();
 
     std::u16string text_;

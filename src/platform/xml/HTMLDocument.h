@@ -65,6 +65,8 @@ class HTMLDocument {
     std::string_view name(NodeIndex index) const;
     // An attribute's value, of the first of that name; nothing when absent.
     std::optional<std::string_view> attribute(NodeIndex index, HTMLAttribute name) const;
+    // Style elements that were made; those of the tree are no more.
+    std::size_t styleElementCount() const { return styleElements_; }
     // Bytes of all texts of the page.
     std::size_t textSize() const { return text_.size(); }
     // The texts of all descendants of an element joined.
@@ -111,6 +113,7 @@ class HTMLDocument {
     std::span<char> freeInBlock_;                 // what is left of the block of small ones
     std::vector<std::unique_ptr<char, ReleaseValue>> largeValues_;
     std::string encoding_;
+    std::uint32_t styleElements_ = 0;
     bool quirksMode_ = true;
 };
 

@@ -148,7 +148,7 @@ constexpr auto kTags = std::to_array<TagRow>({
     {"wbr", V | S},
     {"xmp", S | P},
 });
-static_assert(kTags.size() == static_cast<std::size_t>(HTMLTag::xmp) + 1);
+static_assert(kTags.size() == kHTMLTagCount);
 
 constexpr auto kAttributes = std::to_array<std::string_view>({
     "align",   "alt",      "aria-label", "background", "bgcolor", "border", "bordercolor", "cellpadding", "cellspacing",

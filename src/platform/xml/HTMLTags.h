@@ -21,6 +21,8 @@ enum class HTMLTag : std::uint8_t {
     // clang-format on
 };
 
+inline constexpr std::size_t kHTMLTagCount = static_cast<std::size_t>(HTMLTag::xmp) + 1;
+
 // What a name is to tree building; bits.
 enum HTMLTagFlag : std::uint16_t {
     kVoidTag = 1,           // never has content

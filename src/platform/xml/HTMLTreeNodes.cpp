@@ -20,6 +20,7 @@ HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::makeElement(std::string_view name, H
         if (isNew && document_.otherNames_.size() <= 0xFFFF) document_.otherNames_.emplace_back(name);
         node.otherName = entry->second;
     }
+    if (tag == HTMLTag::style) ++document_.styleElements_;
     document_.nodes_.push_back(node);
     return static_cast<NodeIndex>(document_.nodes_.size() - 1);
 }

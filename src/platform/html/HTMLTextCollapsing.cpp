@@ -1,0 +1,81 @@
+// Words with single blanks between them, which is nearly all of a page's text, are passed eight bytes at a time: what
+// needs a closer look is found by arithmetic on all eight at once, and what stands before it is widened in one go.
+#include "platform/html/HTMLTextCollapsing.h"
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+#include "platform/base/UTF16.h"
+
+namespace platform {
+
+namespace {
+
+constexpr std::size_t kWord = sizeof(std::uint64_t);
+constexpr std::uint64_t kOnes = 0x0101010101010101, kHighBits = 0x80 * kOnes;
+
+constexpr bool isCollapsing(char c) {
+    return c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f';
+}
+
+// The eight bytes, the first one lowest.
+std::uint64_t wordAt(const char* bytes) {
+    std::uint64_t word;
+    std::memcpy(&word, bytes, kWord);
+    if constexpr (std::endian::native == std::endian::big) word = std::byteswap(word);
+    return word;
+}
+
+// How many of the bytes are printable ASCII without a second blank in a row.
+std::size_t plainLength(std::uint64_t word, bool behindBlank) {
+    // A borrow reaches only bytes behind the first one that is found.
+    const std::uint64_t isSpecial = ((word - ' ' * kOnes) | word) & kHighBits;
+    const std::uint64_t noBlank = word ^ (' ' * kOnes);
+    const std::uint64_t isBlank = (noBlank - kOnes) & ~noBlank & kHighBits;
+    const std::uint64_t isSecondBlank = isBlank & ((isBlank << 8) | (behindBlank ? 0x80U : 0U));
+    const std::uint64_t found = isSpecial | isSecondBlank;
+    return found == 0 ? kWord : static_cast<std::size_t>(std::countr_zero(found)) / 8;
+}
+
+} // namespace
+
+std::size_t writeCollapsed(std::string_view utf8, bool dropsLeading, char16_t* const out) {
+    constexpr char32_t kZeroWidthSpace = 0x200B;
+    std::size_t at = 0, written = 0;
+    bool behindBlank = dropsLeading; // white space adds nothing
+    const auto blank = [&] {
+        if (!behindBlank) out[written++] = u' ';
+        behindBlank = true;
+    };
+    while (at < utf8.size()) {
+        while (at + kWord <= utf8.size()) {
+            const std::size_t plain = plainLength(wordAt(utf8.data() + at), behindBlank);
+            for (std::size_t i = 0; i < kWord;
+                 ++i) // all of them, in one step; the next ones overwrite what is too much
+                out[written + i] = static_cast<unsigned char>(utf8[at + i]);
+            at += plain;
+            written += plain;
+            if (plain > 0) behindBlank = out[written - 1] == u' ';
+            if (plain < kWord) break;
+        }
+        if (at == utf8.size()) break;
+        const char c = utf8[at];
+        if (isCollapsing(c)) {
+            ++at;
+            blank();
+        } else if (static_cast<unsigned char>(c) < 0x80) {
+            ++at;
+            out[written++] = static_cast<char16_t>(c);
+            behindBlank = false;
+        } else if (const char32_t point = takeCodePoint(utf8, at); point == kZeroWidthSpace) {
+            blank();
+        } else {
+            written = static_cast<std::size_t>(putCodePoint(out + written, point) - out);
+            behindBlank = false;
+        }
+    }
+    return written;
+}
+
+} // namespace platform
