@@ -134,49 +134,60 @@ std::size_t HTMLAttributes::KeyHash::operator()(const Key& key) const {
     return hash * 1099511628211U ^ static_cast<std::size_t>(key.third);
 }
 
+// Elements differ in color more often than in font, and a font is looked up by name.
+const Font& HTMLAttributes::font(const CssStyle& style) {
+    const FontChoice choice{style.families, style.fontSize, style.fontWeight, style.isItalic};
+    for (const auto& known : fonts_)
+        if (known && known->first == choice) return known->second;
+    auto& made = fonts_[nextFont_++ % fonts_.size()];
+    made.emplace(choice, fontForStyle(style));
+    return made->second;
+}
+
 AttributeSet HTMLAttributes::madeCharacters(const CssStyle& style, HTMLTag tag) {
-    std::vector<AttributeSet::Entry> entries;
-    const auto add = [&entries](AttributeName name, AttributeValue value) {
-        entries.emplace_back(name, std::move(value));
+    constexpr std::size_t kMostEntries = 8; // with few exceptions
+    static const auto& black = *new Color(colorFromCss({0, 0, 0, 1}));
+    std::vector<AttributeSet::Entry> entries; // in the order of their names
+    entries.reserve(kMostEntries);
+    const auto add = [&entries](AttributeName name, auto&& value) {
+        entries.emplace_back(name, std::forward<decltype(value)>(value));
     };
-    add(kFontAttributeName, fontForStyle(style));
-    add(kKernAttributeName, 0.0);
-    add(kStrokeWidthAttributeName, 0.0);
-    add(kStrokeColorAttributeName, colorFromCss(style.color));
-    // Black, the color of text that says nothing, is not said.
-    if (!isBlack(style.color) && style.color.alpha > 0) add(kForegroundColorAttributeName, colorFromCss(style.color));
+    const Color color = isBlack(style.color) ? black : colorFromCss(style.color);
     const bool ownsBackground = tag != HTMLTag::html && tag != HTMLTag::body && style.display < CssDisplay::table;
     if (ownsBackground && style.background.alpha > 0)
         add(kBackgroundColorAttributeName, colorFromCss(style.background));
-    if (style.decoration & kCssUnderline) add(kUnderlineStyleAttributeName, std::int64_t{1});
-    if (style.decoration & kCssLineThrough) add(kStrikethroughStyleAttributeName, std::int64_t{1});
-    if (style.verticalAlign == CssVerticalAlign::super) add(kSuperscriptAttributeName, std::int64_t{1});
-    if (style.verticalAlign == CssVerticalAlign::sub) add(kSuperscriptAttributeName, std::int64_t{-1});
     if (style.verticalAlign == CssVerticalAlign::length && style.verticalOffset != 0)
         add(kBaselineOffsetAttributeName, roundedLength(style.verticalOffset));
+    // Black, the color of text that says nothing, is not said.
+    if (!isBlack(style.color) && style.color.alpha > 0) add(kForegroundColorAttributeName, color);
+    add(kFontAttributeName, font(style));
+    add(kKernAttributeName, 0.0);
     if (style.ligatures != 0) add(kLigatureAttributeName, std::int64_t{style.ligatures == 1 ? 1 : 0});
     if (style.shadow) {
         constexpr double kAlphaUnit = 255; // the platform takes the alpha for a byte
-        CssRGBA color = style.shadow->color;
-        color.alpha /= kAlphaUnit;
-        add(kShadowAttributeName, Shadow{style.shadow->x, -style.shadow->y, style.shadow->blur, colorFromCss(color)});
+        CssRGBA shade = style.shadow->color;
+        shade.alpha /= kAlphaUnit;
+        add(kShadowAttributeName, Shadow{style.shadow->x, -style.shadow->y, style.shadow->blur, colorFromCss(shade)});
     }
+    if (style.decoration & kCssLineThrough) add(kStrikethroughStyleAttributeName, std::int64_t{1});
+    add(kStrokeColorAttributeName, color);
+    add(kStrokeWidthAttributeName, 0.0);
+    if (style.verticalAlign == CssVerticalAlign::super) add(kSuperscriptAttributeName, std::int64_t{1});
+    if (style.verticalAlign == CssVerticalAlign::sub) add(kSuperscriptAttributeName, std::int64_t{-1});
+    if (style.decoration & kCssUnderline) add(kUnderlineStyleAttributeName, std::int64_t{1});
     return AttributeSet(std::move(entries));
 }
 
-HTMLAttributes::Reference HTMLAttributes::shared(AttributeSet set) {
-    return *distinct_.insert(std::make_shared<const AttributeSet>(std::move(set))).first;
-}
-
-HTMLAttributes::Reference HTMLAttributes::characters(const CssStyle& style, HTMLTag tag) {
-    Reference& made = characters_[&style]; // a style is of one element name
+const AttributeSet* HTMLAttributes::characters(const CssStyle& style, HTMLTag tag) {
+    if (style.number >= characters_.size()) characters_.resize(style.number + 1);
+    const AttributeSet*& made = characters_[style.number]; // a style is of one element name
     if (!made) made = shared(madeCharacters(style, tag));
     return made;
 }
 
-HTMLAttributes::Reference HTMLAttributes::united(const Reference& outer, const Reference& inner) {
+const AttributeSet* HTMLAttributes::united(const AttributeSet* outer, const AttributeSet* inner) {
     if (!outer || outer == inner) return inner;
-    Reference& made = united_[{outer.get(), inner.get(), 0}];
+    const AttributeSet*& made = united_[{outer, inner, 0}];
     if (!made) made = shared(outer->merging(*inner));
     return made;
 }
@@ -195,15 +206,20 @@ const ParagraphStyleReference& HTMLAttributes::paragraph(const CssStyle& block, 
     return *places_.back().paragraphs.insert(std::move(style)).first;
 }
 
-HTMLAttributes::Reference HTMLAttributes::complete(const Reference& characters, const CssStyle& block, HTMLTag blockTag,
-                                                   const std::vector<std::int64_t>& directions) {
+const HTMLAttributes::Reference& HTMLAttributes::complete(const AttributeSet* characters, const CssStyle& block,
+                                                          HTMLTag blockTag,
+                                                          const std::vector<std::int64_t>& directions) {
     std::uint64_t number = 0;
     if (!directions.empty()) number = directions_.try_emplace(directions, directions_.size() + 1).first->second;
-    auto& sets = places_.back().complete;
-    Reference& made = sets[{characters.get(), &block, number}]; // a style is of one element name
+    Place& place = places_.back();
+    const Key key{characters, &block, number};                  // a style is of one element name
+    if (place.last && place.lastKey == key) return *place.last; // as for the paragraphs of a page one after another
+    Reference& made = place.complete[key];
+    place.lastKey = key;
+    place.last = &made;
     if (made) return made;
     const ParagraphStyleReference& style = paragraph(block, blockTag);
-    Reference& same = sets[{characters.get(), style.get(), number}]; // of another block that looks alike
+    Reference& same = place.complete[{characters, style.get(), number}]; // of another block that looks alike
     if (!same) {
         AttributeSet set = characters->with(kParagraphStyleAttributeName, style);
         if (!directions.empty()) set = set.with(kWritingDirectionAttributeName, directions);

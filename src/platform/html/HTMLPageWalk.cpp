@@ -17,18 +17,10 @@ constexpr std::size_t kMostCellsAround = 32; // deeper ones take part in those a
 
 } // namespace
 
-AttributeSet::Reference HTMLPageWalk::complete(const Frame& frame, const AttributeSet::Reference& characters) {
+const AttributeSet::Reference& HTMLPageWalk::complete(const Frame& frame, const AttributeSet* characters) {
     const Frame& block = frame.block < open_.size() ? open_[frame.block] : frame;
     static const std::vector<std::int64_t> kNoDirections;
     return attributes_.complete(characters, *block.style, block.tag, frame.isBlock ? kNoDirections : directions_);
-}
-
-AttributeSet::Reference HTMLPageWalk::ownAttributes(const Frame& frame) {
-    return complete(frame, frame.own);
-}
-
-AttributeSet::Reference HTMLPageWalk::textAttributes(const Frame& frame) {
-    return complete(frame, frame.united);
 }
 
 void HTMLPageWalk::newline(const Frame& frame, Newline when, bool replacesSoft) {
@@ -73,7 +65,7 @@ bool HTMLPageWalk::enter(NodeIndex node) {
     frame.isBlock = isBlockDisplay(*style);
     frame.block = frame.isBlock || open_.empty() ? open_.size() : top().block;
     frame.own = attributes_.characters(*style, frame.tag);
-    frame.united = open_.empty() ? frame.own : attributes_.united(top().united, frame.own);
+    frame.united = attributes_.united(open_.empty() ? nullptr : top().united, frame.own);
     if (style->display == CssDisplay::tableFooterGroup && !open_.empty() && top().pushedTable && top().next != kNone) {
         top().footers.push_back(node); // behind the rows that are still to come
         return false;

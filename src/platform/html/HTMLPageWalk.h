@@ -55,7 +55,8 @@ class HTMLPageWalk {
         std::size_t start = 0;          // length of the text when the element was entered
         std::vector<NodeIndex> footers; // of a table: visited when its rows are through
         std::size_t footersVisited = 0;
-        AttributeSet::Reference own, united;
+        const AttributeSet* own = nullptr;    // what the element sets itself
+        const AttributeSet* united = nullptr; // laid over what the elements around it set
     };
 
     Frame& top() { return open_.back(); }
@@ -76,9 +77,10 @@ class HTMLPageWalk {
     bool transforms(const Frame& frame) const;
     void transform(std::u16string& text, const Frame& frame) const;
     void newline(const Frame& frame, Newline when, bool replacesSoft);
-    AttributeSet::Reference ownAttributes(const Frame& frame);
-    AttributeSet::Reference textAttributes(const Frame& frame);
-    AttributeSet::Reference complete(const Frame& frame, const AttributeSet::Reference& characters);
+    // Good until the next one is asked for.
+    const AttributeSet::Reference& ownAttributes(const Frame& frame) { return complete(frame, frame.own); }
+    const AttributeSet::Reference& textAttributes(const Frame& frame) { return complete(frame, frame.united); }
+    const AttributeSet::Reference& complete(const Frame& frame, const AttributeSet* characters);
     bool inList() const { return !attributes_.context().lists.empty(); }
     // A block inside a list that is no list and no item ends lines, not paragraphs.
     bool endsLineOnly(const Frame& frame) const {

@@ -1,6 +1,7 @@
 #include "platform/text/Attributes.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -84,15 +85,21 @@ bool equalAttributeValues(const AttributeValue& a, const AttributeValue& b) {
 
 std::size_t hashOf(const AttributeValue& value) {
     struct Hash {
-        std::size_t operator()(std::int64_t integer) const { return std::hash<double>()(static_cast<double>(integer)); }
-        std::size_t operator()(double real) const { return real == real ? std::hash<double>()(real) : 0; }
+        std::size_t operator()(std::int64_t integer) const { return (*this)(static_cast<double>(integer)); }
+        std::size_t operator()(double real) const {
+            if (real == 0 || real != real) return 0; // both zeros, every NaN
+            const std::uint64_t spread = std::bit_cast<std::uint64_t>(real) * 0x9E3779B97F4A7C15;
+            return static_cast<std::size_t>(spread ^ (spread >> 32));
+        }
         std::size_t operator()(const std::u16string& text) const { return std::hash<std::u16string>()(text); }
         std::size_t operator()(const URL& url) const { return std::hash<std::string>()(url.absoluteString()); }
         std::size_t operator()(const Font& font) const {
-            return combined(std::hash<std::string>()(font.fontName()), (*this)(font.pointSize()));
+            // A font name is one object.
+            return combined(std::hash<const void*>()(&font.fontName()), (*this)(font.pointSize()));
         }
         std::size_t operator()(const Color& color) const {
-            std::size_t hash = std::hash<std::string>()(color.colorNameComponent());
+            const std::string& name = color.colorNameComponent();
+            std::size_t hash = name.empty() ? 0 : std::hash<std::string>()(name);
             for (const double component : color.components()) hash = combined(hash, (*this)(component));
             return hash;
         }
@@ -132,6 +139,11 @@ double doubleValue(const AttributeValue& value) {
 AttributeSet::AttributeSet(std::initializer_list<Entry> entries) : AttributeSet(std::vector<Entry>(entries)) {}
 
 AttributeSet::AttributeSet(std::vector<Entry> entries) {
+    const auto isMisplaced = [](const Entry& a, const Entry& b) { return !byName(a, b); };
+    if (std::ranges::adjacent_find(entries, isMisplaced) == entries.end()) { // as most makers of sets give them
+        entries_ = std::move(entries);
+        return;
+    }
     entries_.reserve(entries.size());
     for (Entry& entry : entries) {
         const auto place = std::lower_bound(entries_.begin(), entries_.end(), entry, byName);
