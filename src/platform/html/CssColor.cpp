@@ -217,8 +217,8 @@ struct Component {
 };
 
 struct Arguments {
-    std::string space; // of color(); "" elsewhere
-    std::vector<Component> components;
+    std::string_view space; // of color(); "" elsewhere
+    std::array<Component, 3> components;
     double alpha = 1;
 };
 
@@ -250,6 +250,7 @@ std::optional<Component> component(const CssToken& token) {
 std::optional<Arguments> arguments(std::span<const CssToken> tokens, std::size_t& at, bool hasSpace) {
     Arguments made;
     bool behindSlash = false, hasComma = false;
+    std::size_t count = 0;
     for (; at < tokens.size(); ++at) {
         const CssToken& token = tokens[at];
         if (token.kind == CssTokenKind::whitespace) continue;
@@ -271,13 +272,14 @@ std::optional<Arguments> arguments(std::span<const CssToken> tokens, std::size_t
         }
         const auto value = component(token);
         if (!value) return std::nullopt;
-        if (behindSlash || (hasComma && made.components.size() == 3)) {
+        if (behindSlash || (hasComma && count == made.components.size())) {
             made.alpha = std::clamp(value->of(1), 0.0, 1.0);
         } else {
-            made.components.push_back(*value);
+            if (count == made.components.size()) return std::nullopt;
+            made.components[count++] = *value;
         }
     }
-    if (made.components.size() != 3) return std::nullopt;
+    if (count != made.components.size()) return std::nullopt;
     return made;
 }
 

@@ -139,7 +139,7 @@ bool takeImportant(std::vector<CssToken>& tokens) {
 
 } // namespace
 
-void appendCssDeclaration(CssDeclarations& declarations, std::string_view property, std::vector<CssToken> value,
+void appendCssDeclaration(CssDeclarations& declarations, std::string_view property, std::span<const CssToken> value,
                           bool important) {
     const PropertyRow* entry = propertyNamed(property);
     CssItems items(value);
@@ -158,26 +158,27 @@ void appendCssDeclaration(CssDeclarations& declarations, std::string_view proper
 CssDeclarations cssDeclarations(std::string_view text) {
     CssDeclarations declarations;
     CssTokenizer tokenizer(text);
+    std::vector<CssToken> value;
     CssToken token = tokenizer.next();
     while (token.kind != CssTokenKind::end) {
         while (token.kind == CssTokenKind::whitespace || token.is(';')) token = tokenizer.next();
-        const std::string name = token.kind == CssTokenKind::identifier ? token.text : std::string();
+        const std::string_view name = token.kind == CssTokenKind::identifier ? token.text : std::string_view();
         token = tokenizer.next();
         while (!name.empty() && token.kind == CssTokenKind::whitespace) token = tokenizer.next();
         const bool isDeclaration = !name.empty() && token.is(':');
         if (isDeclaration) token = tokenizer.next();
-        std::vector<CssToken> value;
+        value.clear();
         bool isValid = isDeclaration;
         int depth = 0;
         for (; token.kind != CssTokenKind::end && (depth > 0 || !token.is(';')); token = tokenizer.next()) {
             if (token.kind == CssTokenKind::function || token.is('(') || token.is('[') || token.is('{')) ++depth;
             if ((token.is(')') || token.is(']') || token.is('}')) && depth > 0) --depth;
             if (token.kind == CssTokenKind::badString) isValid = false;
-            if (isDeclaration) value.push_back(std::move(token));
+            if (isDeclaration) value.push_back(token);
         }
         if (!isValid) continue;
         const bool important = takeImportant(value);
-        appendCssDeclaration(declarations, name, std::move(value), important);
+        appendCssDeclaration(declarations, name, value, important);
     }
     return declarations;
 }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -135,7 +136,7 @@ using CssDeclarations = std::vector<CssDeclaration>;
 CssDeclarations cssDeclarations(std::string_view text);
 
 // One declaration's value; nothing is added when it is not valid.
-void appendCssDeclaration(CssDeclarations& declarations, std::string_view property, std::vector<CssToken> value,
+void appendCssDeclaration(CssDeclarations& declarations, std::string_view property, std::span<const CssToken> value,
                           bool important);
 
 } // namespace platform

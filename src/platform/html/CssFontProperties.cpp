@@ -75,7 +75,7 @@ bool readFontFamily(CssLonghands& to, P property, CssItems& items) {
             items.advance();
         } else {
             for (; !items.atEnd() && items.peek().kind == CssTokenKind::identifier; items.advance())
-                name += (name.empty() ? "" : " ") + items.peek().spelling();
+                name.append(name.empty() ? "" : " ").append(items.peek().spelling());
             if (name.empty()) return false;
         }
         families->push_back(std::move(name));

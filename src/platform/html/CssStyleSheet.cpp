@@ -190,7 +190,7 @@ void CssStyleSheet::appendSelector(std::vector<CssToken> tokens, std::uint32_t r
             selector.specificity += 1U << 20;
         } else if (token.is('.') && i + 1 < tokens.size() && tokens[i + 1].kind == CssTokenKind::identifier) {
             begin();
-            compound.classes.push_back(tokens[++i].spelling());
+            compound.classes.emplace_back(tokens[++i].spelling());
             selector.specificity += 1U << 10;
         } else if (token.is(':') && i + 1 < tokens.size() &&
                    (tokens[i + 1].isName("link") || tokens[i + 1].isName("any-link") || tokens[i + 1].isName("root"))) {

@@ -15,9 +15,8 @@
 namespace platform {
 namespace {
 
-std::vector<CssToken> tokensOf(std::string_view text) {
+std::vector<CssToken> tokensOf(CssTokenizer& tokenizer) {
     std::vector<CssToken> tokens;
-    CssTokenizer tokenizer(text);
     for (CssToken token = tokenizer.next(); token.kind != CssTokenKind::end; token = tokenizer.next())
         tokens.push_back(token);
     return tokens;
@@ -29,10 +28,24 @@ std::string hex(const CssRGBA& color) {
 }
 
 std::string colorText(std::string_view text) {
-    const auto tokens = tokensOf(text);
+    CssTokenizer tokenizer(text);
+    const auto tokens = tokensOf(tokenizer);
     std::size_t at = 0;
     const auto color = cssColor(tokens, at);
     return color && at == tokens.size() ? hex(*color) : "none";
+}
+
+// Their texts are pieces of the text, or, when they are spelled in another way, kept by the tokenizer.
+TEST(CssTokens, SayNamesInLowerCaseAndStringsWithoutEscapes) {
+    CssTokenizer tokenizer("Font-Family: 'A\\'b' \"c'd\" \\41 B(#\\46 f 12PX 'open");
+    std::vector<std::string> texts;
+    for (const CssToken& token : tokensOf(tokenizer))
+        if (token.kind != CssTokenKind::whitespace)
+            texts.push_back(fmt::format("{}/{}", token.text, token.spelling()));
+    EXPECT_EQ(texts, (std::vector<std::string>{"font-family/Font-Family", ":/:", "A'b/A'b", "c'd/c'd", "ab/AB", "Ff/Ff",
+                                               "px/px", "open/open"}));
+    CssTokenizer broken("'a\nb'");
+    EXPECT_EQ(tokensOf(broken).front().kind, CssTokenKind::badString);
 }
 
 TEST(CssColors, ReadEveryForm) {

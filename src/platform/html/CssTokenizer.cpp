@@ -93,8 +93,11 @@ void CssTokenizer::appendEscaped(std::string& out) {
     appendUTF8(out, point);
 }
 
-std::string CssTokenizer::name() {
-    std::string out;
+std::string_view CssTokenizer::name() {
+    const std::size_t start = at_;
+    while (isNamePart(peek())) ++at_;
+    if (peek() != '\\') return text_.substr(start, at_ - start);
+    std::string out(text_.substr(start, at_ - start));
     while (at_ < text_.size()) {
         if (peek() == '\\' && peek(1) != '\n' && at_ + 1 < text_.size()) {
             appendEscaped(out);
@@ -104,14 +107,19 @@ std::string CssTokenizer::name() {
             break;
         }
     }
-    return out;
+    return kept(std::move(out));
+}
+
+std::string_view CssTokenizer::lowered(std::string_view text) {
+    const bool isLower = std::ranges::none_of(text, [](char c) { return c >= 'A' && c <= 'Z'; });
+    return isLower ? text : kept(asciiLowerCase(text));
 }
 
 CssToken CssTokenizer::named() {
     CssToken token;
-    std::string spelling = name();
-    token.text = asciiLowerCase(spelling);
-    if (token.text != spelling) token.original = std::move(spelling);
+    const std::string_view spelling = name();
+    token.text = lowered(spelling);
+    if (token.text != spelling) token.original = spelling;
     token.kind = CssTokenKind::identifier;
     if (peek() != '(') return token;
     ++at_;
@@ -160,7 +168,7 @@ CssToken CssTokenizer::numeric() {
         token.kind = CssTokenKind::percentage;
     } else if (startsName(0)) {
         token.kind = CssTokenKind::dimension;
-        token.text = asciiLowerCase(name());
+        token.text = lowered(name());
     }
     return token;
 }
@@ -169,20 +177,29 @@ CssToken CssTokenizer::quoted() {
     CssToken token;
     token.kind = CssTokenKind::string;
     const char quote = text_[at_++];
+    const std::string_view plain = text_.substr(at_, text_.find_first_of("\"'\\\n", at_) - at_);
+    at_ += plain.size();
+    token.text = plain;
+    if (at_ < text_.size() && peek() == quote) {
+        ++at_;
+        return token;
+    }
+    std::string text(plain);
     while (at_ < text_.size() && peek() != quote) {
         if (peek() == '\n') {
             token.kind = CssTokenKind::badString;
-            return token;
+            break;
         }
         if (peek() == '\\' && peek(1) == '\n') {
             at_ += 2;
         } else if (peek() == '\\') {
-            appendEscaped(token.text);
+            appendEscaped(text);
         } else {
-            token.text += text_[at_++];
+            text += text_[at_++];
         }
     }
-    if (at_ < text_.size()) ++at_;
+    token.text = kept(std::move(text));
+    if (at_ < text_.size() && token.kind == CssTokenKind::string) ++at_;
     return token;
 }
 
@@ -208,12 +225,11 @@ CssToken CssTokenizer::next() {
     if (c == '@' && startsName(1)) {
         ++at_;
         token.kind = CssTokenKind::atKeyword;
-        token.text = asciiLowerCase(name());
+        token.text = lowered(name());
         return token;
     }
-    ++at_;
     token.kind = CssTokenKind::delimiter;
-    token.text = c;
+    token.text = text_.substr(at_++, 1);
     return token;
 }
 

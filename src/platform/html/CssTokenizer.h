@@ -1,11 +1,13 @@
-// Style text as tokens (CSS Syntax 3, the part that declarations and simple sheets need).
+// Style text as tokens (CSS Syntax 3, the part that declarations and simple sheets need). Nearly all tokens are pieces
+// of the text; only for names in upper case and for escapes does the tokenizer keep strings of its own.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <forward_list>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 namespace platform {
 
@@ -27,18 +29,19 @@ enum class CssTokenKind : std::uint8_t {
 
 struct CssToken {
     CssTokenKind kind = CssTokenKind::end;
-    std::string text;  // of a name: lower case; of a hash or a string: as it stands, escapes resolved
-    double number = 0; // of a number, percentage or dimension
     bool isInteger = false;
-    std::string original; // a name as it was spelled, when that is not lower case
+    double number = 0;         // of a number, percentage or dimension
+    std::string_view text;     // of a name: lower case; of a hash or a string: as it stands, escapes resolved
+    std::string_view original; // a name as it was spelled, when that is not lower case
 
     bool is(char delimiter) const {
         return kind == CssTokenKind::delimiter && text.size() == 1 && text[0] == delimiter;
     }
     bool isName(std::string_view name) const { return kind == CssTokenKind::identifier && text == name; }
-    const std::string& spelling() const { return original.empty() ? text : original; }
+    std::string_view spelling() const { return original.empty() ? text : original; }
 };
 
+// The texts of its tokens are good as long as the text and the tokenizer live.
 class CssTokenizer {
   public:
     explicit CssTokenizer(std::string_view text) : text_(text) {}
@@ -51,7 +54,9 @@ class CssTokenizer {
     bool startsName(std::size_t ahead) const;
     bool startsNumber() const;
     void skipComments();
-    std::string name();
+    std::string_view name();
+    std::string_view lowered(std::string_view text);
+    std::string_view kept(std::string text) { return kept_.emplace_front(std::move(text)); }
     void appendEscaped(std::string& out);
     CssToken named();
     CssToken numeric();
@@ -60,6 +65,7 @@ class CssTokenizer {
 
     std::string_view text_;
     std::size_t at_ = 0;
+    std::forward_list<std::string> kept_; // what tokens need beyond the text
 };
 
 std::string asciiLowerCase(std::string_view text);

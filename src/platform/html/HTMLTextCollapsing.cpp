@@ -2,6 +2,8 @@
 // needs a closer look is found by arithmetic on all eight at once, and what stands before it is widened in one go.
 #include "platform/html/HTMLTextCollapsing.h"
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -38,6 +40,13 @@ std::size_t plainLength(std::uint64_t word, bool behindBlank) {
     return found == 0 ? kWord : static_cast<std::size_t>(std::countr_zero(found)) / 8;
 }
 
+// From a copy: the compiler must not think that the units may change the bytes.
+void widenWord(const char* bytes, char16_t* out) {
+    std::array<unsigned char, kWord> word;
+    std::memcpy(word.data(), bytes, kWord);
+    std::ranges::copy(word, out);
+}
+
 } // namespace
 
 std::size_t writeCollapsed(std::string_view utf8, bool dropsLeading, char16_t* const out) {
@@ -51,9 +60,7 @@ std::size_t writeCollapsed(std::string_view utf8, bool dropsLeading, char16_t* c
     while (at < utf8.size()) {
         while (at + kWord <= utf8.size()) {
             const std::size_t plain = plainLength(wordAt(utf8.data() + at), behindBlank);
-            for (std::size_t i = 0; i < kWord;
-                 ++i) // all of them, in one step; the next ones overwrite what is too much
-                out[written + i] = static_cast<unsigned char>(utf8[at + i]);
+            widenWord(utf8.data() + at, out + written); // all of it: the next ones overwrite what is too much
             at += plain;
             written += plain;
             if (plain > 0) behindBlank = out[written - 1] == u' ';
