@@ -12,6 +12,7 @@
 #include "documents/attachments/QLTFileAttachment.h"
 #include "enex/EvernoteXMLItem.h"
 #include "platform/base/ByteSearch.h"
+#include "platform/base/TextScan.h"
 #include "platform/files/FileWrapper.h"
 #include "platform/files/UTType.h"
 #include "platform/foundation/PathString.h"
@@ -109,16 +110,20 @@ Result<> replaceAttachmentMarkers(AttributedString& text, const NoteScratch& scr
 }
 
 void replaceCheckboxMarkers(AttributedString& text) {
+    constexpr std::u16string_view on = QLTChecklistOnValueReplacementString,
+                                  off = QLTChecklistOffValueReplacementString;
+    using MarkerStarts = platform::StopUnits<char16_t, u'\0', u'\uFFFF', on.front(), off.front()>;
     const std::u16string_view characters = text.string();
     std::vector<TextEdit> edits;
-    for (const platform::Line& line : platform::linesOf(characters)) {
-        const auto contents = characters.substr(line.contents.location, line.contents.length);
-        const bool isOn = contents.starts_with(QLTChecklistOnValueReplacementString);
-        if (!isOn && !contents.starts_with(QLTChecklistOffValueReplacementString)) continue;
+    for (std::size_t at = 0;; ++at) {
+        at += platform::lengthBefore<MarkerStarts>(characters.substr(at));
+        if (at == characters.size()) break;
+        const bool isOn = characters.substr(at).starts_with(on);
+        if (!isOn && !characters.substr(at).starts_with(off)) continue;
+        if (!platform::startsLine(characters, at)) continue;
         auto box = std::make_shared<QLTChecklistTextAttachment>();
         box->setOn(isOn);
-        edits.push_back({{line.contents.location, QLTChecklistOnValueReplacementString.size()},
-                         AttributedString::withAttachment(std::move(box))});
+        edits.push_back({{at, on.size()}, AttributedString::withAttachment(std::move(box))});
     }
     text.applyEdits(edits);
 }

@@ -109,9 +109,8 @@ bool isReference(std::string_view text) {
     if (text.empty()) return false;
     const std::size_t fragment = text.find('#');
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool good = text[i] == '%'   ? isPercentSequence(text, i)
-                          : text[i] == '#' ? i == fragment
-                                           : kAllowed[static_cast<unsigned char>(text[i])];
+        if (kAllowed[static_cast<unsigned char>(text[i])]) continue;
+        const bool good = text[i] == '%' ? isPercentSequence(text, i) : text[i] == '#' && i == fragment;
         if (!good) return false;
     }
     const Parts parts = split(text);
@@ -195,8 +194,11 @@ std::optional<URL> URL::fromString(std::string_view text) {
 std::optional<URL> URL::fromString(std::string_view text, const URL& base) {
     // An empty reference names the base's own document.
     if (!text.empty() && !isReference(text)) return std::nullopt;
+    const Parts parts = split(text);
     URL url;
-    url.text_ = resolved(split(text), split(base.text_));
+    // An absolute address as it is mostly written: what is made of its parts is the text again.
+    const bool isResolved = parts.scheme && parts.authority && !parts.path.contains("/.");
+    url.text_ = isResolved ? std::string(text) : resolved(parts, split(base.text_));
     return url;
 }
 

@@ -70,12 +70,16 @@ HTMLImages::HTMLImages(const HTMLReadOptions& options)
     : base_(options.baseURL), readAccess_(options.readAccessURL), resourceForURL_(options.resourceForURL) {}
 
 std::optional<URL> HTMLImages::resolved(std::string_view address) const {
-    std::string cleaned;
-    for (const char c : trimmed(address))
-        if (c != '\n' && c != '\t' && c != '\r') cleaned += c;
-    if (cleaned.empty()) return std::nullopt;
-    const std::string encoded = URL::fromDataRepresentation(cleaned).absoluteString();
-    return base_ ? URL::fromString(encoded, *base_) : URL::fromString(encoded);
+    std::string_view text = trimmed(address);
+    std::string cleaned; // of line breaks, which few addresses have
+    if (text.find_first_of("\n\t\r") != std::string_view::npos) {
+        for (const char c : text)
+            if (c != '\n' && c != '\t' && c != '\r') cleaned += c;
+        text = cleaned;
+    }
+    if (text.empty()) return std::nullopt;
+    const URL encoded = URL::fromDataRepresentation(text);
+    return base_ ? URL::fromString(encoded.absoluteString(), *base_) : URL::fromString(encoded.absoluteString());
 }
 
 void HTMLImages::setBase(std::string_view address) {

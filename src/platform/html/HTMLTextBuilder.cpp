@@ -108,10 +108,18 @@ void HTMLTextBuilder::addAttribute(std::size_t start, AttributeName name, const 
     auto first = std::ranges::upper_bound(runs_, start, {}, &AttributedString::Run::end);
     const std::size_t begin = first == runs_.begin() ? 0 : std::prev(first)->end;
     if (begin < start) first = std::next(runs_.insert(first, {start, first->attributes}));
+    // Most stretches are one run; of more, runs of one set get one set again.
+    const AttributeSet* from = nullptr;
+    Attributes made;
     std::unordered_map<const AttributeSet*, Attributes> changed;
     for (; first != runs_.end(); ++first) {
-        Attributes& made = changed[first->attributes.get()];
-        if (!made) made = std::make_shared<const AttributeSet>(first->attributes->with(name, value));
+        if (first->attributes.get() != from) {
+            if (from) changed.try_emplace(from, made);
+            from = first->attributes.get();
+            const auto known = changed.find(from);
+            made = known != changed.end() ? known->second
+                                          : std::make_shared<const AttributeSet>(first->attributes->with(name, value));
+        }
         first->attributes = made;
     }
 }

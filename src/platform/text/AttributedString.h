@@ -130,6 +130,8 @@ struct Line {
 // terminator has no empty line behind it.
 std::vector<Line> linesInRange(std::u16string_view text, Range range);
 std::vector<Line> linesOf(std::u16string_view text);
+// Whether a line begins at a position of the text.
+bool startsLine(std::u16string_view text, std::size_t position);
 // The whole line that holds a position (which may be the end of the text).
 Line lineAt(std::u16string_view text, std::size_t position);
 // The whole paragraph that holds a position: ended by LF, CR, CR LF or U+2029 only (U+2028 breaks a line, not a

@@ -47,6 +47,13 @@ std::vector<Line> linesOf(std::u16string_view text) {
     return linesInRange(text, {0, text.size()});
 }
 
+bool startsLine(std::u16string_view text, std::size_t position) {
+    assert(position <= text.size());
+    if (position == 0) return true;
+    const bool insidePair = position < text.size() && text[position - 1] == u'\r' && text[position] == u'\n';
+    return LineEnds::stops(text[position - 1]) && !insidePair;
+}
+
 Line lineAt(std::u16string_view text, std::size_t position) {
     return enclosingLine<LineEnds>(text, position);
 }

@@ -44,6 +44,17 @@ TEST(Lines, HoldTheirTerminatorAndThePositionsInsideIt) {
     EXPECT_EQ(lineAt(u"a\n", 2).enclosing, (Range{2, 0}));
 }
 
+TEST(Lines, StartBehindEveryTerminatorButNotInsideOne) {
+    const std::u16string text = u"a\nb\rc\r\nd\u0085e\u2028f\u2029g\n";
+    std::vector<std::size_t> starts, expected;
+    for (std::size_t position = 0; position < text.size(); ++position)
+        if (startsLine(text, position)) starts.push_back(position);
+    for (const Line& line : linesOf(text)) expected.push_back(line.contents.location);
+    EXPECT_EQ(starts, expected);
+    EXPECT_TRUE(startsLine(u"", 0));
+    EXPECT_TRUE(startsLine(text, text.size()));
+}
+
 TEST(Paragraphs, RunOnOverLineSeparators) {
     const std::u16string_view text = u"a\u2028b\u0085c\nd\u2029e";
     EXPECT_EQ(paragraphAt(text, 2).contents, (Range{0, 5}));
