@@ -1,6 +1,7 @@
 // Passing over the stretches of a text that need no attention.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <concepts>
@@ -55,12 +56,16 @@ class StopUnits {
 // How much of the text's start holds no unit that stops; whole blocks are tested at once.
 template<class Stop, class Unit>
 std::size_t lengthBefore(std::basic_string_view<Unit> text) {
-    std::size_t length = 0;
-    for (; length + Stop::kBlock <= text.size(); length += Stop::kBlock)
-        if (const std::size_t plain = Stop::lengthInBlock(text.data() + length); plain < Stop::kBlock)
-            return length + plain;
-    while (length < text.size() && !Stop::stops(text[length])) ++length;
-    return length;
+    if (text.size() < Stop::kBlock) {
+        std::size_t length = 0;
+        while (length < text.size() && !Stop::stops(text[length])) ++length;
+        return length;
+    }
+    // The last block ends with the text: what it shares with the one before does not stop.
+    for (std::size_t start = 0;; start = std::min(start + Stop::kBlock, text.size() - Stop::kBlock)) {
+        const std::size_t length = Stop::lengthInBlock(text.data() + start);
+        if (length < Stop::kBlock || start + Stop::kBlock == text.size()) return start + length;
+    }
 }
 
 } // namespace platform

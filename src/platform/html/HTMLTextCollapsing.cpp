@@ -2,8 +2,6 @@
 // needs a closer look is found by arithmetic on all eight at once, and what stands before it is widened in one go.
 #include "platform/html/HTMLTextCollapsing.h"
 
-#include <algorithm>
-#include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -40,11 +38,13 @@ std::size_t plainLength(std::uint64_t word, bool behindBlank) {
     return found == 0 ? kWord : static_cast<std::size_t>(std::countr_zero(found)) / 8;
 }
 
-// From a copy: the compiler must not think that the units may change the bytes.
 void widenWord(const char* bytes, char16_t* out) {
-    std::array<unsigned char, kWord> word;
-    std::memcpy(word.data(), bytes, kWord);
-    std::ranges::copy(word, out);
+    using Bytes [[gnu::vector_size(kWord)]] = std::uint8_t;
+    using Units [[gnu::vector_size(2 * kWord)]] = std::uint16_t;
+    Bytes word;
+    std::memcpy(&word, bytes, kWord);
+    const auto units = __builtin_convertvector(word, Units);
+    std::memcpy(out, &units, sizeof units);
 }
 
 } // namespace

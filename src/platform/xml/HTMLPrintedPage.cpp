@@ -67,8 +67,8 @@ class HTMLPrintedPage {
     void startTag(const XMLElement& element, bool isVoid);
     void endTag(const XMLElement& element) {
         if (refused_) return;
-        --depth_;
-        builder_.endTag(element.name());
+        builder_.endTag(element.name(), open_.back());
+        open_.pop_back();
     }
     void leaf(const XMLNode& node, bool isRaw);
     void whiteSpace(std::string_view text) {
@@ -83,7 +83,7 @@ class HTMLPrintedPage {
     HTMLDocument& document_;
     HTMLTreeBuilder builder_;
     std::vector<HTMLDocument::Attribute> attributes_;
-    std::size_t depth_ = 0;
+    std::vector<HTMLTag> open_;
     Part part_ = Part::none; // the last of those that have begun
     bool refused_ = false;
 };
@@ -92,7 +92,7 @@ class HTMLPrintedPage {
 // there.
 bool HTMLPrintedPage::entersPart(HTMLTag tag) {
     const auto begins = [&](Part part, std::size_t depth) {
-        if (depth_ != depth || part_ >= part) return false;
+        if (open_.size() != depth || part_ >= part) return false;
         part_ = part;
         return true;
     };
@@ -104,21 +104,21 @@ bool HTMLPrintedPage::entersPart(HTMLTag tag) {
     case HTMLTag::body:
         return begins(Part::body, 1);
     default:
-        return depth_ >= 2;
+        return open_.size() >= 2;
     }
 }
 
 void HTMLPrintedPage::startTag(const XMLElement& element, bool isVoid) {
     const HTMLTag tag = htmlTagNamed(element.name());
-    refused_ = refused_ || !entersPart(tag) || isPeculiar(tag) || depth_ > kDeepest ||
+    refused_ = refused_ || !entersPart(tag) || isPeculiar(tag) || open_.size() > kDeepest ||
                element.attributes().size() > kMostAttributes || hasFlag(tag, kVoidTag) != isVoid;
     if (refused_) return;
     attributes_.clear();
     for (const XMLAttributeView& attribute : element.attributes())
         if (const HTMLAttribute known = htmlAttributeNamed(attribute.name); known != HTMLAttribute::none)
             attributes_.push_back(document_.stored(known, attribute.value));
-    builder_.startTag(element.name(), attributes_, isVoid);
-    if (!isVoid) ++depth_;
+    builder_.startTag(element.name(), tag, attributes_, isVoid);
+    if (!isVoid) open_.push_back(tag);
 }
 
 void HTMLPrintedPage::leaf(const XMLNode& node, bool isRaw) {
@@ -126,7 +126,7 @@ void HTMLPrintedPage::leaf(const XMLNode& node, bool isRaw) {
     const std::string_view text = node.text();
     switch (node.kind()) {
     case XMLNodeKind::text:
-        refused_ = !isPlainText(text) || (isRaw && text.contains('<')) || (depth_ < 2 && !isBlank(text)) ||
+        refused_ = !isPlainText(text) || (isRaw && text.contains('<')) || (open_.size() < 2 && !isBlank(text)) ||
                    (builder_.isBetweenCells() && !isBlank(text));
         if (!refused_) builder_.text(text);
         return;

@@ -14,15 +14,15 @@ struct TagRow {
 };
 
 constexpr unsigned V = kVoidTag, F = kFormattingTag, S = kSpecialTag, P = kClosesParagraph, C = kScopeTag, H = kHeadTag,
-                   I = kImpliedEndTag, T = kTableContextTag, N = kHeadingTag;
+                   I = kImpliedEndTag, T = kTableContextTag, N = kHeadingTag, E = kEndsOthersTag, M = kMarkerTag;
 
 constexpr auto kTags = std::to_array<TagRow>({
     {"", 0},
-    {"a", F},
+    {"a", F | E},
     {"abbr", 0},
     {"acronym", 0},
     {"address", S | P},
-    {"applet", S | C},
+    {"applet", S | C | M},
     {"area", V | S},
     {"article", S | P},
     {"aside", S | P},
@@ -37,16 +37,16 @@ constexpr auto kTags = std::to_array<TagRow>({
     {"blockquote", S | P},
     {"body", S},
     {"br", V | S},
-    {"button", S},
+    {"button", S | E},
     {"canvas", 0},
-    {"caption", S | C},
+    {"caption", S | C | M},
     {"center", S | P},
     {"cite", 0},
     {"code", F},
     {"col", V | S},
     {"colgroup", S},
     {"data", 0},
-    {"dd", S | P | I},
+    {"dd", S | P | I | E},
     {"del", 0},
     {"details", S | P},
     {"dfn", 0},
@@ -54,7 +54,7 @@ constexpr auto kTags = std::to_array<TagRow>({
     {"dir", S | P},
     {"div", S | P},
     {"dl", S | P},
-    {"dt", S | P | I},
+    {"dt", S | P | I | E},
     {"em", F},
     {"embed", V | S},
     {"fieldset", S | P},
@@ -65,12 +65,12 @@ constexpr auto kTags = std::to_array<TagRow>({
     {"form", S | P},
     {"frame", V | S},
     {"frameset", S},
-    {"h1", S | P | N},
-    {"h2", S | P | N},
-    {"h3", S | P | N},
-    {"h4", S | P | N},
-    {"h5", S | P | N},
-    {"h6", S | P | N},
+    {"h1", S | P | N | E},
+    {"h2", S | P | N | E},
+    {"h3", S | P | N | E},
+    {"h4", S | P | N | E},
+    {"h5", S | P | N | E},
+    {"h6", S | P | N | E},
     {"head", S},
     {"header", S | P},
     {"hgroup", S | P},
@@ -85,32 +85,32 @@ constexpr auto kTags = std::to_array<TagRow>({
     {"keygen", V | S},
     {"label", 0},
     {"legend", 0},
-    {"li", S | P | I},
+    {"li", S | P | I | E},
     {"link", V | S | H},
     {"listing", S | P},
     {"main", S | P},
     {"map", 0},
     {"mark", 0},
-    {"marquee", S | C},
+    {"marquee", S | C | M},
     {"menu", S | P},
     {"meta", V | S | H},
     {"nav", S | P},
-    {"nobr", F},
+    {"nobr", F | E},
     {"noembed", S},
     {"noframes", S | H},
     {"noscript", S},
-    {"object", S | C},
+    {"object", S | C | M},
     {"ol", S | P},
-    {"optgroup", I},
-    {"option", I},
+    {"optgroup", I | E},
+    {"option", I | E},
     {"p", S | P | I},
     {"param", V | S},
     {"picture", 0},
     {"plaintext", S | P},
     {"pre", S | P},
     {"q", 0},
-    {"rp", I},
-    {"rt", I},
+    {"rp", I | E},
+    {"rt", I | E},
     {"ruby", 0},
     {"s", F},
     {"samp", 0},
@@ -130,11 +130,11 @@ constexpr auto kTags = std::to_array<TagRow>({
     {"svg", 0},
     {"table", S | P | C | T},
     {"tbody", S | T},
-    {"td", S | C},
+    {"td", S | C | M},
     {"template", S | C | H},
     {"textarea", S},
     {"tfoot", S | T},
-    {"th", S | C},
+    {"th", S | C | M},
     {"thead", S | T},
     {"time", 0},
     {"title", S | H},
@@ -161,6 +161,12 @@ static_assert(kAttributes.size() == static_cast<std::size_t>(HTMLAttribute::none
 
 } // namespace
 
+constinit const std::array<std::uint16_t, kHTMLTagCount> kHTMLTagFlags = [] {
+    std::array<std::uint16_t, kHTMLTagCount> flags{};
+    for (std::size_t i = 0; i < flags.size(); ++i) flags[i] = static_cast<std::uint16_t>(kTags[i].flags);
+    return flags;
+}();
+
 HTMLTag htmlTagNamed(std::string_view lowerCaseName) {
     static constexpr NameTable kNames([] {
         std::array<std::string_view, kTags.size() - 1> names; // all but `unknown`
@@ -172,10 +178,6 @@ HTMLTag htmlTagNamed(std::string_view lowerCaseName) {
 
 std::string_view htmlTagName(HTMLTag tag) {
     return kTags[static_cast<std::size_t>(tag)].name;
-}
-
-std::uint16_t htmlTagFlags(HTMLTag tag) {
-    return static_cast<std::uint16_t>(kTags[static_cast<std::size_t>(tag)].flags);
 }
 
 HTMLAttribute htmlAttributeNamed(std::string_view lowerCaseName) {

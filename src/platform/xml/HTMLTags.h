@@ -1,6 +1,7 @@
 // The element and attribute names of HTML that reading knows, as numbers, with what tree building asks about a name.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -34,11 +35,16 @@ enum HTMLTagFlag : std::uint16_t {
     kImpliedEndTag = 64,    // may be left open without harm
     kTableContextTag = 128, // holds only rows, cells and the like
     kHeadingTag = 256,
+    kEndsOthersTag = 512, // its start tag ends other elements than an open p
+    kMarkerTag = 1024,    // formatting outside does not reach inside, and the reverse
 };
 
 HTMLTag htmlTagNamed(std::string_view lowerCaseName);
 std::string_view htmlTagName(HTMLTag tag); // "" for unknown
-std::uint16_t htmlTagFlags(HTMLTag tag);   // HTMLTagFlag bits
+extern const std::array<std::uint16_t, kHTMLTagCount> kHTMLTagFlags;
+inline std::uint16_t htmlTagFlags(HTMLTag tag) { // HTMLTagFlag bits
+    return kHTMLTagFlags[static_cast<std::size_t>(tag)];
+}
 inline bool hasFlag(HTMLTag tag, HTMLTagFlag flag) {
     return (htmlTagFlags(tag) & flag) != 0;
 }

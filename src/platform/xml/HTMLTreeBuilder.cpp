@@ -19,9 +19,8 @@ bool isBlank(std::string_view characters) {
     return characters.find_first_not_of(" \t\n\f\r") == std::string_view::npos;
 }
 
-bool hasMarker(HTMLTag tag) { // formatting outside does not reach inside, and the reverse
-    return tag == HTMLTag::td || tag == HTMLTag::th || tag == HTMLTag::caption || tag == HTMLTag::object ||
-           tag == HTMLTag::applet || tag == HTMLTag::marquee;
+bool hasMarker(HTMLTag tag) {
+    return hasFlag(tag, kMarkerTag);
 }
 
 bool isRawText(HTMLTag tag) {
@@ -79,6 +78,7 @@ HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::insertElement(std::string_view name,
     }
     if (isVoid) return node;
     open_.push_back({node, tag});
+    if (tag == HTMLTag::p) ++openParagraphs_; // the only one that goes on the stack, and pop() the only way off it
     if (hasMarker(tag)) formatting_.push_back(HTMLDocument::kNone);
     return node;
 }
@@ -113,11 +113,12 @@ bool HTMLTreeBuilder::inTableScope(HTMLTag tag) const {
 }
 
 bool HTMLTreeBuilder::inParagraphScope() const {
-    return inScope(HTMLTag::p, kButtonScope);
+    return openParagraphs_ > 0 && inScope(HTMLTag::p, kButtonScope);
 }
 
 void HTMLTreeBuilder::pop() {
     if (hasMarker(current())) clearFormattingToMarker();
+    if (current() == HTMLTag::p) --openParagraphs_;
     open_.pop_back();
     beyondDepth_.clear();
     breakOwed_ = false; // what was open ends with a line of its own
@@ -143,10 +144,10 @@ void HTMLTreeBuilder::closeParagraph() {
 
 // Start tags
 
-void HTMLTreeBuilder::startTag(std::string_view name, std::span<const Attribute> attributes, bool selfClosed) {
+void HTMLTreeBuilder::startTag(std::string_view name, HTMLTag tag, std::span<const Attribute> attributes,
+                               bool selfClosed) {
     dropNewline_ = false;
     ++tags_;
-    const HTMLTag tag = htmlTagNamed(name);
     if (tag == HTMLTag::html) return addMissingAttributes(document_.root(), attributes);
     if (tag == HTMLTag::body) {
         bodyBegun_ = true;
@@ -216,10 +217,14 @@ bool HTMLTreeBuilder::startInTable(std::string_view name, HTMLTag tag, std::span
 }
 
 void HTMLTreeBuilder::closeForStart(HTMLTag tag) {
+    const bool keepsParagraph = tag == HTMLTag::table && document_.quirksMode_;
+    if (!hasFlag(tag, kEndsOthersTag)) {
+        if (hasFlag(tag, kClosesParagraph) && !keepsParagraph && inParagraphScope()) closeParagraph();
+        return;
+    }
     if (tag == HTMLTag::li) closeListItem(HTMLTag::li, HTMLTag::li);
     if (tag == HTMLTag::dd || tag == HTMLTag::dt) closeListItem(HTMLTag::dd, HTMLTag::dt);
-    const bool keepsParagraph = tag == HTMLTag::table && document_.quirksMode_;
-    if (hasFlag(tag, kClosesParagraph) && !keepsParagraph && inParagraphScope()) closeParagraph();
+    if (hasFlag(tag, kClosesParagraph) && inParagraphScope()) closeParagraph();
     if (hasFlag(tag, kHeadingTag) && hasFlag(current(), kHeadingTag)) pop();
     if (tag == HTMLTag::button && inScope(tag)) popUntil(tag);
     if (tag == HTMLTag::option && current() == HTMLTag::option) pop();
@@ -275,9 +280,8 @@ void HTMLTreeBuilder::text(std::string_view characters) {
 
 // End tags
 
-void HTMLTreeBuilder::endTag(std::string_view name) {
+void HTMLTreeBuilder::endTag(std::string_view name, HTMLTag tag) {
     dropNewline_ = false;
-    const HTMLTag tag = htmlTagNamed(name);
     if (!bodyBegun_) {
         if (headElement_ != HTMLDocument::kNone && document_.name(headElement_) == name)
             headElement_ = HTMLDocument::kNone;

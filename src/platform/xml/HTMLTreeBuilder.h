@@ -23,8 +23,13 @@ class HTMLTreeBuilder {
     explicit HTMLTreeBuilder(HTMLDocument& document);
 
     // Attribute values must outlive the document (they lie in its arena). A self-closed element ends at once.
-    void startTag(std::string_view name, std::span<const Attribute> attributes, bool selfClosed);
-    void endTag(std::string_view name);
+    void startTag(std::string_view name, std::span<const Attribute> attributes, bool selfClosed) {
+        startTag(name, htmlTagNamed(name), attributes, selfClosed);
+    }
+    void endTag(std::string_view name) { endTag(name, htmlTagNamed(name)); }
+    // The same for a caller that knows the tag of the name already.
+    void startTag(std::string_view name, HTMLTag tag, std::span<const Attribute> attributes, bool selfClosed);
+    void endTag(std::string_view name, HTMLTag tag);
     void text(std::string_view characters);
     // Whether text that is more than blanks would be misplaced: a table's cell, or the page's body, is yet to begin.
     bool isBetweenCells() const { return hasFlag(current(), kTableContextTag) || current() == HTMLTag::colgroup; }
@@ -85,6 +90,7 @@ class HTMLTreeBuilder {
     std::unordered_map<std::string, std::uint16_t> otherNames_;
     NodeIndex headElement_ = HTMLDocument::kNone; // the element of the head that is open
     std::size_t tags_ = 0, reopened_ = 0;
+    std::size_t openParagraphs_ = 0; // on the stack: mostly none, and then none has to be looked for
     bool bodyBegun_ = false;
     bool dropNewline_ = false; // directly after <pre>
 };

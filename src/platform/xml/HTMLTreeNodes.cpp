@@ -13,7 +13,7 @@ HTMLTreeBuilder::NodeIndex HTMLTreeBuilder::makeElement(std::string_view name, H
     node.tag = tag;
     node.start = static_cast<std::uint32_t>(document_.attributes_.size());
     node.count = static_cast<std::uint32_t>(attributes.size());
-    document_.attributes_.insert(document_.attributes_.end(), attributes.begin(), attributes.end());
+    for (const Attribute& attribute : attributes) document_.attributes_.push_back(attribute);
     if (tag == HTMLTag::unknown) {
         const auto number = static_cast<std::uint16_t>(std::min<std::size_t>(document_.otherNames_.size(), 0xFFFF));
         const auto [entry, isNew] = otherNames_.try_emplace(std::string(name), number);
