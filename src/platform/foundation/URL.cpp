@@ -101,7 +101,7 @@ bool isAuthority(std::string_view authority) {
     const auto [host, port] = hostAndPort(authority);
     if (host.starts_with('[') != host.ends_with(']')) return false;
     const std::string_view inside = host.starts_with('[') ? host.substr(1, host.size() - 2) : host;
-    if (inside.find_first_of("[]") != std::string_view::npos) return false;
+    if (inside.contains('[') || inside.contains(']')) return false;
     return port.find_first_not_of("0123456789", 1) == std::string_view::npos;
 }
 

@@ -122,6 +122,8 @@ void addToAll(CssLonghands& to, const PropertyRow& entry, CssValueKind kind) {
     }
 }
 
+constexpr std::size_t kUsualTokens = 16; // of a declaration; few have more
+
 void trim(std::vector<CssToken>& tokens) {
     while (!tokens.empty() && tokens.back().kind == CssTokenKind::whitespace) tokens.pop_back();
 }
@@ -159,6 +161,7 @@ CssDeclarations cssDeclarations(std::string_view text) {
     CssDeclarations declarations;
     CssTokenizer tokenizer(text);
     std::vector<CssToken> value;
+    value.reserve(kUsualTokens);
     CssToken token = tokenizer.next();
     while (token.kind != CssTokenKind::end) {
         while (token.kind == CssTokenKind::whitespace || token.is(';')) token = tokenizer.next();

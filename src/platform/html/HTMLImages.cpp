@@ -1,6 +1,8 @@
 #include "platform/html/HTMLImages.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -72,9 +74,9 @@ HTMLImages::HTMLImages(const HTMLReadOptions& options)
 std::optional<URL> HTMLImages::resolved(std::string_view address) const {
     std::string_view text = trimmed(address);
     std::string cleaned; // of line breaks, which few addresses have
-    if (text.find_first_of("\n\t\r") != std::string_view::npos) {
-        for (const char c : text)
-            if (c != '\n' && c != '\t' && c != '\r') cleaned += c;
+    const auto isBreak = [](char c) { return c == '\n' || c == '\t' || c == '\r'; };
+    if (std::ranges::any_of(text, isBreak)) {
+        std::ranges::remove_copy_if(text, std::back_inserter(cleaned), isBreak);
         text = cleaned;
     }
     if (text.empty()) return std::nullopt;

@@ -5,11 +5,14 @@
 #include <utility>
 #include <vector>
 
+#include "platform/base/TextScan.h"
+
 namespace platform {
 
 namespace {
 
 using Attributes = AttributeSet::Reference;
+using Newlines = StopUnits<char16_t, u'\0', u'\uFFFF', u'\n'>;
 
 const ParagraphStyle* paragraphOf(const AttributeSet& set) {
     const auto* style = set.find<ParagraphStyleReference>(kParagraphStyleAttributeName);
@@ -35,8 +38,8 @@ class MarkerCollector {
             while (at < run.end) {
                 if (startsParagraph && isListed) add(at, *style->textLists.back(), run.attributes);
                 // Only in a list do paragraphs have to be told apart.
-                const std::size_t newline = isListed ? text.substr(0, run.end).find(u'\n', at) : text.npos;
-                at = newline != text.npos ? newline + 1 : run.end;
+                if (isListed) at += lengthBefore<Newlines>(text.substr(at, run.end - at));
+                at = isListed && at < run.end ? at + 1 : run.end;
                 startsParagraph = text[at - 1] == u'\n';
             }
         }
@@ -47,7 +50,9 @@ class MarkerCollector {
   private:
     void add(std::size_t position, const TextList& list, const Attributes& first) {
         const auto number = numbers_.try_emplace(&list, list.startingItemNumber()).first->second++;
-        markers.push_back({position, u"\t" + list.markerForItemNumber(number) + u"\t", markerAttributes(first, list)});
+        std::u16string text = list.markerForItemNumber(number);
+        (text.insert(0, 1, u'\t')) += u'\t';
+        markers.push_back({position, std::move(text), markerAttributes(first, list)});
     }
 
     // Font, colors and paragraph style of the paragraph's first character, and nothing else of it.

@@ -23,7 +23,7 @@ bool endsLine(char16_t unit) {
 void HTMLTextBuilder::beginCollapsed(std::string_view utf8) {
     const bool dropsLeading = endsLine(lastUnit()) || (isSoft_ && lastUnit() == u' ');
     const std::size_t start = text_.size();
-    text_.resize_and_overwrite(start + utf8.size(), [&](char16_t* units, std::size_t) {
+    text_.resize_and_overwrite(start + utf8.size() + kCollapsingRoom, [&](char16_t* units, std::size_t) {
         return start + writeCollapsed(utf8, dropsLeading, units + start);
     });
 }

@@ -27,6 +27,12 @@ std::uint64_t wordAt(const char* bytes) {
     return word;
 }
 
+// The eight bytes at a position; at the end of a text of so many bytes at least what is left, and zeros.
+std::uint64_t wordAt(std::string_view text, std::size_t at) {
+    if (at + kWord <= text.size()) return wordAt(text.data() + at);
+    return wordAt(text.data() + text.size() - kWord) >> (8 * (at + kWord - text.size()));
+}
+
 // How many of the bytes are printable ASCII without a second blank in a row.
 std::size_t plainLength(std::uint64_t word, bool behindBlank) {
     // A borrow reaches only bytes behind the first one that is found.
@@ -38,12 +44,11 @@ std::size_t plainLength(std::uint64_t word, bool behindBlank) {
     return found == 0 ? kWord : static_cast<std::size_t>(std::countr_zero(found)) / 8;
 }
 
-void widenWord(const char* bytes, char16_t* out) {
+void widenWord(std::uint64_t bytes, char16_t* out) {
     using Bytes [[gnu::vector_size(kWord)]] = std::uint8_t;
     using Units [[gnu::vector_size(2 * kWord)]] = std::uint16_t;
-    Bytes word;
-    std::memcpy(&word, bytes, kWord);
-    const auto units = __builtin_convertvector(word, Units);
+    if constexpr (std::endian::native == std::endian::big) bytes = std::byteswap(bytes);
+    const auto units = __builtin_convertvector(std::bit_cast<Bytes>(bytes), Units);
     std::memcpy(out, &units, sizeof units);
 }
 
@@ -58,13 +63,14 @@ std::size_t writeCollapsed(std::string_view utf8, bool dropsLeading, char16_t* c
         behindBlank = true;
     };
     while (at < utf8.size()) {
-        while (at + kWord <= utf8.size()) {
-            const std::size_t plain = plainLength(wordAt(utf8.data() + at), behindBlank);
-            widenWord(utf8.data() + at, out + written); // all of it: the next ones overwrite what is too much
+        for (bool goesOn = utf8.size() >= kWord; goesOn && at < utf8.size();) {
+            const std::uint64_t word = wordAt(utf8, at);
+            const std::size_t plain = plainLength(word, behindBlank); // the zeros are not plain
+            widenWord(word, out + written); // all of it: the next ones overwrite what is too much
             at += plain;
             written += plain;
             if (plain > 0) behindBlank = out[written - 1] == u' ';
-            if (plain < kWord) break;
+            goesOn = plain == kWord;
         }
         if (at == utf8.size()) break;
         const char c = utf8[at];

@@ -12,7 +12,7 @@ namespace platform {
 namespace {
 
 std::u16string collapsed(std::string_view utf8, bool dropsLeading = false) {
-    std::u16string text(utf8.size(), u'?');
+    std::u16string text(utf8.size() + kCollapsingRoom, u'?');
     text.resize(writeCollapsed(utf8, dropsLeading, text.data()));
     return text;
 }

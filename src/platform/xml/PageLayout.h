@@ -76,6 +76,7 @@ class PageLayoutWalk {
 
     static bool preservesWhiteSpace(const XMLElement& element, std::uint8_t flags) {
         if ((flags & kPreservingElement) != 0) return true;
+        if (element.attributes().empty()) return false; // as most are
         const auto style = element.attributeForName("style");
         return (style && style->find("white-space") != std::string_view::npos) || element.attributeForName("xml:space");
     }
