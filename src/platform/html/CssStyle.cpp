@@ -277,8 +277,7 @@ class Computation {
 };
 
 // What a child starts from: the inherited half of its parent.
-CssStyle inheritingFrom(const CssStyle& parent) {
-    CssStyle style;
+void inherit(CssStyle& style, const CssStyle& parent) {
     style.families = parent.families;
     style.fontSize = parent.fontSize;
     style.fontWeight = parent.fontWeight;
@@ -300,7 +299,6 @@ CssStyle inheritingFrom(const CssStyle& parent) {
     style.textAlign = parent.textAlign;
     style.textTransform = parent.textTransform;
     style.listStyle = parent.listStyle;
-    return style;
 }
 
 bool isList(HTMLTag tag) {
@@ -315,6 +313,10 @@ CssStyleResolver::CssStyleResolver(const HTMLDocument& page) : page_(page) {
          at = page.following(at, page.root()))
         if (page.isElement(at) && page[at].tag == HTMLTag::style) texts.push_back(page.textContent(at));
     sheet_ = cssStyleSheet(std::move(texts));
+    constexpr std::size_t kUsualStyles = 32;
+    firstPlainChild_.reserve(kUsualStyles);
+    plainChildren_.reserve(kUsualStyles);
+    shared_.reserve(kUsualStyles);
 }
 
 std::size_t CssStyleResolver::KeyHash::operator()(const Key& key) const {
@@ -363,7 +365,8 @@ const CssStyle* CssStyleResolver::styleByAllOf(HTMLDocument::NodeIndex element, 
     const Key key{parent, hints, inlineStyle, rules, static_cast<std::uint32_t>(tag) * 2 + (isLink ? 1 : 0)};
     const auto [entry, isNew] = shared_.try_emplace(key, nullptr);
     if (isNew) {
-        CssStyle& made = styles_.emplace_back(computed(element, parent, hints, inlineStyle));
+        CssStyle& made = styles_.emplace_back();
+        compute(made, element, parent, hints, inlineStyle);
         made.number = static_cast<std::uint32_t>(firstPlainChild_.size());
         firstPlainChild_.push_back(kNoChild);
         entry->second = &made;
@@ -371,8 +374,8 @@ const CssStyle* CssStyleResolver::styleByAllOf(HTMLDocument::NodeIndex element, 
     return entry->second;
 }
 
-CssStyle CssStyleResolver::computed(HTMLDocument::NodeIndex element, const CssStyle* parent,
-                                    const CssDeclarations* hints, const CssDeclarations* inlineStyle) {
+void CssStyleResolver::compute(CssStyle& style, HTMLDocument::NodeIndex element, const CssStyle* parent,
+                               const CssDeclarations* hints, const CssDeclarations* inlineStyle) {
     static const CssStyle kInitial;
     const CssStyle& outer = parent ? *parent : kInitial;
     const HTMLTag tag = page_[element].tag;
@@ -391,7 +394,7 @@ CssStyle CssStyleResolver::computed(HTMLDocument::NodeIndex element, const CssSt
     for (const CssDeclarations* rule : matched_) lay(*rule, true);
     if (inlineStyle) lay(*inlineStyle, true);
 
-    CssStyle style = inheritingFrom(outer);
+    inherit(style, outer);
     if (isList(tag)) {
         if (style.listDepth < 255) ++style.listDepth;
         style.listStyle = style.listDepth == 1   ? CssListStyle::disc
@@ -400,7 +403,6 @@ CssStyle CssStyleResolver::computed(HTMLDocument::NodeIndex element, const CssSt
     }
     Computation(style, outer, winners, rootFontSize_, page_.quirksMode()).run();
     if (element == page_.root()) rootFontSize_ = style.fontSize;
-    return style;
 }
 
 } // namespace platform

@@ -102,8 +102,9 @@ class CssStyleResolver {
     bool isPlain(HTMLDocument::NodeIndex element) const;
     const CssStyle* styleByAllOf(HTMLDocument::NodeIndex element, const CssStyle* parent);
     const CssDeclarations* parsed(std::string_view text);
-    CssStyle computed(HTMLDocument::NodeIndex element, const CssStyle* parent, const CssDeclarations* hints,
-                      const CssDeclarations* inlineStyle);
+    // Into a style that has its initial values.
+    void compute(CssStyle& style, HTMLDocument::NodeIndex element, const CssStyle* parent, const CssDeclarations* hints,
+                 const CssDeclarations* inlineStyle);
 
     const HTMLDocument& page_;
     std::shared_ptr<const CssStyleSheet> sheet_;

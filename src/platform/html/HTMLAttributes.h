@@ -33,7 +33,13 @@ class HTMLAttributes {
     using Reference = AttributeSet::Reference;
 
     // A page within a page stands in the lists and cells around it.
-    explicit HTMLAttributes(HTMLParagraphContext around = {}) : context_(std::move(around)), places_(1) {}
+    explicit HTMLAttributes(HTMLParagraphContext around = {}) : context_(std::move(around)), places_(1) {
+        constexpr std::size_t kUsualSets = 32;
+        characters_.reserve(kUsualSets);
+        united_.reserve(kUsualSets);
+        distinct_.reserve(kUsualSets);
+        places_.front().complete.reserve(kUsualSets);
+    }
 
     // The character attributes that an element sets itself. Nothing of its surroundings is in them. They live as long
     // as this object.

@@ -30,6 +30,8 @@ class MarkerCollector {
     explicit MarkerCollector(const HTMLListLinks& links) : links_(links) {}
 
     void collect(std::u16string_view text, const std::vector<AttributedString::Run>& runs) {
+        constexpr std::size_t kUsualMarkers = 32;
+        markers.reserve(kUsualMarkers);
         std::size_t at = 0;
         bool startsParagraph = true;
         for (const AttributedString::Run& run : runs) {

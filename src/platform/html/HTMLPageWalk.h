@@ -26,10 +26,13 @@ class HTMLPageWalk {
     using NodeIndex = HTMLDocument::NodeIndex;
     using Newline = HTMLTextBuilder::Newline;
 
+    static constexpr std::size_t kUsualDepth = 16;
+
     HTMLPageWalk(HTMLDocument page, HTMLImages images, HTMLParagraphContext around = {})
         : page_(std::move(page)), resolver_(page_), blocksAround_(around.blocks.size()), attributes_(std::move(around)),
           tables_(page_), images_(std::move(images)) {
         text_.reserve(page_.textSize() + page_.size()); // most elements write one character or none
+        open_.reserve(kUsualDepth);
     }
 
     void run();

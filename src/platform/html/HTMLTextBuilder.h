@@ -16,7 +16,10 @@ class HTMLTextBuilder {
   public:
     using Attributes = AttributeSet::Reference;
 
-    void reserve(std::size_t units) { text_.reserve(units); }
+    void reserve(std::size_t units) {
+        text_.reserve(units);
+        runs_.reserve(kUsualRuns);
+    }
     std::size_t length() const { return text_.size(); }
     bool endsInNewline() const { return lastUnit() == u'\n'; }
 
@@ -53,6 +56,8 @@ class HTMLTextBuilder {
     std::vector<AttributedString::Run> takeRuns() { return std::exchange(runs_, {}); }
 
   private:
+    static constexpr std::size_t kUsualRuns = 128;
+
     char16_t lastUnit() const { return text_.empty() ? u'\n' : text_.back(); }
     void append(std::u16string_view text, const Attributes& attributes);
     void extendRuns(const Attributes& attributes); // to the end of the text

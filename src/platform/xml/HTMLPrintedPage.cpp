@@ -16,9 +16,10 @@ namespace platform {
 namespace {
 
 constexpr std::string_view kPlainDocumentType =
-    "<!DOCTYPE html>";                        // the one that means no quirks mode, without parsing it
-constexpr std::size_t kDeepest = 200;         // far below what makes the parser drop levels
-constexpr std::size_t kMostAttributes = 64;   // far below what makes it refuse a tag
+    "<!DOCTYPE html>";                                      // the one that means no quirks mode, without parsing it
+constexpr std::size_t kDeepest = 200;                       // far below what makes the parser drop levels
+constexpr std::size_t kUsualNodes = 512, kUsualText = 8192; // room for those of a note, so that they need not move
+constexpr std::size_t kMostAttributes = 64;                 // far below what makes it refuse a tag
 constexpr std::size_t kLongestComment = 1024; // longer ones may look to it like a tag of too many attributes
 
 // Elements that the parser, or its end tags, treat in a way of their own.
@@ -147,6 +148,8 @@ std::optional<HTMLDocument> HTMLDocument::fromPrintedPage(const XMLDocument& sou
     HTMLDocument document;
     document.encoding_ = "utf-8";
     document.quirksMode_ = !isPlain;
+    document.nodes_.reserve(kUsualNodes);
+    document.text_.reserve(kUsualText);
     HTMLPrintedPage reading(document);
     forEachNodeInOrder(*source.rootElement(), PageLayoutWalk(PageLayout::indented, reading));
     if (!reading.isComplete()) return std::nullopt;
