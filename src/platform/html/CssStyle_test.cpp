@@ -40,8 +40,7 @@ TEST(CssTokens, SayNamesInLowerCaseAndStringsWithoutEscapes) {
     CssTokenizer tokenizer("Font-Family: 'A\\'b' \"c'd\" \\41 B(#\\46 f 12PX 'open");
     std::vector<std::string> texts;
     for (const CssToken& token : tokensOf(tokenizer))
-        if (token.kind != CssTokenKind::whitespace)
-            texts.push_back(fmt::format("{}/{}", token.text, token.spelling()));
+        if (token.kind != CssTokenKind::whitespace) texts.push_back(fmt::format("{}/{}", token.text, token.spelling()));
     EXPECT_EQ(texts, (std::vector<std::string>{"font-family/Font-Family", ":/:", "A'b/A'b", "c'd/c'd", "ab/AB", "Ff/Ff",
                                                "px/px", "open/open"}));
     CssTokenizer broken("'a\nb'");
