@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::string written = document->rootElement()->XMLString();
         const std::string page = document->prettyPrintedPage();
         if (page.empty()) std::abort();
-        if (const auto tree = HTMLDocument::fromPrintedPage(*document, page)) {
+        if (const auto tree = HTMLDocument::fromPrintedPage(*document)) {
             const auto parsed = HTMLDocument::parse(page);
             if (!parsed || !(*parsed == *tree)) std::abort();
         }

@@ -63,14 +63,14 @@ std::string pageExtension() {
 }
 
 // The page as it was read, kept in place of the note that it could not become.
-Result<URL> keepPage(const EvernoteXMLItem& item, NoteOutput& output, const NotePage& page,
+Result<URL> keepPage(const EvernoteXMLItem& item, NoteOutput& output, NotePage& page,
                      const platform::Error& readerError) {
     platform::systemLog(platform::formatted(kCouldNotConvert, {readerError.description()}));
     if (!allResourcesAreImages(item)) return platform::failure(noPageError());
     // Deliberately not sanitized: a name that would leave the destination fails the note.
     const std::u16string name = item.title.empty() ? platform::utf16FromUTF8(item.identifier + ".html")
                                                    : withExtension(item.title, pageExtension());
-    const std::string markup = TRY(page.images.filledIn(page.markup));
+    const std::string markup = TRY(page.images.filledIn(page.markup()));
     Result<URL> copied = output.writeFile(stringByTrimmingWhitespace(name), markup, resourceValuesForItem(item));
     if (!copied) platform::systemLog(platform::formatted(kCouldNotCopyFallback, {copied.error().description()}));
     return copied;
@@ -94,10 +94,9 @@ Result<URL> createNoteForElement(EvernoteXMLItem& item, NoteScratch& scratch, No
 Result<URL> createHTMLForElement(EvernoteXMLItem& item, NoteScratch& scratch, NoteOutput& output,
                                  const platform::XMLElement& noteElement) {
     if (!allResourcesAreImages(item)) return platform::failure(noPageError());
-    const NotePage page =
-        TRY(notePageFromNoteElement(item, scratch, noteElement, UseInlineImages::yes, ConvertDividers::no));
+    NotePage page = TRY(notePageFromNoteElement(item, scratch, noteElement, UseInlineImages::yes, ConvertDividers::no));
     const platform::XMLDocument document =
-        TRY(platform::XMLDocument::initWithXMLString(page.markup, platform::XMLDocumentParsing::tidyHTML));
+        TRY(platform::XMLDocument::initWithXMLString(page.markup(), platform::XMLDocumentParsing::tidyHTML));
     const std::string markup = TRY(page.images.filledIn(document.page()));
     const std::u16string name = stringSanitizedForFileName(withExtension(titleForFileName(item), pageExtension()));
     return output.writeFile(name, markup, resourceValuesForItem(item));

@@ -155,16 +155,15 @@ Result<std::string> XMLStringFromNoteElement(EvernoteXMLItem& item, NoteScratch&
 
 Result<NotePage> notePageFromNoteElement(EvernoteXMLItem& item, NoteScratch& scratch, const XMLElement& noteElement,
                                          UseInlineImages useInlineImages, ConvertDividers convertDividers) {
-    NotePage page{{}, {}, InlineImages(item.identifier)};
+    NotePage page(item.identifier);
     std::string markup = TRY(innerMarkup(item, scratch, noteElement, useInlineImages, page.images));
     markup = TRY(replaceTodoTags(std::move(markup)));
     markup = TRY(replaceCryptTags(std::move(markup)));
     markup = fixShapes(std::move(markup), convertDividers);
 
     const std::string poured = TRY(filledTemplate(item.title, markup));
-    page.document = TRY(XMLDocument::initWithXMLString(poured, XMLDocumentParsing::tidyHTML));
-    page.markup = page.document.prettyPrintedPage();
-    if (page.markup.empty()) return platform::failure(noPageError());
+    page.setDocument(TRY(XMLDocument::initWithXMLString(poured, XMLDocumentParsing::tidyHTML)));
+    if (!page.document().rootElement()) return platform::failure(noPageError());
     return page;
 }
 
@@ -172,7 +171,7 @@ Result<std::string> noteXHTMLStringFromNoteElement(EvernoteXMLItem& item, NoteSc
                                                    const XMLElement& noteElement, UseInlineImages useInlineImages,
                                                    ConvertDividers convertDividers) {
     NotePage page = TRY(notePageFromNoteElement(item, scratch, noteElement, useInlineImages, convertDividers));
-    return page.images.filledIn(std::move(page.markup));
+    return page.images.filledIn(page.markup());
 }
 
 } // namespace quillet

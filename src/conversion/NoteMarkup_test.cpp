@@ -423,7 +423,7 @@ TEST_F(NoteMarkup, IsLinearInMediaCheckboxesAndLists) {
                                             ConvertDividers::yes)
                         .value();
     EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 60);
-    EXPECT_GT(made.markup.size(), 1'000'000U);
+    EXPECT_GT(made.markup().size(), 1'000'000U);
 }
 
 TEST_F(NoteMarkup, NamesManyFilesOfOneNameInLinearTime) {

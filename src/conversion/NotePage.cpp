@@ -57,4 +57,10 @@ Result<std::string> InlineImages::filledIn(std::string markup) const {
                         .missingEnd = nullptr});
 }
 
+const std::string& NotePage::markup() {
+    if (document_.rootElement()) markup_ = document_.prettyPrintedPage();
+    document_ = {};
+    return markup_;
+}
+
 } // namespace quillet

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/base/Result.h"
@@ -38,10 +39,24 @@ class InlineImages {
     std::vector<InlineImage> images_;
 };
 
-struct NotePage {
-    std::string markup;
-    platform::XMLDocument document; // what the markup was printed from
+// Most pages are read from their tree; only one that is not gets printed.
+class NotePage {
+  public:
+    // Of the note, as InlineImages wants it.
+    explicit NotePage(std::string_view identifier) : images(identifier) {}
+
+    void setDocument(platform::XMLDocument document) { document_ = std::move(document); }
+    // What the markup is printed from; empty once it has been printed.
+    const platform::XMLDocument& document() const { return document_; }
+
+    // Pretty printed. The first call prints it and gives up the tree, which is the larger of the two.
+    const std::string& markup();
+
     InlineImages images;
+
+  private:
+    platform::XMLDocument document_;
+    std::string markup_;
 };
 
 } // namespace quillet

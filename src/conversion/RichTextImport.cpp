@@ -35,6 +35,8 @@ using platform::TextEdit;
 
 namespace {
 
+constexpr std::size_t kManyNodes = 20'000; // of a page: some megabytes
+
 // The bytes behind an inline image's address. The attachment gets the resource's name; without one the reader's.
 std::optional<platform::HTMLResource> imageBehind(const InlineImages& images, std::string_view address) {
     const InlineImage* image = images.imageAt(address);
@@ -58,13 +60,13 @@ Result<platform::HTMLDocumentText> readPageOnMainQueue(NotePage& page, const pla
     options.baseURL = directory;
     options.readAccessURL = directory;
     options.resourceForURL = [&page](std::string_view address) { return imageBehind(page.images, address); };
-    auto tree = platform::HTMLDocument::fromPrintedPage(page.document, page.markup);
-    page.document = {};
+    auto tree = platform::HTMLDocument::fromPrintedPage(page.document());
+    if (!tree || tree->size() > kManyNodes) page.markup(); // the two trees of a large page would take too much memory
     std::optional<Result<platform::HTMLDocumentText>> read;
     addOperationWithBlockAndWaitUntilFinished(platform::OperationQueue::mainQueue(), [&] {
         try {
             read = tree ? platform::attributedStringFromHTMLDocument(*std::move(tree), options)
-                        : platform::attributedStringFromHTMLData(page.markup, options);
+                        : platform::attributedStringFromHTMLData(page.markup(), options);
         } catch (const std::exception& exception) { // memory that runs out, for one: no reason to end the main thread
             read = platform::failure(readerError(exception));
         }

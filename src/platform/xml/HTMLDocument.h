@@ -48,9 +48,9 @@ class HTMLDocument {
     // nesting. The tree does not refer to the bytes afterwards.
     static Result<HTMLDocument> parse(std::string_view bytes);
 
-    // The tree that parse() makes of `page`, made from the document that the page was printed from (prettyPrintedPage).
-    // Nothing when it is not certain that it would be the same tree, or when parse() may refuse the page.
-    static std::optional<HTMLDocument> fromPrintedPage(const XMLDocument& source, std::string_view page);
+    // The tree that parse() would make of the document's prettyPrintedPage(), without printing it. Nothing when it is
+    // not certain that it would be the same tree, or when parse() may refuse the page.
+    static std::optional<HTMLDocument> fromPrintedPage(const XMLDocument& source);
 
     NodeIndex root() const { return 0; }
     NodeIndex head() const { return 1; }

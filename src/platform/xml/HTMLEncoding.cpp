@@ -17,6 +17,7 @@ namespace platform {
 
 namespace {
 
+constexpr std::string_view kDeclaration = "charset";
 constexpr std::size_t kDeclarationSearch = 1024; // bytes in which a page's declaration must lie
 
 // 0x80 to 0x9F of Windows-1252, which pages mean when they say ISO-8859-1.
@@ -37,9 +38,9 @@ std::string declaredEncoding(std::string_view bytes) {
     const std::string start = lowerCase(bytes.substr(0, kDeclarationSearch));
     for (std::size_t at = start.find("<meta"); at != std::string::npos; at = start.find("<meta", at + 1)) {
         const std::size_t end = std::min(start.find('>', at), start.size());
-        std::size_t value = start.find("charset", at);
+        std::size_t value = start.find(kDeclaration, at);
         if (value == std::string::npos || value >= end) continue;
-        value = start.find_first_not_of(" \t\n\r\f", value + 7);
+        value = start.find_first_not_of(" \t\n\r\f", value + kDeclaration.size());
         if (value == std::string::npos || start[value] != '=') continue;
         value = start.find_first_not_of(" \t\n\r\f\"'", value + 1);
         if (value == std::string::npos) continue;
@@ -106,11 +107,6 @@ std::optional<std::string> converted(std::string_view bytes, const std::string& 
     }
     return std::string(reinterpret_cast<const char*>(xmlBufferContent(out.get())),
                        static_cast<std::size_t>(xmlBufferLength(out.get())));
-}
-
-// A declaration that could be read byte by byte is not of a two-byte encoding, whatever it says.
-bool namesUnicode(std::string_view declared) {
-    return declared.starts_with("utf-") || declared == "utf8" || declared == "unicode";
 }
 
 DecodedHTML decodedBytes(std::string_view bytes) {
@@ -198,11 +194,14 @@ char16_t windows1252(unsigned char byte) {
     return kWindows1252[byte % kWindows1252.size()];
 }
 
-bool isPlainUTF8(std::string_view bytes) {
-    if (bytes.starts_with("\xEF\xBB\xBF") || bytes.contains('\0') || bytes.contains('\r')) return false;
-    const std::string declared = declaredEncoding(bytes);
-    return (declared.empty() || namesUnicode(declared)) && isValidUTF8(bytes) &&
-           findLiteral(bytes, kSectionStart) == std::string_view::npos;
+// A declaration that could be read byte by byte is not of a two-byte encoding, whatever it says.
+bool namesUnicode(std::string_view declared) {
+    const std::string name = lowerCase(declared);
+    return name.starts_with("utf-") || name == "utf8" || name == "unicode";
+}
+
+bool mentionsEncoding(std::string_view text) {
+    return lowerCase(text).contains(kDeclaration);
 }
 
 DecodedHTML decodedHTML(std::string_view bytes) {

@@ -14,8 +14,10 @@ struct DecodedHTML {
 // Linear. Bytes that the encoding does not have become U+FFFD.
 DecodedHTML decodedHTML(std::string_view bytes);
 
-// Whether decodedHTML would give the bytes back as they are, read as UTF-8.
-bool isPlainUTF8(std::string_view bytes);
+// Whether a page that declares the encoding is read as UTF-8 when its bytes are. Case does not matter.
+bool namesUnicode(std::string_view declared);
+// Whether a declaration of the encoding is looked for in the text.
+bool mentionsEncoding(std::string_view text);
 
 // The character at one byte 0x80 to 0x9F of Windows-1252.
 char16_t windows1252(unsigned char byte);

@@ -1,14 +1,17 @@
-// A page that was just printed from a tree need not be tokenized again: what the parser underneath would report, which
+// A page need not be printed from a tree and tokenized again: what the parser underneath would report, which
 // is the tags and texts that the printing wrote, is told to the tree builder straight away, at a fraction of the cost.
 //
 // The parser has habits of its own, and for what could meet one of them the tree is refused, so that the caller parses
 // the markup: elements and attributes that are not plain, markup in style sheets, control characters, text between the
 // cells of a table (whose pieces the builder judges one by one), and a page that is not a head and a body.
-#include "platform/base/TextScan.h"
+#include <algorithm>
+
+#include "platform/base/UTF16.h"
 #include "platform/xml/HTMLDocument.h"
 #include "platform/xml/HTMLEncoding.h"
 #include "platform/xml/HTMLTreeBuilder.h"
 #include "platform/xml/PageLayout.h"
+#include "platform/xml/PlainMarkup.h"
 #include "platform/xml/XMLDocument.h"
 
 namespace platform {
@@ -37,19 +40,9 @@ constexpr bool isPeculiar(HTMLTag tag) {
     }
 }
 
-// Whether the parser gives the text back in one way only: no control characters, which it drops, no C1 controls, which
-// may be meant as Windows-1252, no U+FFFE and U+FFFF.
-bool isPlainText(std::string_view text) {
-    using Suspects = StopUnits<char, ' ', '\xFF', '\x7F', '\xC2', '\xEF'>;
-    for (;;) {
-        text.remove_prefix(lengthBefore<Suspects>(text));
-        if (text.empty()) return true;
-        const bool isPlain = text[0] == '\t' || text[0] == '\n' ||
-                             (text[0] == '\xC2' && static_cast<unsigned char>(text[1]) >= 0xA0) ||
-                             (text[0] == '\xEF' && !text.starts_with("\xEF\xBF"));
-        if (!isPlain) return false;
-        text.remove_prefix(1);
-    }
+// Whether the parser gives the text back in one way only.
+bool isClear(std::string_view text) {
+    return isPlainText(text) && isValidUTF8(text);
 }
 
 bool isBlank(std::string_view text) {
@@ -80,6 +73,7 @@ class HTMLPrintedPage {
     enum class Part : std::uint8_t { none, page, head, body };
 
     bool entersPart(HTMLTag tag);
+    bool keepsEncoding(const XMLElement& meta) const;
 
     HTMLDocument& document_;
     HTMLTreeBuilder builder_;
@@ -109,15 +103,27 @@ bool HTMLPrintedPage::entersPart(HTMLTag tag) {
     }
 }
 
+// Whether the page stays UTF-8 with a meta element, in which a reader looks for "charset" wherever it stands.
+bool HTMLPrintedPage::keepsEncoding(const XMLElement& meta) const {
+    return std::ranges::all_of(meta.attributes(), [](const XMLAttributeView& attribute) {
+        if (attribute.name == "charset") return namesUnicode(attribute.value);
+        return !mentionsEncoding(attribute.name) && !mentionsEncoding(attribute.value);
+    });
+}
+
 void HTMLPrintedPage::startTag(const XMLElement& element, bool isVoid) {
     const HTMLTag tag = htmlTagNamed(element.name());
     refused_ = refused_ || !entersPart(tag) || isPeculiar(tag) || open_.size() > kDeepest ||
-               element.attributes().size() > kMostAttributes || hasFlag(tag, kVoidTag) != isVoid;
+               element.attributes().size() > kMostAttributes || hasFlag(tag, kVoidTag) != isVoid ||
+               (tag == HTMLTag::meta && !keepsEncoding(element));
     if (refused_) return;
     attributes_.clear();
-    for (const XMLAttributeView& attribute : element.attributes())
+    for (const XMLAttributeView& attribute : element.attributes()) {
+        refused_ = refused_ || !isValidUTF8(attribute.value);
         if (const HTMLAttribute known = htmlAttributeNamed(attribute.name); known != HTMLAttribute::none)
             attributes_.push_back(document_.stored(known, attribute.value));
+    }
+    if (refused_) return;
     builder_.startTag(element.name(), tag, attributes_, isVoid);
     if (!isVoid) open_.push_back(tag);
 }
@@ -127,13 +133,13 @@ void HTMLPrintedPage::leaf(const XMLNode& node, bool isRaw) {
     const std::string_view text = node.text();
     switch (node.kind()) {
     case XMLNodeKind::text:
-        refused_ = !isPlainText(text) || (isRaw && text.contains('<')) || (open_.size() < 2 && !isBlank(text)) ||
+        refused_ = !isClear(text) || (isRaw && text.contains('<')) || (open_.size() < 2 && !isBlank(text)) ||
                    (builder_.isBetweenCells() && !isBlank(text));
         if (!refused_) builder_.text(text);
         return;
     case XMLNodeKind::comment: // leaves no trace
         refused_ = text.size() > kLongestComment || text.contains("--") || text.starts_with('-') ||
-                   text.starts_with('>') || text.ends_with('-');
+                   text.starts_with('>') || text.ends_with('-') || text.contains('<') || !isClear(text);
         return;
     default:
         refused_ = true;
@@ -141,10 +147,9 @@ void HTMLPrintedPage::leaf(const XMLNode& node, bool isRaw) {
     }
 }
 
-std::optional<HTMLDocument> HTMLDocument::fromPrintedPage(const XMLDocument& source, std::string_view page) {
+std::optional<HTMLDocument> HTMLDocument::fromPrintedPage(const XMLDocument& source) {
     const bool isPlain = source.documentType() == kPlainDocumentType;
-    if (!source.rootElement() || (!isPlain && !source.documentType().empty()) || !isPlainUTF8(page))
-        return std::nullopt;
+    if (!source.rootElement() || (!isPlain && !source.documentType().empty())) return std::nullopt;
     HTMLDocument document;
     document.encoding_ = "utf-8";
     document.quirksMode_ = !isPlain;

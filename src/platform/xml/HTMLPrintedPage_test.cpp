@@ -37,7 +37,7 @@ Outcome compare(const std::string& markup) {
     const auto document = XMLDocument::initWithXMLString(markup, XMLDocumentParsing::tidyHTML);
     if (!document) return Outcome::refused;
     const std::string page = document->prettyPrintedPage();
-    const auto quick = HTMLDocument::fromPrintedPage(*document, page);
+    const auto quick = HTMLDocument::fromPrintedPage(*document);
     if (!quick) return Outcome::refused;
     const auto parsed = HTMLDocument::parse(page);
     if (parsed && *parsed == *quick) return Outcome::same;
