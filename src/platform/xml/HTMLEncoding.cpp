@@ -8,10 +8,10 @@
 #include <optional>
 
 #include <libxml/encoding.h>
-#include <libxml/xmlerror.h>
 
 #include "platform/base/ByteSearch.h"
 #include "platform/base/UTF16.h"
+#include "platform/xml/QuietLibrary.h"
 
 namespace platform {
 
@@ -76,25 +76,10 @@ struct ReleaseHandler {
     void operator()(xmlCharEncodingHandler* handler) const { xmlCharEncCloseFunc(handler); }
 };
 
-// Keeps the library from writing to stderr about bytes that are not of the declared encoding.
-class QuietConversion {
-  public:
-    QuietConversion() : function_(xmlStructuredError), context_(xmlStructuredErrorContext) {
-        xmlSetStructuredErrorFunc(nullptr, [](void*, xmlErrorPtr) {});
-    }
-    ~QuietConversion() { xmlSetStructuredErrorFunc(context_, function_); }
-    QuietConversion(const QuietConversion&) = delete;
-    QuietConversion& operator=(const QuietConversion&) = delete;
-
-  private:
-    xmlStructuredErrorFunc function_;
-    void* context_;
-};
-
 // With the system's converter; nothing when it has none of that name or the bytes are not of that encoding.
 std::optional<std::string> converted(std::string_view bytes, const std::string& encoding) {
     if (bytes.size() > static_cast<std::size_t>(INT32_MAX)) return std::nullopt;
-    const QuietConversion quiet;
+    const QuietLibrary quiet;
     const std::unique_ptr<xmlCharEncodingHandler, ReleaseHandler> handler(xmlFindCharEncodingHandler(encoding.c_str()));
     const std::unique_ptr<xmlBuffer, ReleaseBuffer> in(xmlBufferCreate()), out(xmlBufferCreate());
     if (!handler || !in || !out) return std::nullopt;

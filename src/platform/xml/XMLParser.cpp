@@ -21,6 +21,7 @@
 #include <libxml/xmlerror.h>
 
 #include "platform/base/SystemLog.h"
+#include "platform/xml/QuietLibrary.h"
 
 namespace platform {
 
@@ -34,9 +35,12 @@ std::string_view view(const xmlChar* text, int length) {
     return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(length)};
 }
 
-std::string_view withoutLineEnd(std::string_view message) {
-    while (message.ends_with('\n')) message.remove_suffix(1);
-    return message;
+// The library's message as one line.
+std::string oneLine(const char* message) {
+    std::string line(message ? message : "");
+    while (line.ends_with('\n')) line.pop_back();
+    std::ranges::replace(line, '\n', ' ');
+    return line;
 }
 
 } // namespace
@@ -184,15 +188,14 @@ struct XMLParser::Machine {
     // Levels below the third (an undeclared prefix or entity) do not make the document unreadable.
     void report(const xmlError& problem) {
         if (problem.level != XML_ERR_FATAL) {
-            systemLog(errorAt(problem.code, withoutLineEnd(problem.message ? problem.message : ""), problem.line,
-                              problem.int2)
-                          .localizedDescription());
+            systemLog(
+                errorAt(problem.code, oneLine(problem.message), problem.line, problem.int2).localizedDescription());
             return;
         }
         if (isOver()) return;
         flushText();
         if (isOver()) return;
-        std::string_view message = withoutLineEnd(problem.message ? problem.message : "not well-formed");
+        std::string message = problem.message ? oneLine(problem.message) : "not well-formed";
         // The library's text for this speaks of extra content at the end.
         if (problem.code == XML_ERR_DOCUMENT_END && !sawElement) message = "the document is empty";
         error = errorAt(problem.code, message, problem.line, problem.int2);
@@ -263,7 +266,9 @@ void XMLParser::Machine::feed(std::string_view bytes, bool last) {
     if (!last) {
         checkUnfinishedTag();
     } else if (status != XML_ERR_OK || !context->wellFormed) {
-        fail(status == XML_ERR_OK ? kInternalError : status, "the document is not well-formed");
+        fail(status == XML_ERR_OK ? kInternalError : status,
+             status == XML_ERR_INVALID_ENCODING ? "there are bytes that the document's encoding does not have"
+                                                : "the document is not well-formed");
     }
 }
 
@@ -312,6 +317,7 @@ bool XMLParser::isReady() const {
 }
 
 bool XMLParser::parse() {
+    const QuietLibrary quiet;
     Machine& machine = *machine_;
     if (!machine.readAll()) return false;
     machine.aborted = true; // nothing comes after the end, whatever the delegate asks for there

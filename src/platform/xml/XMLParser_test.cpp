@@ -122,6 +122,25 @@ TEST_F(XMLParserEvents, EndWithOneErrorThatHasLibraryNumberAndPlace) {
         << parser.parserError()->localizedDescription();
 }
 
+TEST_F(XMLParserEvents, EndAtBytesOfAnotherEncodingWithOneLineAndNoneOnStandardError) {
+    const struct {
+        std::string_view xml, expected;
+    } rows[] = {
+        {"<a>x\xFF\xFE</a>",
+         "line 1, column 5: Input is not proper UTF-8, indicate encoding ! Bytes: 0xFF 0xFE 0x3C 0x2F"},
+        {"<?xml version='1.0' encoding='EUC-JP'?><a>\xFF\xFE</a>",
+         "line 1, column 43: there are bytes that the document's encoding does not have"},
+    };
+    for (const auto& row : rows) {
+        testing::internal::CaptureStderr();
+        XMLParser parser(InputStream::inputStreamWithBytes(row.xml));
+        EXPECT_FALSE(parser.parse());
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+        ASSERT_NE(parser.parserError(), nullptr);
+        EXPECT_EQ(parser.parserError()->localizedDescription(), row.expected);
+    }
+}
+
 TEST_F(XMLParserEvents, NeverHoldATagThatBreaksOff) {
     EXPECT_EQ(events("<a><b c='1"), "<a\n!40\n");
 }
