@@ -1,23 +1,15 @@
 #include "platform/rtf/RTFReading.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 #include <fmt/format.h>
-
-#include "platform/base/UTF16.h"
-#include "platform/files/FileWrapper.h"
-#include "platform/foundation/CodePage.h"
-#include "platform/rtf/RTFOutput.h"
-#include "platform/rtf/RTFWriter.h"
 
 namespace platform {
 
 namespace {
 
 constexpr std::size_t kMaximumDepth = 1000;
-constexpr unsigned char kGraphicPlaceholder = 0xAC;
 
 struct DestinationWord {
     std::string_view word;
@@ -92,59 +84,6 @@ struct PictureWord {
     std::string_view word, extension;
 };
 constexpr PictureWord kPictureWords[] = {{"pngblip", "png"}, {"jpegblip", "jpeg"}};
-
-// Upper half of Windows-1252 as characters; holes are the controls of the same number.
-std::array<char16_t, 128> makeWindows1252() {
-    std::array<char16_t, 128> units{};
-    for (char16_t unit = 0; unit < 128; ++unit) units[unit] = static_cast<char16_t>(0x80 + unit);
-    for (char16_t unit = 0x100; unit < 0x2200; ++unit)
-        if (const char byte = windows1252Byte(unit)) units[static_cast<unsigned char>(byte) - 0x80U] = unit;
-    return units;
-}
-
-char16_t windows1252Character(unsigned char byte) {
-    static const std::array<char16_t, 128> kUnits = makeWindows1252();
-    return byte < 0x80 ? byte : kUnits[byte - 0x80U];
-}
-
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
-// The address in a field's instruction: HYPERLINK "address", or HYPERLINK \l "place in this document".
-std::string hyperlinkAddress(std::string_view instruction) {
-    constexpr std::string_view kWord = "HYPERLINK";
-    const std::size_t begin = instruction.find_first_not_of(' ');
-    if (begin == std::string_view::npos || !instruction.substr(begin).starts_with(kWord)) return {};
-    std::string_view rest = instruction.substr(begin + kWord.size());
-    std::string address, place;
-    bool wantsPlace = false, passesNext = false;
-    while (!rest.empty()) {
-        if (rest.front() == ' ') {
-            rest.remove_prefix(1);
-            continue;
-        }
-        const bool quoted = rest.front() == '"';
-        if (quoted) rest.remove_prefix(1);
-        const std::size_t end = std::min(rest.find(quoted ? '"' : ' '), rest.size());
-        const std::string_view argument = rest.substr(0, end);
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-        if (!quoted && argument.starts_with('\\')) {
-            wantsPlace = argument == "\\l";
-            passesNext = argument == "\\o" || argument == "\\t";
-        } else if (std::exchange(passesNext, false)) {
-            continue;
-        } else if (std::exchange(wantsPlace, false)) {
-            place = argument;
-        } else if (address.empty()) {
-            address = argument;
-        }
-    }
-    return place.empty() ? address : address + "#" + place;
-}
 
 } // namespace
 
@@ -366,197 +305,6 @@ void RTFReading::symbol(unsigned char byte) {
     if (found == std::end(kCharacterSymbols)) return;
     flushBytes();
     output({&found->unit, 1});
-}
-
-// Text
-
-void RTFReading::text(std::string_view bytes) {
-    if (group_.destination == RTFDestination::skip) return;
-    while (replacement_ > 0 && !bytes.empty()) {
-        --replacement_;
-        bytes.remove_prefix(1);
-    }
-    if (group_.destination == RTFDestination::picture) return pictureText(bytes);
-    if (group_.destination == RTFDestination::graphic && !graphicNameEnded_) {
-        graphicName_ += bytes;
-        return;
-    }
-    while (!bytes.empty()) {
-        std::size_t plain = 0;
-        if (bytes_.empty())
-            while (plain < bytes.size() && static_cast<unsigned char>(bytes[plain]) < 0x80) ++plain;
-        if (plain > 0) {
-            outputPlain(bytes.substr(0, plain));
-            bytes.remove_prefix(plain);
-            continue;
-        }
-        textByte(static_cast<unsigned char>(bytes.front()));
-        bytes.remove_prefix(1);
-    }
-}
-
-void RTFReading::outputPlain(std::string_view ascii) {
-    std::array<char16_t, 512> units;
-    while (!ascii.empty()) {
-        const std::size_t count = std::min(ascii.size(), units.size());
-        for (std::size_t i = 0; i < count; ++i) units[i] = static_cast<unsigned char>(ascii[i]);
-        output({units.data(), count});
-        ascii.remove_prefix(count);
-    }
-}
-
-std::int32_t RTFReading::codePage() const {
-    return group_.destination == RTFDestination::fonts ? document_.codePage
-                                                       : fonts_.codePageOf(group_.characters.font, document_.codePage);
-}
-
-// A byte as text. Bytes of other code pages than Windows-1252 are held until the run of them ends, since one
-// character may take two.
-void RTFReading::textByte(unsigned char byte) {
-    if (group_.destination == RTFDestination::graphic) {
-        if (!graphicNameEnded_) graphicName_ += static_cast<char>(byte);
-        return;
-    }
-    if (group_.destination == RTFDestination::listLevelText) return lists_.levelTextByte(byte);
-    if (graphicWaits_ && byte == kGraphicPlaceholder && group_.destination == RTFDestination::body)
-        return placeGraphic();
-    const std::int32_t page = codePage();
-    if (page == 1252) {
-        const char16_t unit = windows1252Character(byte);
-        output({&unit, 1});
-        return;
-    }
-    bytesCodePage_ = page;
-    bytes_ += static_cast<char>(byte);
-}
-
-void RTFReading::flushBytes() {
-    if (bytes_.empty()) return;
-    const std::string bytes = std::exchange(bytes_, {});
-    const auto text = decodeBytes(bytes, codePageName(bytesCodePage_));
-    output(text ? *text : utf16FromUTF8(bytes));
-}
-
-void RTFReading::unicode(std::int32_t number) {
-    flushBytes();
-    replacement_ = group_.replacements;
-    const auto unit = static_cast<char16_t>(number & 0xFFFF); // negative numbers are 16-bit ones
-    if (group_.destination == RTFDestination::graphic) {
-        if (!graphicNameEnded_) graphicName_ += utf8FromUTF16({&unit, 1});
-        return;
-    }
-    output({&unit, 1});
-}
-
-void RTFReading::output(std::u16string_view text) {
-    switch (group_.destination) {
-    case RTFDestination::body:
-        placeGraphic();
-        builder_.append(text, group_.characters);
-        break;
-    case RTFDestination::fonts:
-        fonts_.text(text);
-        break;
-    case RTFDestination::colors:
-        colors_.text(text);
-        break;
-    case RTFDestination::expandedColors:
-        colors_.expandedText(text);
-        break;
-    case RTFDestination::listMarker:
-        lists_.text(RTFReadLists::Part::marker, text);
-        break;
-    case RTFDestination::listLevelText:
-        lists_.text(RTFReadLists::Part::levelText, text);
-        break;
-    case RTFDestination::fieldInstruction:
-        if (group_.field != 0) fields_[group_.field - 1].instruction += utf8FromUTF16(text);
-        break;
-    case RTFDestination::marker:
-        marker_ += text;
-        break;
-    case RTFDestination::graphic:
-        if (!graphicNameEnded_) graphicName_ += utf8FromUTF16(text);
-        break;
-    default:
-        break;
-    }
-}
-
-// Ends of destinations
-
-void RTFReading::beginFieldResult() {
-    if (group_.field == 0) return;
-    const std::string address = hyperlinkAddress(fields_[group_.field - 1].instruction);
-    if (!address.empty()) group_.characters.link = builder_.addLink(address);
-}
-
-void RTFReading::endMarker() {
-    if (!options_.textListMarkers) return;
-    const bool ours = marker_.size() > 1 && marker_.front() == u'\t' && marker_.back() == u'\t';
-    if (ours) return builder_.append(marker_, group_.characters);
-    while (!marker_.empty() && (marker_.back() == u'\t' || marker_.back() == u' ')) marker_.pop_back();
-    builder_.setForeignMarker(marker_);
-}
-
-void RTFReading::endGraphic() {
-    graphicWaits_ = true;
-    if (graphicName_.ends_with(' ')) graphicName_.pop_back();
-}
-
-// The picture stands where its placeholder is; without one, before what follows.
-void RTFReading::placeGraphic() {
-    if (!std::exchange(graphicWaits_, false) || !package_) return;
-    std::string name = graphicName_;
-    if (!isValidUTF8(name))
-        if (const auto decoded = decodeBytes(name, codePageName(document_.codePage))) name = utf8FromUTF16(*decoded);
-    if (const auto file = package_->childNamed(name); file && name != kRTFDTextName)
-        builder_.appendAttachment(std::make_shared<TextAttachment>(file), group_.characters);
-}
-
-void RTFReading::pictureText(std::string_view digits) {
-    for (const char c : digits) {
-        const int digit = hexDigit(c);
-        if (digit < 0) continue;
-        if (pictureDigit_ < 0) {
-            pictureDigit_ = digit;
-        } else {
-            picture_ += static_cast<char>(pictureDigit_ * 16 + digit);
-            pictureDigit_ = -1;
-        }
-    }
-}
-
-// Pictures of formats that need no drawing program become files of their own.
-void RTFReading::endPicture() {
-    if (picture_.empty() || pictureExtension_.empty() || group_.destination != RTFDestination::body) return;
-    placeGraphic();
-    auto file = FileWrapper::regularFile(Data(std::move(picture_)));
-    picture_.clear();
-    file->setPreferredFilename(++pictures_ == 1 ? fmt::format("Image.{}", pictureExtension_)
-                                                : fmt::format("Image {}.{}", pictures_, pictureExtension_));
-    builder_.appendAttachment(std::make_shared<TextAttachment>(std::move(file)), group_.characters);
-}
-
-Result<AttributedString> attributedStringFromRTF(std::string_view bytes, const RTFReadOptions& options,
-                                                 Dictionary* documentAttributes) {
-    RTFReading reading(bytes, nullptr, options);
-    AttributedString text = TRY(reading.read());
-    if (documentAttributes) *documentAttributes = std::move(reading.documentAttributes());
-    return text;
-}
-
-Result<AttributedString> attributedStringFromRTFD(const FileWrapper& package, const RTFReadOptions& options,
-                                                  Dictionary* documentAttributes) {
-    const auto text = package.isDirectory() ? package.childNamed(kRTFDTextName) : nullptr;
-    if (!text || text->isDirectory())
-        return failure(Error::withDescription(kCocoaErrorDomain,
-                                              static_cast<std::int64_t>(CocoaError::fileReadCorruptFile),
-                                              fmt::format("The package has no {}.", kRTFDTextName)));
-    RTFReading reading(text->regularFileContents().bytes(), &package, options);
-    AttributedString read = TRY(reading.read());
-    if (documentAttributes) *documentAttributes = std::move(reading.documentAttributes());
-    return read;
 }
 
 } // namespace platform
