@@ -33,6 +33,7 @@ TEST(BinaryPropertyListWriter, EncodesLeavesInTheirSmallestForm) {
     EXPECT_EQ(encoded([](auto& w) { return w.integer(0); }), "\x10\0"s);
     EXPECT_EQ(encoded([](auto& w) { return w.integer(255); }), "\x10\xFF"s);
     EXPECT_EQ(encoded([](auto& w) { return w.integer(256); }), "\x11\x01\0"s);
+    EXPECT_EQ(encoded([](auto& w) { return w.integer(0xFFFF); }), "\x11\xFF\xFF"s);
     EXPECT_EQ(encoded([](auto& w) { return w.integer(0x10000); }), "\x12\0\x01\0\0"s);
     EXPECT_EQ(encoded([](auto& w) { return w.integer(0x100000000); }), "\x13\0\0\0\x01\0\0\0\0"s);
     EXPECT_EQ(encoded([](auto& w) { return w.integer(-1); }), "\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s);
@@ -41,6 +42,9 @@ TEST(BinaryPropertyListWriter, EncodesLeavesInTheirSmallestForm) {
     EXPECT_EQ(encoded([](auto& w) { return w.data("ab"); }), "\x42"s + "ab");
     EXPECT_EQ(encoded([](auto& w) { return w.string(u"abc"); }), "\x53"s + "abc");
     EXPECT_EQ(encoded([](auto& w) { return w.asciiString("abc"); }), "\x53"s + "abc");
+    EXPECT_EQ(encoded([](auto& w) { return w.string(u"\u007F"); }), "\x51\x7F"s);
+    EXPECT_EQ(encoded([](auto& w) { return w.string(u"\u0080"); }), "\x61\0\x80"s);
+    EXPECT_EQ(encoded([](auto& w) { return w.string(u"caf\u00E9"); }), "\x64\0c\0a\0f\0\xE9"s);
     EXPECT_EQ(encoded([](auto& w) { return w.string(u"\u00E9\xD800"); }), "\x62\0\xE9\xD8\0"s);
     EXPECT_EQ(encoded([](auto& w) { return w.uid(3); }), "\x80\x03"s);
     EXPECT_EQ(encoded([](auto& w) { return w.uid(300); }), "\x81\x01\x2C"s);
@@ -54,6 +58,10 @@ TEST(BinaryPropertyListWriter, StoresEqualLeavesOnceAndDataAlwaysAnew) {
     EXPECT_EQ(writer.integer(7), writer.integer(7));
     EXPECT_NE(writer.integer(7), writer.real(7));
     EXPECT_NE(writer.integer(7), writer.uid(7));
+    for (const std::uint64_t uid : {std::uint64_t{0xFFFF}, std::uint64_t{0x10000}, std::uint64_t{70'000}}) {
+        EXPECT_EQ(writer.uid(uid), writer.uid(uid));
+        EXPECT_NE(writer.uid(uid), writer.uid(uid + 1));
+    }
     EXPECT_NE(writer.data("x"), writer.data("x"));
     EXPECT_NE(writer.array({}), writer.array({}));
 }
