@@ -46,6 +46,8 @@ TEST(HTMLTextCollapsing, GivesWhatTheRuleGivesUnitByUnit) {
                                           "  ",
                                           "\n",
                                           "\t",
+                                          "\r",
+                                          "\f",
                                           "!",
                                           "a",
                                           "word",
