@@ -378,6 +378,42 @@ TEST(CssStyles, AreNotSharedAcrossARuleForThePlace) {
     EXPECT_EQ(colors, "000000 ff0000 0000ff 000000 ");
 }
 
+// Of the innermost first children of what stands in the body.
+std::vector<const CssStyle*> innermostStyles(CssStyleResolver& resolver, const HTMLDocument& page) {
+    const CssStyle* body = resolver.style(page.body(), resolver.style(page.root(), nullptr));
+    std::vector<const CssStyle*> styles;
+    for (auto outer = page[page.body()].first; outer != HTMLDocument::kNone; outer = page[outer].next) {
+        styles.push_back(resolver.style(outer, body));
+        for (auto at = page[outer].first; at != HTMLDocument::kNone && page.isElement(at); at = page[at].first)
+            styles.back() = resolver.style(at, styles.back());
+    }
+    return styles;
+}
+
+TEST(CssStyles, AreNotSharedAcrossARuleForAnyElement) {
+    const auto page = HTMLDocument::parse("<!DOCTYPE html><style>#i * {color: red}</style>"
+                                          "<div><p>a</p></div><div id=i><p>b</p></div>");
+    ASSERT_TRUE(page.has_value());
+    CssStyleResolver resolver(*page);
+    const auto styles = innermostStyles(resolver, *page);
+    ASSERT_EQ(styles.size(), 2U);
+    EXPECT_EQ(hex(styles[0]->color).substr(0, 6), "000000");
+    EXPECT_EQ(hex(styles[1]->color).substr(0, 6), "ff0000");
+}
+
+// A table says how wide its cells' edges are, which have no attributes themselves.
+TEST(CssStyles, OfCellsAreNotSharedAcrossTables) {
+    const auto page = HTMLDocument::parse("<!DOCTYPE html><table><tr><td>a</td></tr></table>"
+                                          "<table cellpadding=9><tr><td>b</td></tr></table>"
+                                          "<table cellpadding=9><tr><th>c</th></tr></table>"
+                                          "<table><tr><th>d</th></tr></table>");
+    ASSERT_TRUE(page.has_value());
+    CssStyleResolver resolver(*page);
+    std::vector<double> paddings;
+    for (const CssStyle* style : innermostStyles(resolver, *page)) paddings.push_back(style->padding[0].value);
+    EXPECT_EQ(paddings, (std::vector<double>{1, 9, 9, 1}));
+}
+
 // One sheet is kept: what follows it is read with its own.
 TEST(CssStyleSheets, AreThoseOfThePageEvenWhenOneIsKept) {
     const auto first = cssStyleSheet({"p {color: red}"});
