@@ -65,10 +65,11 @@ bool isHighlighted(const AttributeSet& attributes) {
 
 std::uint32_t hashOf(const RTFCharacterState& state) {
     std::uint64_t hash = state.font;
-    for (const std::uint64_t field :
-         {static_cast<std::uint64_t>(state.milliPoints), std::uint64_t{state.color}, std::uint64_t{state.background},
-          static_cast<std::uint64_t>(state.underline), static_cast<std::uint64_t>(state.strikethrough)})
-        hash = hash * 31 + field;
+    const auto add = [&hash](auto... fields) { ((hash = hash * 31 + static_cast<std::uint64_t>(fields)), ...); };
+    add(state.milliPoints, state.color, state.background, state.kernTwips, state.baselineHalves, state.superscript,
+        state.underline, state.underlineColor, state.strikethrough, state.strikethroughColor, state.strokeWidth,
+        state.strokeColor, state.obliqueness, state.expansion, state.ligature, state.highlightScheme);
+    if (const auto& shadow = state.shadow) add(shadow->x, shadow->y, shadow->radius, shadow->opacity, shadow->color);
     return spreadHash(hash);
 }
 

@@ -43,7 +43,7 @@ struct RTFCharacterState {
     friend bool operator==(const RTFCharacterState&, const RTFCharacterState&) = default;
 };
 
-// Of the fields in which states of a text mostly differ; equal states have equal hashes.
+// Of every field that takes more than two values, so that no text has many states of one hash.
 std::uint32_t hashOf(const RTFCharacterState& state);
 
 // The state of a run; its font and colors get their numbers. Without a font it is Helvetica 12.

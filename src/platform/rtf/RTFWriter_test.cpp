@@ -1,10 +1,13 @@
 #include "platform/rtf/RTFWriter.h"
 
 #include <array>
+#include <set>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/files/FileWrapper.h"
+#include "platform/rtf/RTFCharacterWords.h"
 #include "platform/rtf/RTFOutput.h"
 #include "platform/rtf/RTFTestTexts.h"
 #include "tests/support/Golden.h"
@@ -260,5 +263,31 @@ TEST(RTFWriter, KeepsOneListPerChainAndAtMostNineLevels) {
 }
 
 } // namespace
+
+// A text may have as many states as it has characters, which differ in one thing only.
+TEST(RTFCharacterState, HashesTellStatesApartByEveryNumber) {
+    std::vector<RTFCharacterState> states(1);
+    const auto add = [&states](auto field) {
+        RTFCharacterState state;
+        state.*field = 7;
+        states.push_back(state);
+    };
+    using State = RTFCharacterState;
+    for (const auto field : {&State::font, &State::color, &State::background, &State::underlineColor,
+                             &State::strikethroughColor, &State::strokeColor})
+        add(field);
+    for (const auto field :
+         {&State::milliPoints, &State::kernTwips, &State::baselineHalves, &State::underline, &State::strikethrough,
+          &State::strokeWidth, &State::obliqueness, &State::expansion, &State::ligature, &State::highlightScheme})
+        add(field);
+    for (const State::Shadow& shadow :
+         {State::Shadow{1, 0, 0, 0, 0}, {0, 1, 0, 0, 0}, {0, 0, 1, 0, 0}, {0, 0, 0, 1, 0}, {0, 0, 0, 0, 1}}) {
+        states.emplace_back();
+        states.back().shadow = shadow;
+    }
+    std::set<std::uint32_t> hashes;
+    for (const State& state : states) hashes.insert(hashOf(state));
+    EXPECT_EQ(hashes.size(), states.size());
+}
 
 } // namespace platform

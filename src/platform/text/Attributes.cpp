@@ -106,8 +106,14 @@ std::size_t hashOf(const AttributeValue& value) {
         std::size_t operator()(const ParagraphStyleReference& style) const {
             if (!style) return 0;
             std::size_t hash = static_cast<std::size_t>(style->alignment);
-            for (const double length : {style->headIndent, style->firstLineHeadIndent, style->paragraphSpacing})
+            for (const double length :
+                 {style->headIndent, style->firstLineHeadIndent, style->tailIndent, style->lineSpacing,
+                  style->paragraphSpacing, style->paragraphSpacingBefore, style->lineHeightMultiple,
+                  style->minimumLineHeight, style->maximumLineHeight, style->defaultTabInterval})
                 hash = combined(hash, (*this)(length));
+            if (!style->tabStops.empty()) // those of one text mostly differ at an end, if at all
+                hash = combined(combined(hash, (*this)(style->tabStops.front().location)),
+                                (*this)(style->tabStops.back().location));
             for (const auto& list : style->textLists) hash = combined(hash, std::hash<const void*>()(list.get()));
             for (const auto& block : style->textBlocks) hash = combined(hash, std::hash<const void*>()(block.get()));
             return hash;
@@ -115,8 +121,17 @@ std::size_t hashOf(const AttributeValue& value) {
         std::size_t operator()(const TextAttachmentReference& attachment) const {
             return std::hash<const void*>()(attachment.get());
         }
-        std::size_t operator()(const Shadow& shadow) const { return (*this)(shadow.blurRadius()); }
-        std::size_t operator()(const std::vector<std::int64_t>& numbers) const { return numbers.size(); }
+        std::size_t operator()(const Shadow& shadow) const {
+            std::size_t hash = shadow.color() ? (*this)(*shadow.color()) : 0;
+            for (const double length : {shadow.offsetX(), shadow.offsetY(), shadow.blurRadius()})
+                hash = combined(hash, (*this)(length));
+            return hash;
+        }
+        std::size_t operator()(const std::vector<std::int64_t>& numbers) const {
+            std::size_t hash = numbers.size();
+            for (const std::int64_t number : numbers) hash = combined(hash, (*this)(number));
+            return hash;
+        }
     };
     return std::visit(Hash(), value);
 }

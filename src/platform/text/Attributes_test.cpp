@@ -1,6 +1,7 @@
 #include "platform/text/Attributes.h"
 
 #include <limits>
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -119,6 +120,38 @@ TEST(ParagraphStyles, HaveTwelveTabStopsByDefault) {
     EXPECT_EQ(style.tabStops.front(), (TextTab{TextAlignment::left, 28}));
     EXPECT_EQ(style.tabStops.back(), (TextTab{TextAlignment::left, 336}));
     EXPECT_EQ(style.alignment, TextAlignment::natural);
+}
+
+// Tables of attribute values would be slow if those of a text that differ in one thing had one hash.
+TEST(AttributeValues, HashesTellParagraphStylesAndShadowsApart) {
+    using Length = double ParagraphStyle::*;
+    const Length lengths[] = {&ParagraphStyle::firstLineHeadIndent, &ParagraphStyle::headIndent,
+                              &ParagraphStyle::tailIndent,          &ParagraphStyle::lineSpacing,
+                              &ParagraphStyle::paragraphSpacing,    &ParagraphStyle::paragraphSpacingBefore,
+                              &ParagraphStyle::lineHeightMultiple,  &ParagraphStyle::minimumLineHeight,
+                              &ParagraphStyle::maximumLineHeight,   &ParagraphStyle::defaultTabInterval};
+    std::set<std::size_t> hashes;
+    std::size_t count = 0;
+    const auto add = [&](AttributeValue value) {
+        hashes.insert(hashOf(value));
+        EXPECT_EQ(hashes.size(), ++count);
+    };
+    add(ParagraphStyle::defaultParagraphStyle());
+    for (const Length length : lengths) {
+        ParagraphStyle style;
+        style.*length = 3;
+        add(std::make_shared<const ParagraphStyle>(style));
+    }
+    ParagraphStyle tabbed;
+    tabbed.tabStops.back().location += 1;
+    add(std::make_shared<const ParagraphStyle>(tabbed));
+    add(Shadow(1, 2, 3, std::nullopt));
+    add(Shadow(2, 2, 3, std::nullopt));
+    add(Shadow(1, 3, 3, std::nullopt));
+    add(Shadow(1, 2, 4, std::nullopt));
+    add(Shadow(1, 2, 3, Color::black()));
+    add(std::vector<std::int64_t>{1});
+    add(std::vector<std::int64_t>{2});
 }
 
 } // namespace

@@ -45,6 +45,15 @@ bool isClear(std::string_view text) {
     return isPlainText(text) && isValidUTF8(text);
 }
 
+// Whether the parser gives an attribute's name back as it stands.
+bool isPlainName(std::string_view name) {
+    constexpr std::size_t kLongest = 64; // it cuts names after 100 bytes
+    return !name.empty() && name.size() <= kLongest && name[0] >= 'a' && name[0] <= 'z' &&
+           std::ranges::all_of(name, [](char c) {
+               return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_' || c == ':';
+           });
+}
+
 bool isBlank(std::string_view text) {
     return text.find_first_not_of(" \t\n") == std::string_view::npos;
 }
@@ -119,7 +128,7 @@ void HTMLPrintedPage::startTag(const XMLElement& element, bool isVoid) {
     if (refused_) return;
     attributes_.clear();
     for (const XMLAttributeView& attribute : element.attributes()) {
-        refused_ = refused_ || !isValidUTF8(attribute.value);
+        refused_ = refused_ || !isPlainName(attribute.name) || !isValidUTF8(attribute.value);
         if (const HTMLAttribute known = htmlAttributeNamed(attribute.name); known != HTMLAttribute::none)
             attributes_.push_back(document_.stored(known, attribute.value));
     }

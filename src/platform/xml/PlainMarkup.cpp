@@ -20,6 +20,8 @@ namespace platform {
 namespace {
 
 constexpr std::size_t kMostAttributes = 64; // of a tag; few enough to compare each with all before it
+constexpr std::size_t kLongestName = 64;    // of an attribute; the library's HTML parser cuts it after 100
+constexpr std::size_t kLongestBlanks = 500; // between elements; the library takes 1,000 for text
 
 constexpr bool isBlank(char c) {
     return c == ' ' || c == '\n' || c == '\t';
@@ -29,10 +31,6 @@ constexpr bool isLetter(char c) {
 }
 constexpr bool isNameCharacter(char c) {
     return isLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '_';
-}
-
-bool isBlankText(std::string_view text) {
-    return std::ranges::all_of(text, isBlank);
 }
 
 bool isLowerCase(std::string_view name) {
@@ -145,7 +143,8 @@ bool PlainReader::takeAttributes() {
         const std::string_view name = takeName();
         const bool isPlain = language_ == Language::html ? isLowerCase(name) : !name.starts_with("xml");
         const bool isNew = std::ranges::find(attributes_, name, &XMLAttributeView::name) == attributes_.end();
-        if (!isPlain || !isNew || attributes_.size() == kMostAttributes || !skip("=")) return false;
+        if (!isPlain || !isNew || name.size() > kLongestName || attributes_.size() == kMostAttributes || !skip("="))
+            return false;
         const auto value = takeQuoted();
         if (!value || value->contains('<') || value->contains('\n') || value->contains('\t')) return false;
         attributes_.push_back({name, *value});
@@ -186,12 +185,13 @@ bool PlainXMLReader::takeDeclaration() {
         return skip(name) && skip("=") ? takeQuoted() : std::nullopt;
     };
     if (takeValue("version") != "1.0") return false;
-    if (skipBlanks() && rest_.starts_with("encoding")) {
+    bool isApart = skipBlanks();
+    if (isApart && rest_.starts_with("encoding")) {
         const auto encoding = takeValue("encoding");
         if (encoding != "UTF-8" && encoding != "utf-8") return false;
-        skipBlanks();
+        isApart = skipBlanks();
     }
-    if (rest_.starts_with("standalone")) {
+    if (isApart && rest_.starts_with("standalone")) {
         const auto standalone = takeValue("standalone");
         if (standalone != "yes" && standalone != "no") return false;
         skipBlanks();
@@ -305,14 +305,16 @@ class PlainHTMLReader : PlainReader {
             if (!skip("<") || !(skip("/") ? takeEndTag() : takeStartTag())) return false;
             if (open_.empty()) break;
             const std::string_view text = takeTextBefore("<");
-            if ((holdsNoText(open_.back()) && !isBlankText(text)) || !addText(text)) return false;
+            if ((holdsNoText(open_.back()) && !isFewBlanks(text)) || !addText(text)) return false;
         } while (!open_.empty());
-        skipBlanks();
-        return rest_.empty();
+        return isFewBlanks(rest_);
     }
 
   private:
     static bool holdsNoText(HTMLTag tag) { return tag == HTMLTag::html || tag == HTMLTag::head; }
+    static bool isFewBlanks(std::string_view text) {
+        return text.size() <= kLongestBlanks && std::ranges::all_of(text, isBlank);
+    }
     bool takeStartTag();
     bool takeEndTag();
     bool takeStyleSheet();
@@ -349,9 +351,9 @@ bool PlainHTMLReader::takeStartTag() {
     return tag != HTMLTag::style || takeStyleSheet();
 }
 
-// Nothing in it is markup. Its end tag is left.
+// Nothing in it is markup, but what looks like it the library may take for some. Its end tag is left.
 bool PlainHTMLReader::takeStyleSheet() {
-    builder_.addText(XMLNodeKind::text, takeTextBefore("</"));
+    builder_.addText(XMLNodeKind::text, takeTextBefore("<"));
     return rest_.starts_with("</style>");
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <fmt/core.h>
@@ -125,6 +126,8 @@ TEST_F(PlainXML, LeavesEverythingElseToTheParser) {
              "<?xml version='1.1'?><a/>",
              "<?xml version='1.0' encoding='UTF-16'?><a/>",
              "<?xml version='1.0' standalone='maybe'?><a/>",
+             "<?xml version='1.0'standalone='yes'?><a/>",
+             "<?xml version='1.0' encoding='UTF-8'standalone='yes'?><a/>",
              "<?xml-stylesheet href='x'?><a/>",
              "<!DOCTYPE a [<!ENTITY e 'x'>]><a/>",
              "<!DOCTYPE a PUBLIC 'x'><a/>",
@@ -171,7 +174,7 @@ TEST_F(PlainHTML, IsReadLikeTheParserReadsIt) {
     for (const std::string_view page : {
              "<!DOCTYPE html><html><head></head><body></body></html>",
              "<!DOCTYPE html>\n<html lang=\"de\">\n<head>\n<meta charset=\"UTF-8\" />\n<title>a &amp; b</title>\n"
-             "<style type=\"text/css\">\nbody { a: \"&lt;<\"; }\n</style>\n</head>\n<body>\n</body>\n</html>\n",
+             "<style type=\"text/css\">\nbody { a: \"&lt;>\"; }\n</style>\n</head>\n<body>\n</body>\n</html>\n",
          }) {
         EXPECT_NE(plainHTML(page), kRefused) << page;
         EXPECT_EQ(plainHTML(page), parsedHTML(page)) << page;
@@ -225,8 +228,32 @@ TEST_F(PlainHTML, LeavesEverythingElseToTheParser) {
              "<!DOCTYPE html><html><head><title><b>a</b></title></head><body></body></html>",
              "<!DOCTYPE html><html><head><style>a</b></style></head><body></body></html>",
              "<!DOCTYPE html><html><head><style>a",
+             "<!DOCTYPE html><html><head><style><body></style></head><body>x</body></html>",
+             "<!DOCTYPE html><html><head><style>a<![CDATA[b>c]]></style></head><body>x</body></html>",
+             "<!DOCTYPE html><html><head><style>a < b</style></head><body>x</body></html>",
          })
         EXPECT_EQ(plainHTML(page), kRefused) << page;
+}
+
+// Where there may only be blanks, the library takes a thousand of them for text; names it cuts after a hundred bytes.
+TEST_F(PlainHTML, LeavesManyBlanksAndLongNamesToTheParser) {
+    const auto refuses = [](std::string_view before, std::size_t blanks, std::string_view behind) {
+        return plainHTML(fmt::format("<!DOCTYPE html>{}{}{}", before, std::string(blanks, ' '), behind)) == kRefused;
+    };
+    for (const auto& [before, behind] : {std::pair("<html>", "<head></head><body>x</body></html>"),
+                                         std::pair("<html><head>", "</head><body>x</body></html>"),
+                                         std::pair("<html><head></head>", "<body>x</body></html>"),
+                                         std::pair("<html><head></head><body>x</body>", "</html>"),
+                                         std::pair("<html><head></head><body>x</body></html>", "")}) {
+        EXPECT_FALSE(refuses(before, 500, behind)) << before;
+        EXPECT_TRUE(refuses(before, 501, behind)) << before;
+    }
+    EXPECT_FALSE(refuses("<html><head></head><body>", 5'000, "</body></html>"));
+    const auto named = [](std::size_t length) {
+        return pageOf(fmt::format("<p {}=\"1\">x</p>", std::string(length, 'a')));
+    };
+    EXPECT_EQ(plainHTML(named(64)), parsedHTML(named(64)));
+    EXPECT_EQ(plainHTML(named(65)), kRefused);
 }
 
 constexpr auto kTags = std::to_array<std::string_view>(
