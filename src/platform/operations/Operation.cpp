@@ -49,15 +49,18 @@ void Operation::setChangeCallback(ChangeCallback callback) {
 void Operation::didChangeValueForKey(std::string_view key) {
     const bool affectsFinished = std::ranges::find(finishedKeyPaths_, key) != finishedKeyPaths_.end();
     if (!affectsFinished && std::ranges::find(executingKeyPaths_, key) == executingKeyPaths_.end()) return;
-    const std::shared_ptr<Operation> self = weak_from_this().lock(); // a waiter may let go of it at once
+    // Whoever runs start() keeps the operation until it returns. One that ends elsewhere may be let go of as soon as a
+    // waiter sees it: that waiter is told under the lock, which it has to take first.
+    const bool endsElsewhere = isAsynchronous();
     ChangeCallback callback;
     bool isEnd = false;
     {
         const std::lock_guard lock(mutex_);
         callback = changeCallback_;
         isEnd = affectsFinished && isFinished() && !std::exchange(finishAnnounced_, true);
+        if (isEnd && endsElsewhere) announced_.notify_all();
     }
-    if (isEnd) announced_.notify_all(); // not under the lock, for which whoever wakes would wait
+    if (isEnd && !endsElsewhere) announced_.notify_all(); // not under the lock, for which whoever wakes would wait
     if (callback) callback(*this);
 }
 

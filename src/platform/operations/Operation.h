@@ -4,14 +4,13 @@
 #include <atomic>
 #include <condition_variable>
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <span>
 #include <string_view>
 
 namespace platform {
 
-class Operation : public std::enable_shared_from_this<Operation> {
+class Operation {
   public:
     using KeyPaths = std::span<const std::string_view>;
 
@@ -39,7 +38,7 @@ class Operation : public std::enable_shared_from_this<Operation> {
     virtual void cancel() { cancelled_ = true; }
 
     // Blocks until the change to finished has been announced, that is, until all that the operation does at its end
-    // is done. One that is not owned by a shared pointer must live until its start() has returned.
+    // is done. One that is not asynchronous must live until its start() has returned.
     void waitUntilFinished();
 
     // Called after each announced change of a state, on the thread that made the change. The queue sets it before it

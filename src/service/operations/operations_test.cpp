@@ -96,6 +96,27 @@ TEST(OperationQueueWaits, WaitsUntilAnAsynchronousOperationHasDoneAllOfItsEnd) {
     queue.waitUntilAllOperationsAreFinished();
 }
 
+// Ends on a thread of its own, which it must not be destroyed by.
+class JoiningOperation : public QLTAsynchronousOperation {
+  public:
+    ~JoiningOperation() override {
+        EXPECT_NE(thread_.get_id(), std::this_thread::get_id());
+        thread_.get_id() == std::this_thread::get_id() ? thread_.detach() : thread_.join();
+    }
+    void start() override {
+        thread_ = std::thread([this] { setOperationFinished(true); });
+    }
+
+  private:
+    std::thread thread_;
+};
+
+TEST(OperationQueueWaits, LetGoOfAnOperationWhileTheThreadThatEndsItGoesOn) {
+    OperationQueue queue;
+    for (int times = 0; times < 2'000; ++times) queue.addOperation(std::make_shared<JoiningOperation>());
+    queue.waitUntilAllOperationsAreFinished();
+}
+
 TEST(OperationQueueWaits, CallsTheBlockDirectlyOnTheMainThreadForTheMainQueue) {
     bool ran = false;
     addOperationWithBlockAndWaitUntilFinished(OperationQueue::mainQueue(), [&] { ran = platform::isMainThread(); });
