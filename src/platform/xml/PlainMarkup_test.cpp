@@ -11,23 +11,15 @@
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 
-#include "platform/base/SystemLog.h"
 #include "platform/xml/HTMLTidy.h"
 #include "platform/xml/XMLDocument.h"
+#include "tests/support/QuietLogFixture.h"
 
 namespace platform {
 namespace {
 
-class PlainMarkup : public testing::Test {
-  protected:
-    void SetUp() override {
-        saved = setSystemLogSink([](std::string_view) {});
-    }
-    void TearDown() override { setSystemLogSink(saved); }
-    SystemLogSink saved;
-};
-using PlainXML = PlainMarkup;
-using PlainHTML = PlainMarkup;
+using PlainXML = QuietLogFixture;
+using PlainHTML = QuietLogFixture;
 
 constexpr std::string_view kRefused = "refused";
 

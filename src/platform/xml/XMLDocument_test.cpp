@@ -6,27 +6,19 @@
 #include <fmt/core.h>
 #include <gtest/gtest.h>
 
-#include "platform/base/SystemLog.h"
 #include "platform/xml/MarkupText.h"
 #include "platform/xml/XMLDocument.h"
 #include "platform/xml/XMLWriter.h"
+#include "tests/support/QuietLogFixture.h"
 
 namespace platform {
 namespace {
 
-class XMLDocumentTest : public testing::Test {
-  protected:
-    void SetUp() override {
-        saved = setSystemLogSink([](std::string_view) {});
-    }
-    void TearDown() override { setSystemLogSink(saved); }
-    SystemLogSink saved;
-};
-using StrictXML = XMLDocumentTest;
-using TidyXML = XMLDocumentTest;
-using TidyHTML = XMLDocumentTest;
-using XMLSerialisation = XMLDocumentTest;
-using XMLTree = XMLDocumentTest;
+using StrictXML = QuietLogFixture;
+using TidyXML = QuietLogFixture;
+using TidyHTML = QuietLogFixture;
+using XMLSerialisation = QuietLogFixture;
+using XMLTree = QuietLogFixture;
 
 std::string read(std::string_view xml, XMLDocumentParsing parsing) {
     const auto document = XMLDocument::initWithXMLString(xml, parsing);
