@@ -1,5 +1,5 @@
-// A page need not be printed from a tree and tokenized again: what the parser underneath would report, which
-// is the tags and texts that the printing wrote, is told to the tree builder straight away, at a fraction of the cost.
+// A page need not be printed from a tree and tokenized again: what the parser underneath would report, which is the
+// tags and texts that printing would write, is told to the tree builder straight away, at a fraction of the cost.
 //
 // The parser has habits of its own, and for what could meet one of them the tree is refused, so that the caller parses
 // the markup: elements and attributes that are not plain, markup in style sheets, control characters, text between the
@@ -43,15 +43,6 @@ constexpr bool isPeculiar(HTMLTag tag) {
 // Whether the parser gives the text back in one way only.
 bool isClear(std::string_view text) {
     return isPlainText(text) && isValidUTF8(text);
-}
-
-// Whether the parser gives an attribute's name back as it stands.
-bool isPlainName(std::string_view name) {
-    constexpr std::size_t kLongest = 64; // it cuts names after 100 bytes
-    return !name.empty() && name.size() <= kLongest && name[0] >= 'a' && name[0] <= 'z' &&
-           std::ranges::all_of(name, [](char c) {
-               return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_' || c == ':';
-           });
 }
 
 bool isBlank(std::string_view text) {
@@ -128,7 +119,7 @@ void HTMLPrintedPage::startTag(const XMLElement& element, bool isVoid) {
     if (refused_) return;
     attributes_.clear();
     for (const XMLAttributeView& attribute : element.attributes()) {
-        refused_ = refused_ || !isPlainName(attribute.name) || !isValidUTF8(attribute.value);
+        refused_ = refused_ || !isPlainAttributeName(attribute.name) || !isValidUTF8(attribute.value);
         if (const HTMLAttribute known = htmlAttributeNamed(attribute.name); known != HTMLAttribute::none)
             attributes_.push_back(document_.stored(known, attribute.value));
     }

@@ -20,7 +20,7 @@ namespace platform {
 namespace {
 
 constexpr std::size_t kMostAttributes = 64; // of a tag; few enough to compare each with all before it
-constexpr std::size_t kLongestName = 64;    // of an attribute; the library's HTML parser cuts it after 100
+constexpr std::size_t kLongestName = 64;    // of an attribute
 constexpr std::size_t kLongestBlanks = 500; // between elements; the library takes 1,000 for text
 
 constexpr bool isBlank(char c) {
@@ -31,10 +31,6 @@ constexpr bool isLetter(char c) {
 }
 constexpr bool isNameCharacter(char c) {
     return isLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '_';
-}
-
-bool isLowerCase(std::string_view name) {
-    return std::ranges::none_of(name, [](char c) { return c >= 'A' && c <= 'Z'; });
 }
 
 struct Reference {
@@ -141,10 +137,10 @@ bool PlainReader::takeAttributes() {
     decoded_.clear();
     while (skipBlanks() && !rest_.empty() && isLetter(rest_.front())) {
         const std::string_view name = takeName();
-        const bool isPlain = language_ == Language::html ? isLowerCase(name) : !name.starts_with("xml");
+        const bool isPlain = language_ == Language::html ? isPlainAttributeName(name)
+                                                         : name.size() <= kLongestName && !name.starts_with("xml");
         const bool isNew = std::ranges::find(attributes_, name, &XMLAttributeView::name) == attributes_.end();
-        if (!isPlain || !isNew || name.size() > kLongestName || attributes_.size() == kMostAttributes || !skip("="))
-            return false;
+        if (!isPlain || !isNew || attributes_.size() == kMostAttributes || !skip("=")) return false;
         const auto value = takeQuoted();
         if (!value || value->contains('<') || value->contains('\n') || value->contains('\t')) return false;
         attributes_.push_back({name, *value});
@@ -368,7 +364,7 @@ bool PlainHTMLReader::takeEndTag() {
     return true;
 }
 
-// Both readers take the bytes as UTF-8 without a mark in front. "]]>" may not stand in the text of XML.
+// Both readers take the bytes as UTF-8 without a mark in front.
 bool isPlainDocument(std::string_view markup) {
     return markup.starts_with('<') && isPlainText(markup) && isValidUTF8(markup);
 }
@@ -388,6 +384,15 @@ bool isPlainText(std::string_view text) {
     }
 }
 
+bool isPlainAttributeName(std::string_view name) {
+    const auto isLowerCase = [](char c) { return c >= 'a' && c <= 'z'; };
+    return !name.empty() && name.size() <= kLongestName && isLowerCase(name.front()) &&
+           std::ranges::all_of(name, [&](char c) {
+               return isLowerCase(c) || (c >= '0' && c <= '9') || c == '-' || c == '_' || c == ':';
+           });
+}
+
+// "]]>" may not stand in the text of XML.
 bool readPlainXML(std::string_view xml, XMLTreeBuilder& builder) {
     return isPlainDocument(xml) && !xml.contains("]]>") && PlainXMLReader(xml, builder).run();
 }

@@ -13,11 +13,14 @@ namespace platform {
 // which may be meant as Windows-1252, no characters at the end of the first plane. Says nothing of ill-formed UTF-8.
 bool isPlainText(std::string_view text);
 
+// Whether readers of HTML give an attribute's name back as it stands: in lower case, and short, since the library cuts
+// names after 100 bytes.
+bool isPlainAttributeName(std::string_view name);
+
 // Both read the whole document into the builder, which is to be new. False when the document is not plain; the builder
 // holds a part of it then, and is good for nothing. Linear.
 
-// As the strict reader would, entity names of HTML excepted: comments, instructions, sections and namespaces are not
-// plain.
+// As the strict reader would. Comments, instructions, sections, namespaces and the entity names of HTML are not plain.
 bool readPlainXML(std::string_view xml, XMLTreeBuilder& builder);
 
 // As readHTML() would with implied tags: a page of html, head and body in their places, in it the elements of note text
