@@ -9,7 +9,6 @@
 
 #include <libxml/encoding.h>
 
-#include "platform/base/ByteSearch.h"
 #include "platform/base/UTF16.h"
 #include "platform/xml/QuietLibrary.h"
 

@@ -49,6 +49,14 @@ bool isBlank(std::string_view text) {
     return text.find_first_not_of(" \t\n") == std::string_view::npos;
 }
 
+// Whether the page stays UTF-8 with a meta element, in which a reader looks for "charset" wherever it stands.
+bool keepsEncoding(const XMLElement& meta) {
+    return std::ranges::all_of(meta.attributes(), [](const XMLAttributeView& attribute) {
+        if (attribute.name == "charset") return namesUnicode(attribute.value);
+        return !mentionsEncoding(attribute.name) && !mentionsEncoding(attribute.value);
+    });
+}
+
 } // namespace
 
 // The sink of the layout that builds the tree.
@@ -73,7 +81,6 @@ class HTMLPrintedPage {
     enum class Part : std::uint8_t { none, page, head, body };
 
     bool entersPart(HTMLTag tag);
-    bool keepsEncoding(const XMLElement& meta) const;
 
     HTMLDocument& document_;
     HTMLTreeBuilder builder_;
@@ -101,14 +108,6 @@ bool HTMLPrintedPage::entersPart(HTMLTag tag) {
     default:
         return open_.size() >= 2;
     }
-}
-
-// Whether the page stays UTF-8 with a meta element, in which a reader looks for "charset" wherever it stands.
-bool HTMLPrintedPage::keepsEncoding(const XMLElement& meta) const {
-    return std::ranges::all_of(meta.attributes(), [](const XMLAttributeView& attribute) {
-        if (attribute.name == "charset") return namesUnicode(attribute.value);
-        return !mentionsEncoding(attribute.name) && !mentionsEncoding(attribute.value);
-    });
 }
 
 void HTMLPrintedPage::startTag(const XMLElement& element, bool isVoid) {
