@@ -61,8 +61,8 @@ class Operation {
 
     std::mutex mutex_;
     std::condition_variable announced_;
-    bool finishAnnounced_ = false;  // guarded by mutex_
-    ChangeCallback changeCallback_; // guarded by mutex_
+    std::atomic<bool> finishAnnounced_ = false; // set under mutex_
+    ChangeCallback changeCallback_;             // guarded by mutex_
 };
 
 class BlockOperation : public Operation {
