@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <ctime>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -53,9 +54,10 @@ std::vector<Note> readManifest(const char* path) {
 }
 
 // A date that no other output has, be it of another run: ext4 looks for files with the same attributes, to share their
-// block, and most notes have a date of their own.
+// block, and most notes have a date of their own. Two runs that begin anywhere in fifty years hardly ever meet.
 std::string nextDate() {
-    static std::time_t next = std::time(nullptr) - 10'000'000;
+    constexpr std::uint32_t kFiftyYears = 1'577'880'000;
+    static std::time_t next = std::random_device{}() % kFiftyYears;
     const std::time_t date = next++;
     std::tm parts{};
     std::string text(sizeof "2024-05-01T09:15:02Z", '\0');
