@@ -1,5 +1,7 @@
 // Operations and their queues: states, waiting, cancelling, the main queue.
 #include <atomic>
+#include <chrono>
+#include <ctime>
 #include <fstream>
 #include <memory>
 #include <system_error>
@@ -45,6 +47,23 @@ TEST(Operation, AnnouncesExecutingAndFinished) {
     operation.start();
     const std::vector<std::pair<bool, bool>> expected = {{true, false}, {false, true}, {false, true}};
     EXPECT_EQ(states, expected);
+}
+
+// Of the calling thread.
+std::chrono::nanoseconds processorTime() {
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+TEST(Operation, IsWaitedForAsleepWhenItTakesLong) {
+    BlockOperation operation([] { std::this_thread::sleep_for(std::chrono::milliseconds(200)); });
+    std::thread worker([&] { operation.start(); });
+    const auto before = processorTime();
+    operation.waitUntilFinished();
+    EXPECT_LT(processorTime() - before, std::chrono::milliseconds(50));
+    EXPECT_TRUE(operation.isFinished());
+    worker.join();
 }
 
 TEST(OperationQueue, RunsInOrderOnOneOtherThread) {
