@@ -85,18 +85,20 @@ struct KeyedArchiver::Implementation {
     }
 
     Place encode(KeyedArchiver& archiver, const ArchivedObject& object) {
-        KnownClass* itsClass = nullptr;
-        if (object.type() == typeid(Value)) {
-            const Value& value = *static_cast<const Value*>(object.identity());
-            if (const auto leaf = leafReference(value)) return placeOfLeaf(*leaf);
-            if (value.as<Array>() || value.as<Dictionary>()) return placeOf(archiver, objectFromPropertyList(value));
-            itsClass = &classOf(value);
-        } else {
-            itsClass = &classOf(object.type());
-        }
-        const std::optional<OpenObject> open = openObject(*itsClass, object.type());
+        if (object.type() == typeid(Value)) return encode(archiver, *static_cast<const Value*>(object.identity()));
+        return encode(archiver, classOf(object.type()), object.type(), object.identity());
+    }
+
+    Place encode(KeyedArchiver& archiver, const Value& value) {
+        if (const auto leaf = leafReference(value)) return placeOfLeaf(*leaf);
+        if (value.as<Array>() || value.as<Dictionary>()) return placeOf(archiver, objectFromPropertyList(value));
+        return encode(archiver, classOf(value), typeid(Value), &value);
+    }
+
+    Place encode(KeyedArchiver& archiver, KnownClass& itsClass, std::type_index type, const void* object) {
+        const std::optional<OpenObject> open = openObject(itsClass, type);
         if (!open) return 0;
-        itsClass->archivable->encode(archiver, object.identity());
+        itsClass.archivable->encode(archiver, object);
         closeObject(*open);
         return open->place;
     }
@@ -244,10 +246,6 @@ void KeyedArchiver::encodeObject(std::string_view key, const ArchivedObject& obj
     encodePlace(key, placeOf(object));
 }
 
-void KeyedArchiver::encodeArray(std::string_view key, ObjectArray objects) {
-    encodeObject(key, std::make_shared<const ObjectArray>(std::move(objects)));
-}
-
 void KeyedArchiver::encodeStringObject(std::string_view key, std::u16string_view text) {
     encodePlace(key, placeOfString(text));
 }
@@ -262,6 +260,14 @@ void KeyedArchiver::encodePlace(std::string_view key, Place place) {
 
 auto KeyedArchiver::placeOf(const ArchivedObject& object) -> Place {
     return implementation_->placeOf(*this, object);
+}
+
+auto KeyedArchiver::placeOf(const Value& value) -> Place {
+    return implementation_->encode(*this, value);
+}
+
+auto KeyedArchiver::placeOfNew(std::type_index type, const void* object) -> Place {
+    return implementation_->encode(*this, implementation_->classOf(type), type, object);
 }
 
 auto KeyedArchiver::placeOfString(std::u16string_view text) -> Place {

@@ -13,6 +13,7 @@
 #include <ranges>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <typeindex>
 #include <vector>
 
@@ -49,8 +50,6 @@ class KeyedArchiver {
 
     // An object stored by reference; nil is reference 0.
     void encodeObject(std::string_view key, const ArchivedObject& object);
-    // An NSArray object stored by reference.
-    void encodeArray(std::string_view key, ObjectArray objects);
     // A string object stored by reference: encodeObject of a Value of that text, without making one.
     void encodeStringObject(std::string_view key, std::u16string_view text);
     void encodeStringObject(std::string_view key, std::string_view utf8);
@@ -67,8 +66,17 @@ class KeyedArchiver {
     // can be named any number of times. 0 is nil.
     using Place = std::uint32_t;
     Place placeOf(const ArchivedObject& object); // encodes it when it is new
+    Place placeOf(const Value& value);           // without sharing the value, save where it is a collection
     Place placeOfString(std::u16string_view text);
     Place placeOfString(std::string_view utf8);
+    // The place of a new object that T's class encodes, whether or not the archive has this one already: for a value
+    // that one other object refers to, which need not be shared and known by its address then. 0 when the class is
+    // refused.
+    template<class T>
+    Place placeOfNew(const T& object) {
+        static_assert(!std::is_polymorphic_v<T>, "the object's own class is looked up by T");
+        return placeOfNew(typeid(T), &object);
+    }
     // A new object, of the class that Ts have, with the fields that `encodeFields` encodes: for collections that are
     // nowhere but in the archive. 0 when the class is refused; its fields are not encoded then.
     template<class T, class EncodeFields>
@@ -105,6 +113,7 @@ class KeyedArchiver {
         std::uint32_t dictionary; // in the property list
         std::size_t frame;        // where its fields begin
     };
+    Place placeOfNew(std::type_index type, const void* object);
     std::optional<OpenObject> openObject(std::type_index type);
     void closeObject(const OpenObject& object);
     std::size_t openReferences();

@@ -62,24 +62,25 @@ class DictionaryEncoder {
     Place placeOf(const AttributeNumbers::Member& member) {
         const AttributeValue& value = member.entry->second;
         Place& place = values_[member.value][std::holds_alternative<double>(value) ? 1 : 0];
-        if (place == 0) place = archiver_.placeOf(std::visit(Make(), value));
+        if (place == 0) place = std::visit([&](const auto& held) { return placeOf(held); }, value);
         return place;
     }
 
-    struct Make {
-        ArchivedObject operator()(std::int64_t integer) const { return Value(integer); }
-        ArchivedObject operator()(double real) const { return Value(real); }
-        ArchivedObject operator()(const std::u16string& text) const { return Value(text); }
-        ArchivedObject operator()(const ParagraphStyleReference& style) const { return style; }
-        ArchivedObject operator()(const TextAttachmentReference& attachment) const { return attachment; }
-        ArchivedObject operator()(const std::vector<std::int64_t>& numbers) const {
-            return std::make_shared<const ObjectArray>(numbers.begin(), numbers.end());
-        }
-        template<class T>
-        ArchivedObject operator()(const T& object) const {
-            return std::make_shared<const T>(object);
-        }
-    };
+    Place placeOf(std::int64_t integer) { return archiver_.placeOf(Value(integer)); }
+    Place placeOf(double real) { return archiver_.placeOf(Value(real)); }
+    Place placeOf(const std::u16string& text) { return archiver_.placeOfString(text); }
+    Place placeOf(const ParagraphStyleReference& style) { return archiver_.placeOf(style); }
+    Place placeOf(const TextAttachmentReference& attachment) { return archiver_.placeOf(attachment); }
+    Place placeOf(const std::vector<std::int64_t>& numbers) {
+        return archiver_.addObject<ObjectArray>([&] {
+            archiver_.encodePlaces(
+                "NS.objects", numbers | std::views::transform([&](std::int64_t number) { return placeOf(number); }));
+        });
+    }
+    template<class T>
+    Place placeOf(const T& object) {
+        return archiver_.placeOfNew(object);
+    }
 
     KeyedArchiver& archiver_;
     const AttributeNumbers& numbers_;
@@ -113,7 +114,7 @@ void encodeAttributedString(KeyedArchiver& archiver, const AttributedString& tex
                                      std::views::transform([&](std::size_t set) {
                                          return dictionaries.dictionaryFor(static_cast<std::uint32_t>(set));
                                      }));
-    archiver.encodeObject("NSAttributeInfo", Value(Data(std::move(table))));
+    archiver.encodePlace("NSAttributeInfo", archiver.placeOf(Value(Data(std::move(table)))));
 }
 
 std::vector<std::int64_t> numbersFrom(const ObjectArray& objects) {

@@ -34,7 +34,7 @@ void encodeShadow(KeyedArchiver& archiver, const Shadow& shadow) {
     archiver.encodeDouble("NSShadowBlurRadius", shadow.blurRadius());
     archiver.encodeDouble("NSShadowHoriz", shadow.offsetX());
     archiver.encodeDouble("NSShadowVert", shadow.offsetY());
-    if (shadow.color()) archiver.encodeObject("NSShadowColor", std::make_shared<const Color>(*shadow.color()));
+    if (shadow.color()) archiver.encodePlace("NSShadowColor", archiver.placeOfNew(*shadow.color()));
 }
 
 Result<ArchivedObject> decodeShadow(const ArchivedFields& fields) {

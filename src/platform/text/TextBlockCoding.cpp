@@ -1,6 +1,8 @@
 // The numbers of a block stand under "NSParam0" to "NSParam19": its six dimensions first (3 is not used), then the
 // edges of its three layers. One word says which of them are percentages, and holds the vertical alignment.
 
+#include <ranges>
+
 #include <fmt/format.h>
 
 #include "platform/archive/ArchivedFields.h"
@@ -36,18 +38,12 @@ void encodeBlock(KeyedArchiver& archiver, const TextBlock& block) {
         if (length.isPercentage) types |= 1U << parameter;
     });
     if (types != 0) archiver.encodeInteger("NSValueTypes", types);
-    if (block.backgroundColor)
-        archiver.encodeObject("NSBackgroundColor", std::make_shared<const Color>(*block.backgroundColor));
+    if (block.backgroundColor) archiver.encodePlace("NSBackgroundColor", archiver.placeOfNew(*block.backgroundColor));
     if (block.borderColors == std::array<std::optional<Color>, 4>{}) return;
-    ObjectArray colors;
-    for (const auto& color : block.borderColors) {
-        if (color) {
-            colors.emplace_back(std::make_shared<const Color>(*color));
-        } else {
-            colors.emplace_back(Value());
-        }
-    }
-    archiver.encodeArray("NSBorderColors", std::move(colors));
+    archiver.encodeArrayOfPlaces("NSBorderColors",
+                                 block.borderColors | std::views::transform([&](const std::optional<Color>& color) {
+                                     return color ? archiver.placeOfNew(*color) : archiver.placeOf(Value());
+                                 }));
 }
 
 void decodeBlock(const ArchivedFields& fields, TextBlock& block) {
