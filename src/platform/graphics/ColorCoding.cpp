@@ -13,7 +13,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <iterator>
 
 #include <fmt/compile.h>
 #include <fmt/format.h>
@@ -63,35 +62,44 @@ constexpr std::int64_t kExtendedSRGBNumber = 14;
 
 using Numbers = std::array<double, 5>;
 
+// The components as they are written, without a way through the heap.
+using NumbersText = fmt::memory_buffer;
+
+std::string_view viewOf(const NumbersText& text) {
+    return {text.data(), text.size()};
+}
+
 // Most components are 0 or 1. The others are written as the format says.
 template<class Format>
-void appendNumber(std::string& text, double number, Format format) {
-    if (!text.empty()) text += ' ';
+void appendNumber(NumbersText& text, double number, Format format) {
+    if (text.size() > 0) text.push_back(' ');
     if (number == 1 || (number == 0 && !std::signbit(number)))
-        text += number == 1 ? '1' : '0';
+        text.push_back(number == 1 ? '1' : '0');
     else
-        fmt::format_to(std::back_inserter(text), format, number);
+        fmt::format_to(fmt::appender(text), format, number);
 }
 
 // As many digits as it takes to read the same double back: these numbers are the color itself.
-void appendExactly(std::string& text, double number) {
+void appendExactly(NumbersText& text, double number) {
     appendNumber(text, number, FMT_COMPILE("{}"));
 }
 
 // "r g b", alpha behind them when it is not 1, and a NUL.
-std::string exactText(const double* components, std::size_t count, double alpha) {
-    std::string text;
+NumbersText exactText(const double* components, std::size_t count, double alpha) {
+    NumbersText text;
     for (std::size_t i = 0; i < count; ++i) appendExactly(text, components[i]);
     if (alpha != 1) appendExactly(text, alpha);
-    return text + '\0';
+    text.push_back('\0');
+    return text;
 }
 
-std::string textForOldReaders(const Color::RGBA& color) {
+NumbersText textForOldReaders(const Color::RGBA& color) {
     constexpr auto kFormat = FMT_COMPILE("{:.10g}");
-    std::string text;
+    NumbersText text;
     for (const double component : {color.red, color.green, color.blue}) appendNumber(text, component, kFormat);
     if (color.alpha != 1) appendNumber(text, color.alpha, kFormat);
-    return text + '\0';
+    text.push_back('\0');
+    return text;
 }
 
 // The numbers of a text, at most five; what follows the first that is none does not count. Alpha is 1 when missing.
@@ -129,11 +137,11 @@ Color componentColor(ColorSpace space, const Numbers& n) {
 }
 
 void encodeSRGB(KeyedArchiver& archiver, const Color& color) {
-    std::string components;
+    NumbersText components;
     for (std::size_t i = 0; i < 4; ++i) appendExactly(components, color.components()[i]);
     archiver.encodeInteger("NSColorSpace", kCalibratedRGB);
-    archiver.encodeBytes("NSRGB", textForOldReaders(*color.genericRGB()));
-    archiver.encodeBytes("NSComponents", components);
+    archiver.encodeBytes("NSRGB", viewOf(textForOldReaders(*color.genericRGB())));
+    archiver.encodeBytes("NSComponents", viewOf(components));
     static const auto& space = *new auto(std::make_shared<const CustomSpace>(CustomSpace{kSRGBNumber, 0}));
     archiver.encodeObject("NSCustomColorSpace", space);
 }
@@ -145,13 +153,14 @@ void encodeColor(KeyedArchiver& archiver, const Color& color) {
         archiver.encodeInteger("NSColorSpace", kCatalog);
         archiver.encodeStringObject("NSCatalogName", color.catalogNameComponent());
         archiver.encodeStringObject("NSColorName", color.colorNameComponent());
-        archiver.encodeObject("NSColor", std::make_shared<const Color>(*color.usingComponents()));
+        archiver.encodePlace("NSColor", archiver.placeOfNew(*color.usingComponents()));
         return;
     }
     for (const SpaceRow& row : kSpaces) {
         if (row.space != color.space()) continue;
         archiver.encodeInteger("NSColorSpace", row.number);
-        archiver.encodeBytes(row.key, exactText(color.components().data(), row.components, color.alphaComponent()));
+        archiver.encodeBytes(row.key,
+                             viewOf(exactText(color.components().data(), row.components, color.alphaComponent())));
     }
 }
 
