@@ -1,6 +1,7 @@
 // Finding the number of a thing again: a hash table for whoever keeps the things themselves, by number, in a vector.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -13,7 +14,8 @@ namespace platform {
 // those of its very hash, so a hash must spread over all 32 bits. Numbers stay below 2^32 - 1.
 class NumberTable {
   public:
-    static constexpr std::size_t kInitialSlots = 64; // many tables stay small
+    // Nothing is allocated for a table that stays empty, and once for one of fewer numbers than expected.
+    explicit NumberTable(std::size_t expected = 32) : initialSlots_(std::bit_ceil(2 * expected)) {}
 
     // The number of a thing, and whether it is new: the one of this hash for which `isSame(number)` holds, or else
     // `number`, which stands for it from now on.
@@ -37,7 +39,7 @@ class NumberTable {
     };
 
     void grow() {
-        std::vector<Slot> larger(slots_.empty() ? kInitialSlots : slots_.size() * 2);
+        std::vector<Slot> larger(slots_.empty() ? initialSlots_ : slots_.size() * 2);
         const std::size_t mask = larger.size() - 1;
         for (const Slot& old : slots_) {
             if (old.number == kNone) continue;
@@ -48,6 +50,7 @@ class NumberTable {
         slots_ = std::move(larger);
     }
 
+    std::size_t initialSlots_;
     std::vector<Slot> slots_; // a power of two
     std::size_t count_ = 0;
 };

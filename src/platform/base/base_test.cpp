@@ -33,12 +33,14 @@ TEST(Range, StringFormRoundTrips) {
 }
 
 TEST(NumberTable, FindsEveryThingAgainHoweverManyThereAre) {
-    NumberTable table;
-    const auto findOrAdd = [&](std::uint32_t thing, std::uint32_t number) {
-        return table.findOrAdd(spreadHash(thing), number, [&](std::uint32_t other) { return other == thing; });
-    };
-    for (std::uint32_t thing = 0; thing < 5000; ++thing) EXPECT_EQ(findOrAdd(thing, thing), std::pair(thing, true));
-    for (std::uint32_t thing = 0; thing < 5000; ++thing) EXPECT_EQ(findOrAdd(thing, 9999), std::pair(thing, false));
+    for (const std::size_t expected : {0, 1, 32, 5000}) {
+        NumberTable table(expected);
+        const auto findOrAdd = [&](std::uint32_t thing, std::uint32_t number) {
+            return table.findOrAdd(spreadHash(thing), number, [&](std::uint32_t other) { return other == thing; });
+        };
+        for (std::uint32_t thing = 0; thing < 5000; ++thing) EXPECT_EQ(findOrAdd(thing, thing), std::pair(thing, true));
+        for (std::uint32_t thing = 0; thing < 5000; ++thing) EXPECT_EQ(findOrAdd(thing, 9999), std::pair(thing, false));
+    }
 }
 
 TEST(NumberTable, TellsThingsOfOneHashApart) {

@@ -15,9 +15,9 @@ namespace platform {
 
 namespace {
 
-// Small files stay below these.
-constexpr std::size_t kUsualObjects = 128, kUsualReferences = 128, kUsualLeafBytes = 1024;
-constexpr std::size_t kLongestMarker = 10; // bytes, with a size of 8
+constexpr std::size_t kSmallestRoom = 1024; // bytes of leaves
+constexpr std::size_t kLongestMarker = 10;  // bytes, with a size of 8
+constexpr std::size_t kFewestUIDs = 256;    // in a file that has any
 
 using namespace bplist;
 
@@ -90,14 +90,15 @@ std::uint32_t hashOf(std::string_view bytes) {
 
 } // namespace
 
-BinaryPropertyListWriter::BinaryPropertyListWriter() {
-    objects_.reserve(kUsualObjects);
-    references_.reserve(kUsualReferences);
+// Of an archive's objects a quarter are unique leaves, the others containers and UIDs.
+BinaryPropertyListWriter::BinaryPropertyListWriter(std::size_t expectedObjects) : table_(expectedObjects / 4) {
+    objects_.reserve(expectedObjects);
+    references_.reserve(2 * expectedObjects);
 }
 
 char* BinaryPropertyListWriter::room(std::size_t most) {
     if (leavesRoom_ - leavesEnd_ < most) {
-        leavesRoom_ = std::max({leavesEnd_ + most, leavesRoom_ * 2, kUsualLeafBytes});
+        leavesRoom_ = std::max({leavesEnd_ + most, leavesRoom_ * 2, kSmallestRoom});
         auto larger = std::make_unique_for_overwrite<char[]>(leavesRoom_);
         std::copy_n(leaves_.get(), leavesEnd_, larger.get());
         leaves_ = std::move(larger);
@@ -170,7 +171,7 @@ auto BinaryPropertyListWriter::asciiString(std::string_view text) -> Reference {
 auto BinaryPropertyListWriter::uid(std::uint64_t value) -> Reference {
     if (value < kDenseUIDs) {
         if (value >= uids_.size())
-            uids_.resize(std::max<std::size_t>(static_cast<std::size_t>(value) + 1, 2 * uids_.size()), kNoReference);
+            uids_.resize(std::max({static_cast<std::size_t>(value) + 1, 2 * uids_.size(), kFewestUIDs}), kNoReference);
         if (Reference& known = uids_[static_cast<std::size_t>(value)]; known != kNoReference) return known;
     }
     char* out = room(9);

@@ -22,7 +22,8 @@ class BinaryPropertyListWriter {
   public:
     using Reference = std::uint32_t;
 
-    BinaryPropertyListWriter();
+    // Makes room for about so many objects, and takes as many more as come.
+    explicit BinaryPropertyListWriter(std::size_t expectedObjects = 64);
 
     Reference boolean(bool value);
     Reference integer(std::int64_t value); // in the smallest of 1, 2 and 4 bytes; negative or larger ones in 8

@@ -16,6 +16,13 @@ bool sameMember(const AttributeNumbers::Member& a, const AttributeNumbers::Membe
 
 } // namespace
 
+AttributeNumbers::AttributeNumbers() {
+    known_.reserve(kUsualCount);
+    sets_.reserve(kUsualCount);
+    members_.reserve(kUsualCount * kUsualMembers);
+    values_.reserve(kUsualCount);
+}
+
 // Runs mostly share their sets: the address of one that was met before is enough.
 std::uint32_t AttributeNumbers::numberOf(const AttributeSet& set) {
     const auto [index, isNew] =

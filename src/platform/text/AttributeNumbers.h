@@ -21,6 +21,8 @@ class AttributeNumbers {
         std::uint32_t value; // an integer and a real of its value have one number, as they are equal attributes
     };
 
+    AttributeNumbers();
+
     std::uint32_t numberOf(const AttributeSet& set);
 
     std::size_t setCount() const { return sets_.size(); }
@@ -42,13 +44,16 @@ class AttributeNumbers {
     std::uint32_t numberByMembers(const AttributeSet& set);
     std::uint32_t valueNumber(const AttributeValue& value);
 
+    // A text of some pages has no more sets and no more values than this, and so many members in a set.
+    static constexpr std::size_t kUsualCount = 64, kUsualMembers = 8;
+
     std::vector<KnownSet> known_; // every set object that was met
-    NumberTable knownByAddress_;
+    NumberTable knownByAddress_{kUsualCount};
     std::vector<Members> sets_;
-    NumberTable setsByMembers_;
+    NumberTable setsByMembers_{kUsualCount};
     std::vector<Member> members_; // of all sets
     std::vector<const AttributeValue*> values_;
-    NumberTable valuesByHash_;
+    NumberTable valuesByHash_{kUsualCount};
 };
 
 } // namespace platform
