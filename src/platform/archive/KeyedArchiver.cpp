@@ -23,21 +23,22 @@ using Reference = BinaryPropertyListWriter::Reference;
 constexpr std::int64_t kArchiveVersion = 100000;
 constexpr std::int64_t kUnencodableCode = 4866;
 
+// A note of some pages has no more than these; the fields are those that are open at a time.
+constexpr std::size_t kUsualObjects = 256, kUsualKnown = 64, kUsualFields = 32, kUsualClasses = 16;
+
 bool isASCII(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 } // namespace
 
-// A class with what this archive knows of it.
-struct KeyedArchiver::KnownClass {
-    std::type_index type;
-    const ArchivableClass* archivable; // null for a type that has no class
-    Place place = 0;                   // of its dictionary; 0 until that is written
-};
-
 struct KeyedArchiver::Implementation {
-    explicit Implementation(Coding itsCoding) : coding(itsCoding), top(writer.reserve()) {
+    explicit Implementation(Coding itsCoding) : coding(itsCoding), writer(4 * kUsualObjects), top(writer.reserve()) {
+        objects.reserve(kUsualObjects);
+        elements.reserve(kUsualObjects);
+        known.reserve(kUsualKnown);
+        for (auto* const open : {&keys, &values}) open->reserve(kUsualFields);
+        classes.reserve(kUsualClasses);
         objects.push_back(writer.asciiString("$null"));
     }
 
@@ -95,10 +96,10 @@ struct KeyedArchiver::Implementation {
         return encode(archiver, classOf(value), typeid(Value), &value);
     }
 
-    Place encode(KeyedArchiver& archiver, KnownClass& itsClass, std::type_index type, const void* object) {
+    Place encode(KeyedArchiver& archiver, ClassNumber itsClass, std::type_index type, const void* object) {
         const std::optional<OpenObject> open = openObject(itsClass, type);
         if (!open) return 0;
-        itsClass.archivable->encode(archiver, object);
+        classes[itsClass].archivable->encode(archiver, object);
         closeObject(*open);
         return open->place;
     }
@@ -114,7 +115,8 @@ struct KeyedArchiver::Implementation {
     }
 
     Place placeOfLeaf(Reference leaf) {
-        if (leaf >= leafPlaces.size()) leafPlaces.resize(std::max<std::size_t>(leaf + 1, leafPlaces.size() * 2));
+        if (leaf >= leafPlaces.size())
+            leafPlaces.resize(std::max<std::size_t>({leaf + 1, leafPlaces.size() * 2, kUsualObjects}));
         Place& place = leafPlaces[leaf];
         if (place == 0) {
             place = static_cast<Place>(objects.size());
@@ -123,25 +125,31 @@ struct KeyedArchiver::Implementation {
         return place;
     }
 
-    KnownClass& classOf(std::type_index type) {
-        for (const auto& candidate : classes) // a dozen at most; a type has one name as a rule
-            if (candidate->type.name() == type.name()) return *candidate;
-        for (const auto& candidate : classes)
-            if (candidate->type == type) return *candidate;
-        return *classes.emplace_back(std::make_unique<KnownClass>(type, ClassRegistry::shared().forType(type)));
+    ClassNumber classOf(std::type_index type) {
+        for (ClassNumber number = 0; number < classes.size(); ++number) // a type has one name as a rule
+            if (classes[number].type.name() == type.name()) return number;
+        for (ClassNumber number = 0; number < classes.size(); ++number)
+            if (classes[number].type == type) return number;
+        return addClass(type, ClassRegistry::shared().forType(type));
     }
 
     // Dates and nulls share one C++ type.
-    KnownClass& classOf(const Value& value) {
-        const bool isDate = value.as<Date>() != nullptr;
-        KnownClass& itsClass = isDate ? dateClass : value.isNull() ? nullClass : noClass;
-        if (&itsClass != &noClass && !itsClass.archivable)
-            itsClass.archivable = ClassRegistry::shared().forName(isDate ? "NSDate" : "NSNull");
-        return itsClass;
+    ClassNumber classOf(const Value& value) {
+        const ArchivableClass* archivable = nullptr;
+        if (value.as<Date>()) archivable = ClassRegistry::shared().forName("NSDate");
+        if (value.isNull()) archivable = ClassRegistry::shared().forName("NSNull");
+        for (ClassNumber number = 0; number < classes.size(); ++number)
+            if (classes[number].type == typeid(Value) && classes[number].archivable == archivable) return number;
+        return addClass(typeid(Value), archivable);
     }
 
-    std::optional<OpenObject> openObject(KnownClass& itsClass, std::type_index type) {
-        const ArchivableClass* archivable = itsClass.archivable;
+    ClassNumber addClass(std::type_index type, const ArchivableClass* archivable) {
+        classes.push_back({type, archivable});
+        return static_cast<ClassNumber>(classes.size() - 1);
+    }
+
+    std::optional<OpenObject> openObject(ClassNumber itsClass, std::type_index type) {
+        const ArchivableClass* archivable = classes[itsClass].archivable;
         if (!archivable || (coding == Coding::secure && !archivable->supportsSecureCoding)) {
             refuse(archivable ? archivable->name : type.name());
             return std::nullopt;
@@ -149,28 +157,30 @@ struct KeyedArchiver::Implementation {
         const auto place = static_cast<Place>(objects.size());
         const Reference dictionary = writer.reserve();
         objects.push_back(dictionary);
-        return OpenObject{&itsClass, place, dictionary, keys.size()};
+        return OpenObject{itsClass, place, dictionary, keys.size()};
     }
 
     void closeObject(const OpenObject& object) {
         if (!classKey) classKey = writer.asciiString("$class");
         keys.push_back(*classKey);
-        values.push_back(writer.uid(classPlace(*object.itsClass)));
+        values.push_back(writer.uid(classPlace(object.itsClass)));
         writer.fillDictionary(object.dictionary, std::span(keys).subspan(object.frame),
                               std::span(values).subspan(object.frame));
         keys.resize(object.frame);
         values.resize(object.frame);
     }
 
-    Place classPlace(KnownClass& itsClass) {
+    Place classPlace(ClassNumber number) {
+        KnownClass& itsClass = classes[number];
         if (itsClass.place != 0) return itsClass.place;
         itsClass.place = static_cast<Place>(objects.size());
         const ArchivableClass& archivable = *itsClass.archivable;
-        std::vector<Reference> chain;
-        chain.reserve(archivable.chain.size());
-        for (const std::string& name : archivable.chain) chain.push_back(stringReference(name));
+        const std::size_t first = elements.size();
+        for (const std::string& name : archivable.chain) elements.push_back(stringReference(name));
         const Reference classKeys[]{writer.asciiString("$classname"), writer.asciiString("$classes")};
-        const Reference classValues[]{stringReference(archivable.name), writer.array(chain)};
+        const Reference classValues[]{stringReference(archivable.name),
+                                      writer.array(std::span(elements).subspan(first))};
+        elements.resize(first);
         objects.push_back(writer.dictionary(classKeys, classValues));
         return itsClass.place;
     }
@@ -186,6 +196,12 @@ struct KeyedArchiver::Implementation {
         std::array<char, 39> text;
         std::uint8_t length = 0;
         Reference reference = 0; // none: that is the file's top
+    };
+    // A class with what this archive knows of it.
+    struct KnownClass {
+        std::type_index type;
+        const ArchivableClass* archivable; // null for a type that has no class
+        Place place = 0;                   // of its dictionary; 0 until that is written
     };
     // An object that the archive has met; an address counts only as long as its object lives.
     struct KnownObject {
@@ -203,9 +219,8 @@ struct KeyedArchiver::Implementation {
     std::vector<Reference> elements;     // of all open lists of references, the outermost first
     std::vector<KnownObject> known;
     NumberTable knownNumbers;
-    std::vector<Place> leafPlaces; // by the leaf's reference; 0 for one that is no object
-    std::vector<std::unique_ptr<KnownClass>> classes;
-    KnownClass dateClass{typeid(Value), nullptr}, nullClass{typeid(Value), nullptr}, noClass{typeid(Value), nullptr};
+    std::vector<Place> leafPlaces;   // by the leaf's reference; 0 for one that is no object
+    std::vector<KnownClass> classes; // a dozen at most
     std::optional<Error> error;
 };
 

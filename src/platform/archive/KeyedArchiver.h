@@ -106,9 +106,9 @@ class KeyedArchiver {
     Result<Data> finish();
 
   private:
-    struct KnownClass;
+    using ClassNumber = std::uint32_t; // in the order in which the archive met them
     struct OpenObject {
-        KnownClass* itsClass;
+        ClassNumber itsClass;
         Place place;
         std::uint32_t dictionary; // in the property list
         std::size_t frame;        // where its fields begin
