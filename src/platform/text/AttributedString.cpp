@@ -350,9 +350,14 @@ void AttributedString::removeAttribute(AttributeName name, Range range) {
 
 void AttributedString::applyEdits(const std::vector<TextEdit>& edits) {
     if (edits.empty()) return;
+    std::size_t newLength = length(), mostRuns = runs().size();
+    for (const TextEdit& edit : edits) {
+        newLength = newLength - edit.range.length + edit.replacement.length();
+        mostRuns += edit.replacement.runs().size() + 1; // an edit inside a run parts it
+    }
     auto result = std::make_shared<Storage>();
-    result->text.reserve(length());
-    result->runs.reserve(runs().size());
+    result->text.reserve(newLength);
+    result->runs.reserve(mostRuns);
     std::size_t copied = 0, index = 0;
     const auto copyUpTo = [&](std::size_t end) {
         assert(copied <= end && end <= length());

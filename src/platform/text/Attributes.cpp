@@ -181,9 +181,9 @@ AttributeSet AttributeSet::with(AttributeName name, AttributeValue value) const 
     const auto place = std::lower_bound(entries_.begin(), entries_.end(), added, byName);
     const bool replaces = place != entries_.end() && place->first == name;
     changed.entries_.reserve(entries_.size() + (replaces ? 0 : 1)); // sets live long: no room to grow
-    changed.entries_.assign(entries_.begin(), place);
+    for (auto entry = entries_.begin(); entry != place; ++entry) changed.entries_.push_back(*entry);
     changed.entries_.push_back(std::move(added));
-    changed.entries_.insert(changed.entries_.end(), place + (replaces ? 1 : 0), entries_.end());
+    for (auto entry = place + (replaces ? 1 : 0); entry != entries_.end(); ++entry) changed.entries_.push_back(*entry);
     return changed;
 }
 
