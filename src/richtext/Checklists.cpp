@@ -78,37 +78,38 @@ TextLists enclosingLists(const TextLists& previous, std::uint64_t previousLevel,
     return TextLists(previous.begin(), previous.begin() + static_cast<std::ptrdiff_t>(kept));
 }
 
-// A checkbox of the text and the characters on which it stands.
-struct ChecklistItem {
-    Range range;
-    std::shared_ptr<QLTChecklistTextAttachment> box;
-};
-
-std::vector<ChecklistItem> checklistItems(const AttributedString& text) {
-    std::vector<ChecklistItem> items;
-    for (const AttachmentRun& run : attachmentsOf(text))
-        if (auto box = std::dynamic_pointer_cast<QLTChecklistTextAttachment>(run.attachment))
-            items.push_back({run.range, std::move(box)});
-    return items;
+// What the text form of a checkbox gets of the checkbox's attributes: all but the attachment, in another style.
+platform::AttributeSet::Reference formAttributes(const platform::AttributeSet& attributes,
+                                                 const ParagraphStyleReference& style) {
+    return std::make_shared<const platform::AttributeSet>(
+        attributes.without(platform::kAttachmentAttributeName).with(platform::kParagraphStyleAttributeName, style));
 }
 
 // Replaces each checkbox by its text form and gives its line the style that goes with it; of two boxes in one line the
 // later one's style stays. `paragraphStyle` gets the style that the line has when it comes to the box.
 template<class Form, class Style>
 void replaceChecklistItems(AttributedString& text, Form textForm, Style paragraphStyle) {
+    const std::vector<AttachmentRun> attachments = attachmentsOf(text);
     std::vector<TextEdit> forms;
     std::vector<ParagraphStyleReference> styles;
+    forms.reserve(attachments.size());
+    styles.reserve(attachments.size());
     std::size_t styledEnd = 0; // where the line ends to which the last box gave its style
-    for (const auto& [range, box] : checklistItems(text)) {
+    for (const auto& [range, attachment] : attachments) {
+        const auto* const box = dynamic_cast<const QLTChecklistTextAttachment*>(attachment.get());
+        if (!box) continue;
         const bool isStyled = range.location < styledEnd;
         styles.push_back(paragraphStyle(*box, isStyled ? *styles.back() : paragraphStyleAt(text, range.location)));
         if (range.end() >= styledEnd) styledEnd = platform::lineAt(text.string(), range.end()).enclosing.end();
-        forms.push_back({range, AttributedString(textForm(*box), attributesWithoutAttachment(text, range.location))});
+        // The form has its style at once, so that its set is not made twice.
+        forms.push_back({range, AttributedString(textForm(*box),
+                                                 formAttributes(text.attributesAt(range.location), styles.back()))});
     }
     text.applyEdits(forms);
 
     // The lines are those of the new text: a box that covered a line's end took it away.
     std::vector<StyledRange> lines;
+    lines.reserve(forms.size());
     std::size_t oldLength = 0, newLength = 0; // of the forms so far
     for (std::size_t i = 0; i < forms.size(); ++i) {
         const std::size_t start = forms[i].range.location - oldLength + newLength;

@@ -77,7 +77,7 @@ void setParagraphStyles(AttributedString& text, const std::vector<StyledRange>& 
         before = set;
         style = wanted.get();
         const auto* present = set->find<ParagraphStyleReference>(platform::kParagraphStyleAttributeName);
-        const bool isThere = present && *present && **present == *wanted;
+        const bool isThere = present && *present && (*present == wanted || **present == *wanted);
         after = isThere
                     ? set
                     : std::make_shared<const AttributeSet>(set->with(platform::kParagraphStyleAttributeName, wanted));
@@ -86,11 +86,13 @@ void setParagraphStyles(AttributedString& text, const std::vector<StyledRange>& 
 }
 
 std::vector<AttachmentRun> attachmentsInRange(const AttributedString& text, Range range) {
+    constexpr std::size_t kFew = 16;
     std::vector<AttachmentRun> attachments;
     text.enumerateAttribute(platform::kAttachmentAttributeName, range, [&](const AttributeValue* value, Range run) {
         const auto* attachment = value ? std::get_if<TextAttachmentReference>(value) : nullptr;
-        if (attachment && *attachment) attachments.push_back({run, *attachment});
-        return true;
+        if (!attachment || !*attachment) return;
+        if (attachments.empty()) attachments.reserve(kFew);
+        attachments.push_back({run, *attachment});
     });
     return attachments;
 }
