@@ -130,7 +130,7 @@ Result<std::shared_ptr<FileWrapper>> QLTNoteFile::fileWrapper() const {
 
     for (auto& [name, wrapper] : reduced.files) package->setFileWrapper(name, wrapper);
     package->setFileWrapper(std::string(kNoteTextEntry), FileWrapper::regularFile(std::move(archive)));
-    if (Result<std::string> plist = platform::binaryDataFromPropertyList(attributes))
+    if (Result<std::string> plist = platform::binaryDataFromPropertyList(std::move(attributes)))
         package->setFileWrapper(std::string(kNoteAttributesEntry), FileWrapper::regularFile(Data(*std::move(plist))));
     return package;
 }
