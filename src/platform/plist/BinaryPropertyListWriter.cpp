@@ -21,12 +21,21 @@ constexpr std::size_t kFewestUIDs = 256;    // in a file that has any
 
 using namespace bplist;
 
+std::uint16_t inBigEndian(std::uint16_t value) {
+    return std::endian::native == std::endian::big ? value : std::byteswap(value);
+}
+
+char* putTwoBytes(char* out, std::uint16_t value) {
+    value = inBigEndian(value);
+    std::memcpy(out, &value, sizeof value);
+    return out + sizeof value;
+}
+
 char* putBigEndian(char* out, std::uint64_t value, unsigned size) {
     if (size == 1) { // most of all, and two bytes after them
         *out++ = static_cast<char>(value);
     } else if (size == 2) {
-        *out++ = static_cast<char>(value >> 8);
-        *out++ = static_cast<char>(value);
+        out = putTwoBytes(out, static_cast<std::uint16_t>(value));
     } else {
         for (unsigned shift = 8 * size; shift > 0; shift -= 8) *out++ = static_cast<char>(value >> (shift - 8) & 0xFF);
     }
@@ -53,6 +62,27 @@ char* putMarker(char* out, unsigned char marker, std::size_t count) {
 
 constexpr std::size_t markerSize(std::size_t count) {
     return count < kSizeFollows ? 1 : 2 + sizeFor(count);
+}
+
+// The units of a text, each as `encoded` gives it. A block of them is encoded on its own, where nothing can overlap and
+// the compiler knows how many there are: it makes vector operations of that.
+template<class Encode>
+char* putUnits(char* out, std::u16string_view text, Encode encoded) {
+    using Encoded = decltype(encoded(u'\0'));
+    constexpr std::size_t kBlock = 16;
+    for (; text.size() >= kBlock; text.remove_prefix(kBlock), out += kBlock * sizeof(Encoded)) {
+        std::array<char16_t, kBlock> units;
+        std::array<Encoded, kBlock> bytes;
+        std::memcpy(units.data(), text.data(), sizeof units);
+        std::ranges::transform(units, bytes.begin(), encoded);
+        std::memcpy(out, bytes.data(), sizeof bytes);
+    }
+    for (const char16_t unit : text) {
+        const Encoded bytes = encoded(unit);
+        std::memcpy(out, &bytes, sizeof bytes);
+        out += sizeof bytes;
+    }
+    return out;
 }
 
 std::uint64_t wordAt(const char* bytes) {
@@ -98,7 +128,7 @@ BinaryPropertyListWriter::BinaryPropertyListWriter(std::size_t expectedObjects) 
 
 char* BinaryPropertyListWriter::room(std::size_t most) {
     if (leavesRoom_ - leavesEnd_ < most) {
-        leavesRoom_ = std::max({leavesEnd_ + most, leavesRoom_ * 2, kSmallestRoom});
+        leavesRoom_ = std::max(2 * (leavesEnd_ + most), kSmallestRoom); // as much again behind a long text
         auto larger = std::make_unique_for_overwrite<char[]>(leavesRoom_);
         std::copy_n(leaves_.get(), leavesEnd_, larger.get());
         leaves_ = std::move(larger);
@@ -155,12 +185,10 @@ auto BinaryPropertyListWriter::string(std::u16string_view text) -> Reference {
     char* out = room(kLongestMarker + 2 * text.size());
     if (lengthBefore<StopUnits<char16_t, u'\0', u'\x7F'>>(text) == text.size()) {
         out = putMarker(out, asciiMarker, text.size());
-        return addUniqueLeaf(
-            std::ranges::transform(text, out, [](char16_t unit) { return static_cast<char>(unit); }).out);
+        return addUniqueLeaf(putUnits(out, text, [](char16_t unit) { return static_cast<char>(unit); }));
     }
     out = putMarker(out, utf16Marker, text.size());
-    for (const char16_t unit : text) out = putBigEndian(out, unit, 2);
-    return addUniqueLeaf(out);
+    return addUniqueLeaf(putUnits(out, text, inBigEndian));
 }
 
 auto BinaryPropertyListWriter::asciiString(std::string_view text) -> Reference {
@@ -190,8 +218,8 @@ auto BinaryPropertyListWriter::reserve() -> Reference {
 void BinaryPropertyListWriter::fill(Reference reserved, Kind kind, std::span<const Reference> first,
                                     std::span<const Reference> second) {
     objects_[reserved] = {references_.size(), first.size(), kind};
-    references_.insert(references_.end(), first.begin(), first.end());
-    references_.insert(references_.end(), second.begin(), second.end());
+    for (const Reference reference : first) references_.push_back(reference); // few: less than an insertion costs
+    for (const Reference reference : second) references_.push_back(reference);
 }
 
 void BinaryPropertyListWriter::fillArray(Reference reserved, std::span<const Reference> elements) {

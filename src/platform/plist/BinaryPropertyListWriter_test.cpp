@@ -52,6 +52,20 @@ TEST(BinaryPropertyListWriter, EncodesLeavesInTheirSmallestForm) {
               "\x5F\x10\x0F"s + std::string(15, 'x'));
 }
 
+TEST(BinaryPropertyListWriter, EncodesEveryUnitOfTextsOfAnyLength) {
+    std::u16string ascii, wide;
+    std::string asciiBytes, wideBytes;
+    for (char16_t i = 0; i < 70; ++i) { // every offset in a block of units
+        ascii += static_cast<char16_t>(u'0' + i);
+        asciiBytes += static_cast<char>('0' + i);
+        wide += static_cast<char16_t>(0x4E00 + 0x101 * i);
+        wideBytes += static_cast<char>(0x4E + i);
+        wideBytes += static_cast<char>(i);
+        EXPECT_TRUE(encoded([&](auto& w) { return w.string(ascii); }).ends_with(asciiBytes));
+        EXPECT_TRUE(encoded([&](auto& w) { return w.string(wide); }).ends_with(wideBytes));
+    }
+}
+
 TEST(BinaryPropertyListWriter, StoresEqualLeavesOnceAndDataAlwaysAnew) {
     BinaryPropertyListWriter writer;
     EXPECT_EQ(writer.string(u"key"), writer.asciiString("key"));
