@@ -26,10 +26,6 @@ constexpr std::int64_t kUnencodableCode = 4866;
 // A note of some pages has no more than these; the fields are those that are open at a time.
 constexpr std::size_t kUsualObjects = 256, kUsualKnown = 64, kUsualFields = 32, kUsualClasses = 16;
 
-bool isASCII(std::string_view text) {
-    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 } // namespace
 
 struct KeyedArchiver::Implementation {
@@ -54,18 +50,13 @@ struct KeyedArchiver::Implementation {
             std::memcmp(slot.text.data(), key.data(), key.size()) == 0)
             return slot.reference;
         // One of the encoded class that begins with "$" is told from the archiver's own by one more.
-        const Reference reference =
-            key.starts_with('$') ? stringReference("$" + std::string(key)) : stringReference(key);
+        const Reference reference = key.starts_with('$') ? writer.string("$" + std::string(key)) : writer.string(key);
         if (key.size() <= slot.text.size()) {
             slot.length = static_cast<std::uint8_t>(key.size());
             slot.reference = reference;
             std::ranges::copy(key, slot.text.begin());
         }
         return reference;
-    }
-
-    Reference stringReference(std::string_view utf8) {
-        return isASCII(utf8) ? writer.asciiString(utf8) : writer.string(utf16FromUTF8(utf8));
     }
 
     // An object is known by its address together with its type: a first member has its owner's address. The type has no
@@ -176,10 +167,9 @@ struct KeyedArchiver::Implementation {
         itsClass.place = static_cast<Place>(objects.size());
         const ArchivableClass& archivable = *itsClass.archivable;
         const std::size_t first = elements.size();
-        for (const std::string& name : archivable.chain) elements.push_back(stringReference(name));
+        for (const std::string& name : archivable.chain) elements.push_back(writer.string(name));
         const Reference classKeys[]{writer.asciiString("$classname"), writer.asciiString("$classes")};
-        const Reference classValues[]{stringReference(archivable.name),
-                                      writer.array(std::span(elements).subspan(first))};
+        const Reference classValues[]{writer.string(archivable.name), writer.array(std::span(elements).subspan(first))};
         elements.resize(first);
         objects.push_back(writer.dictionary(classKeys, classValues));
         return itsClass.place;
@@ -290,7 +280,7 @@ auto KeyedArchiver::placeOfString(std::u16string_view text) -> Place {
 }
 
 auto KeyedArchiver::placeOfString(std::string_view utf8) -> Place {
-    return implementation_->placeOfLeaf(implementation_->stringReference(utf8));
+    return implementation_->placeOfLeaf(implementation_->writer.string(utf8));
 }
 
 auto KeyedArchiver::openObject(std::type_index type) -> std::optional<OpenObject> {

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "platform/base/TextScan.h"
+#include "platform/base/UTF16.h"
 #include "platform/plist/BinaryFormat.h"
 
 namespace platform {
@@ -189,6 +190,11 @@ auto BinaryPropertyListWriter::string(std::u16string_view text) -> Reference {
     }
     out = putMarker(out, utf16Marker, text.size());
     return addUniqueLeaf(putUnits(out, text, inBigEndian));
+}
+
+auto BinaryPropertyListWriter::string(std::string_view utf8) -> Reference {
+    const bool isASCII = lengthBefore<StopUnits<char, '\0', '\x7F'>>(utf8) == utf8.size();
+    return isASCII ? asciiString(utf8) : string(utf16FromUTF8(utf8));
 }
 
 auto BinaryPropertyListWriter::asciiString(std::string_view text) -> Reference {

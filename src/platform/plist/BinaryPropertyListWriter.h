@@ -31,6 +31,7 @@ class BinaryPropertyListWriter {
     Reference date(Date value);
     Reference data(std::string_view bytes);
     Reference string(std::u16string_view text); // one byte a character when all are ASCII, else UTF-16
+    Reference string(std::string_view utf8);    // the same of UTF-8
     Reference asciiString(std::string_view text);
     Reference uid(std::uint64_t value);
 

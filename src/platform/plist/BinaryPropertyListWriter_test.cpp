@@ -44,6 +44,8 @@ TEST(BinaryPropertyListWriter, EncodesLeavesInTheirSmallestForm) {
     EXPECT_EQ(encoded([](auto& w) { return w.asciiString("abc"); }), "\x53"s + "abc");
     EXPECT_EQ(encoded([](auto& w) { return w.string(u"\u007F"); }), "\x51\x7F"s);
     EXPECT_EQ(encoded([](auto& w) { return w.string(u"\u0080"); }), "\x61\0\x80"s);
+    EXPECT_EQ(encoded([](auto& w) { return w.string("a utf8 name"); }), "\x5B"s + "a utf8 name");
+    EXPECT_EQ(encoded([](auto& w) { return w.string("caf\u00E9"); }), "\x64\0c\0a\0f\0\xE9"s);
     EXPECT_EQ(encoded([](auto& w) { return w.string(u"caf\u00E9"); }), "\x64\0c\0a\0f\0\xE9"s);
     EXPECT_EQ(encoded([](auto& w) { return w.string(u"\u00E9\xD800"); }), "\x62\0\xE9\xD8\0"s);
     EXPECT_EQ(encoded([](auto& w) { return w.uid(3); }), "\x80\x03"s);

@@ -29,7 +29,9 @@ class BinaryVisitor {
 
     void openDictionary(const Dictionary& dictionary) {
         open(true, dictionary.size());
-        for (const auto& [key, value] : dictionary) stack_.back().keys.push_back(writer_.string(utf16FromUTF8(key)));
+        std::vector<Object>& keys = stack_.back().keys;
+        keys.reserve(dictionary.size());
+        for (const auto& [key, value] : dictionary) keys.push_back(writer_.string(key));
     }
 
     Result<> key(const std::string&) { return {}; }
