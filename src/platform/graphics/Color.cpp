@@ -156,17 +156,22 @@ Color Color::pattern() {
     return Color({ColorSpace::pattern, {}, {}, {}});
 }
 
+// These four are made once: every note is compared with them.
 Color Color::black() {
-    return calibratedWhite(0);
+    static const auto& color = *new Color(calibratedWhite(0));
+    return color;
 }
 Color Color::white() {
-    return calibratedWhite(1);
+    static const auto& color = *new Color(calibratedWhite(1));
+    return color;
 }
 Color Color::textColor() {
-    return systemColor("textColor");
+    static const auto& color = *new Color(systemColor("textColor"));
+    return color;
 }
 Color Color::textBackgroundColor() {
-    return systemColor("textBackgroundColor");
+    static const auto& color = *new Color(systemColor("textBackgroundColor"));
+    return color;
 }
 Color Color::labelColor() {
     return systemColor("labelColor");
