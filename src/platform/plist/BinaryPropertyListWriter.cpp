@@ -179,7 +179,7 @@ auto BinaryPropertyListWriter::date(Date value) -> Reference {
 
 auto BinaryPropertyListWriter::data(std::string_view bytes) -> Reference {
     char* const out = putMarker(room(kLongestMarker + bytes.size()), dataMarker, bytes.size());
-    return addLeaf(std::ranges::copy(bytes, out).out);
+    return addLeaf(out + bytes.copy(out, bytes.size()));
 }
 
 auto BinaryPropertyListWriter::string(std::u16string_view text) -> Reference {
@@ -199,7 +199,7 @@ auto BinaryPropertyListWriter::string(std::string_view utf8) -> Reference {
 
 auto BinaryPropertyListWriter::asciiString(std::string_view text) -> Reference {
     char* const out = putMarker(room(kLongestMarker + text.size()), asciiMarker, text.size());
-    return addUniqueLeaf(std::ranges::copy(text, out).out);
+    return addUniqueLeaf(out + text.copy(out, text.size()));
 }
 
 auto BinaryPropertyListWriter::uid(std::uint64_t value) -> Reference {
