@@ -123,12 +123,12 @@ class ChangeWriter {
         const bool changesSize = from_.milliPoints != to_.milliPoints;
         if (!changesFont && !changesSize) return;
         if (changesFont) {
-            const RTFFontTable::Entry none;
-            const RTFFontTable::Entry& before = from_.font == kNotFound ? none : fonts[from_.font];
+            const bool first = from_.font == kNotFound;
+            const bool wasItalic = !first && fonts[from_.font].italic, wasBold = !first && fonts[from_.font].bold;
             const RTFFontTable::Entry& after = fonts[to_.font];
             number("\n\\f", static_cast<std::int64_t>(to_.font));
-            if (before.italic != after.italic) out_.raw(after.italic ? "\\i" : "\\i0");
-            if (before.bold != after.bold) out_.raw(after.bold ? "\\b" : "\\b0");
+            if (wasItalic != after.italic) out_.raw(after.italic ? "\\i" : "\\i0");
+            if (wasBold != after.bold) out_.raw(after.bold ? "\\b" : "\\b0");
         }
         if (changesSize) {
             number("\\fs", to_.milliPoints / 500);

@@ -129,30 +129,25 @@ LevelWords levelWords(const TextList& list, std::size_t index) {
 
 std::size_t RTFFontTable::indexOf(const Font& font) {
     const std::string* const name = &font.fontName();
-    const auto [index, isNew] = knownByName_.findOrAdd(
-        spreadHash(reinterpret_cast<std::uintptr_t>(name)), static_cast<std::uint32_t>(known_.size()),
-        [&](std::uint32_t candidate) { return &known_[candidate].font.fontName() == name; });
-    if (isNew) known_.push_back({font, newIndexOf(font)});
-    return known_[index].index;
-}
-
-std::size_t RTFFontTable::newIndexOf(const Font& font) {
-    if (const auto found = indexes_.find(font.fontName()); found != indexes_.end()) return found->second;
-    const std::uint32_t traits = traitsOf(font);
-    entries_.push_back({font.fontName(), (traits & kBoldFontTrait) != 0, (traits & kItalicFontTrait) != 0});
-    indexes_.emplace(font.fontName(), entries_.size() - 1);
-    return entries_.size() - 1;
+    const auto [index, isNew] = entriesByName_.findOrAdd(
+        spreadHash(reinterpret_cast<std::uintptr_t>(name)), static_cast<std::uint32_t>(entries_.size()),
+        [&](std::uint32_t candidate) { return &entries_[candidate].font.fontName() == name; });
+    if (isNew) {
+        const std::uint32_t traits = traitsOf(font);
+        entries_.push_back({font, (traits & kBoldFontTrait) != 0, (traits & kItalicFontTrait) != 0});
+    }
+    return index;
 }
 
 void RTFFontTable::write(RTFOutput& out) const {
     out.raw("{\\fonttbl");
     for (std::size_t index = 0; index < entries_.size(); ++index) {
-        const Entry& entry = entries_[index];
+        const std::string& name = entries_[index].font.fontName();
         out.word("\\f", static_cast<std::int64_t>(index));
-        out.raw(fontClassWord(entry.name));
+        out.raw(fontClassWord(name));
         out.raw("\\fcharset0 ");
         const bool outer = out.enterGroup();
-        out.text(utf16FromUTF8(entry.name));
+        out.text(utf16FromUTF8(name));
         out.leaveGroup(outer);
         out.raw(';');
         if ((index + 1) % kFontsALine == 0) out.raw('\n');
@@ -206,9 +201,18 @@ std::size_t RTFColorTable::indexOf(const Color& color) {
 std::size_t RTFColorTable::newIndexOf(const Color& color) {
     std::optional<Entry> entry = entryFor(color);
     if (!entry) return 0;
-    const auto [place, added] = indexes_.try_emplace(*std::move(entry), entries_.size() + 2);
-    if (added) entries_.push_back(&place->first);
-    return place->second;
+    const auto [number, isNew] =
+        entriesByHash_.findOrAdd(hashOf(*entry), static_cast<std::uint32_t>(entries_.size()),
+                                 [&](std::uint32_t candidate) { return entries_[candidate] == *entry; });
+    if (isNew) entries_.push_back(*std::move(entry));
+    return number + 2;
+}
+
+std::uint32_t RTFColorTable::hashOf(const Entry& entry) {
+    std::uint64_t hash = std::hash<std::string>()(entry.name);
+    for (const std::int64_t component : entry.components)
+        hash = spreadHash(hash << 32 | static_cast<std::uint64_t>(component));
+    return static_cast<std::uint32_t>(hash);
 }
 
 void RTFColorTable::writeExpanded(const Entry& entry, RTFOutput& out) {
@@ -224,15 +228,15 @@ void RTFColorTable::writeExpanded(const Entry& entry, RTFOutput& out) {
 
 void RTFColorTable::write(RTFOutput& out) const {
     out.raw("{\\colortbl;\\red255\\green255\\blue255;");
-    for (const Entry* entry : entries_) {
-        out.word("\\red", entry->generic[0]);
-        out.word("\\green", entry->generic[1]);
-        out.word("\\blue", entry->generic[2]);
+    for (const Entry& entry : entries_) {
+        out.word("\\red", entry.generic[0]);
+        out.word("\\green", entry.generic[1]);
+        out.word("\\blue", entry.generic[2]);
         out.raw(';');
     }
     out.raw("}\n{\\*\\expandedcolortbl;;");
-    for (const Entry* entry : entries_) {
-        writeExpanded(*entry, out);
+    for (const Entry& entry : entries_) {
+        writeExpanded(entry, out);
         out.raw(';');
     }
     out.raw("}\n");

@@ -9,7 +9,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "platform/base/NumberTable.h"
@@ -24,7 +23,7 @@ class TextList;
 class RTFFontTable {
   public:
     struct Entry {
-        std::string name; // PostScript name
+        Font font; // of any size; its name is the entry's
         bool bold = false, italic = false;
     };
 
@@ -33,22 +32,8 @@ class RTFFontTable {
     void write(RTFOutput& out) const;
 
   private:
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
-    };
-
-    // Fonts of one name share it while one of them lives, which one does here.
-    struct KnownFont {
-        Font font;
-        std::size_t index;
-    };
-    std::size_t newIndexOf(const Font& font);
-
-    std::vector<KnownFont> known_;
-    NumberTable knownByName_;
     std::vector<Entry> entries_;
-    std::unordered_map<std::string, std::size_t, Hash, std::equal_to<>> indexes_;
+    NumberTable entriesByName_; // fonts of one name share it while one of them lives, which one does here
 };
 
 // Number 0 stands for no color, 1 is white and never given out: as a background it means none.
@@ -65,7 +50,7 @@ class RTFColorTable {
         std::size_t count = 0;                    // of components besides alpha
         std::string name;
         std::array<std::int64_t, 3> generic{}; // 0 to 255
-        friend auto operator<=>(const Entry&, const Entry&) = default;
+        friend bool operator==(const Entry&, const Entry&) = default;
     };
     // Copies of a color share what it is made of, by which one that was met before is known without its entry.
     struct KnownColor {
@@ -74,12 +59,13 @@ class RTFColorTable {
     };
     std::size_t newIndexOf(const Color& color);
     static std::optional<Entry> entryFor(const Color& color);
+    static std::uint32_t hashOf(const Entry& entry);
     static void writeExpanded(const Entry& entry, RTFOutput& out);
 
     std::vector<KnownColor> known_;
     NumberTable knownByParts_;
-    std::map<Entry, std::size_t> indexes_;
-    std::vector<const Entry*> entries_; // from number 2 on
+    std::vector<Entry> entries_; // from number 2 on
+    NumberTable entriesByHash_;
 };
 
 // Where a paragraph's lists stand: \ls and \ilvl.
