@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <tuple>
 #include <utility>
 
@@ -52,7 +53,6 @@ constexpr LevelFormat kLevelFormats[] = {
     {"{lower-hexadecimal}", 0}, {"{upper-hexadecimal}", 0},
 };
 constexpr std::int64_t kBulletLevel = 23;
-constexpr std::size_t kMaximumLevels = 9;
 constexpr std::int64_t kLevelIndent = 720;     // twips
 constexpr std::size_t kTemplatesAList = 100;   // level template ids: 1, 2 … in the first list, 101 … in the second
 constexpr std::size_t kMaximumLevelText = 255; // its length is one byte
@@ -243,30 +243,26 @@ void RTFColorTable::write(RTFOutput& out) const {
 }
 
 RTFListPlace RTFListTable::placeOf(const Chain& chain) {
-    Path path;
+    std::uint32_t node = kNone;
     const std::size_t levels = std::min(chain.size(), kMaximumLevels);
-    path.reserve(levels);
-    for (std::size_t i = 0; i < levels; ++i) path.push_back(chain[i].get());
-    if (const auto found = places_.find(path); found != places_.end()) return found->second;
-
-    // The longest part of the chain that has a place; its list takes the further levels when it ends there, else a
-    // new list repeats the chain from the top.
-    std::size_t list = 0;
-    for (std::size_t known = levels; --known > 0 && list == 0;) {
-        const auto found = places_.find(Path(path.begin(), path.begin() + static_cast<std::ptrdiff_t>(known)));
-        if (found == places_.end()) continue;
-        if (lists_[found->second.list - 1].size() > known) break;
-        list = found->second.list;
+    for (std::size_t level = 0; level < levels; ++level) {
+        const TextList* const list = chain[level].get();
+        const std::uint32_t above = node;
+        const auto [known, isNew] = nodesByPath_.findOrAdd(
+            spreadHash(reinterpret_cast<std::uintptr_t>(list) * 31 + above), static_cast<std::uint32_t>(nodes_.size()),
+            [&](std::uint32_t other) { return nodes_[other].list == list && nodes_[other].above == above; });
+        node = known;
+        if (!isNew) continue;
+        // The list that ends above takes the further level; else a new list repeats the chain from the top.
+        std::size_t number = above == kNone ? 0 : nodes_[above].place.list;
+        if (above == kNone || lists_[number - 1] != above) {
+            lists_.emplace_back();
+            number = lists_.size();
+        }
+        lists_[number - 1] = node;
+        nodes_.push_back({above, list, {number, level}});
     }
-    if (list == 0) {
-        lists_.emplace_back();
-        list = lists_.size();
-    }
-    lists_[list - 1] = path;
-    for (std::size_t level = 0; level < levels; ++level)
-        places_.try_emplace(Path(path.begin(), path.begin() + static_cast<std::ptrdiff_t>(level + 1)),
-                            RTFListPlace{list, level});
-    return places_.at(path);
+    return nodes_[node].place;
 }
 
 void RTFListTable::write(RTFOutput& out) const {
@@ -278,8 +274,12 @@ void RTFListTable::write(RTFOutput& out) const {
         if (index > 0) out.raw('\n');
         out.word("{\\list\\listtemplateid", id);
         out.raw("\\listhybrid");
-        for (std::size_t level = 0; level < lists_[index].size(); ++level) {
-            const TextList& list = *lists_[index][level];
+        std::array<const TextList*, kMaximumLevels> levels;
+        for (std::uint32_t node = lists_[index]; node != kNone; node = nodes_[node].above)
+            levels[nodes_[node].place.level] = nodes_[node].list;
+        for (std::size_t level = 0; level <= nodes_[lists_[index]].place.level; ++level) {
+            const TextList& list = *levels[level];
+            const auto templateID = static_cast<std::int64_t>(index * kTemplatesAList + level + 1);
             const auto [look, isNew] = looks.try_emplace({list.markerFormat(), list.startingItemNumber(), level});
             if (isNew) look->second = levelWords(list, level);
             out.word(look->second.before, static_cast<std::int64_t>(index * kTemplatesAList + level + 1));

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <map>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -83,10 +83,18 @@ class RTFListTable {
     void write(RTFOutput& out) const;
 
   private:
-    using Path = std::vector<const TextList*>;
+    static constexpr std::size_t kMaximumLevels = 9;
+    static constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
 
-    std::vector<Path> lists_; // each with its levels
-    std::map<Path, RTFListPlace> places_;
+    // A list in its place below those that enclose it. All of a chain is met at once, hence what is above is known.
+    struct Node {
+        std::uint32_t above; // the node, or kNone
+        const TextList* list;
+        RTFListPlace place;
+    };
+    std::vector<Node> nodes_;
+    NumberTable nodesByPath_;
+    std::vector<std::uint32_t> lists_; // the node of each one's deepest level
 };
 
 } // namespace platform

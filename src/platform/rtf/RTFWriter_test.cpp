@@ -1,7 +1,10 @@
 #include "platform/rtf/RTFWriter.h"
 
 #include <array>
+#include <map>
+#include <regex>
 #include <set>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -32,6 +35,14 @@ std::string body(const AttributedString& text) {
 
 std::string packageText(const FileWrapper& package) {
     return std::string(package.childNamed(kRTFDTextName)->regularFileContents().bytes());
+}
+
+std::vector<std::string> allOf(const std::string& text, const std::string& pattern) {
+    const std::regex regex(pattern);
+    std::vector<std::string> found;
+    for (std::sregex_iterator match(text.begin(), text.end(), regex), end; match != end; ++match)
+        found.push_back(match->str());
+    return found;
 }
 
 std::vector<std::string> keys(const FileWrapper& package) {
@@ -260,6 +271,25 @@ TEST(RTFWriter, KeepsOneListPerChainAndAtMostNineLevels) {
     const std::string written = rtf(all);
     EXPECT_NE(written.find("\\ls1\\ilvl8\\cf0 "), std::string::npos);
     EXPECT_EQ(written.find("\\ilvl9"), std::string::npos);
+}
+
+TEST(RTFWriter, RepeatsAChainFromTheTopWhereItBranches) {
+    std::map<char, std::shared_ptr<TextList>> lists;
+    for (const char name : {'a', 'b', 'c', 'd', 'e', 'f'}) lists[name] = std::make_shared<TextList>("{decimal}.");
+    AttributedString all;
+    for (const std::string_view chain : {"a", "ab", "ac", "abd", "ace", "abf", "a"}) {
+        ParagraphStyle style;
+        for (const char name : chain) style.textLists.push_back(lists[name]);
+        all.append(u"x\n", styled(style));
+    }
+    const std::string written = rtf(all);
+    EXPECT_EQ(allOf(written, R"(\\ls\d+\\ilvl\d+)"),
+              (std::vector<std::string>{R"(\ls1\ilvl0)", R"(\ls1\ilvl1)", R"(\ls2\ilvl1)", R"(\ls1\ilvl2)",
+                                        R"(\ls2\ilvl2)", R"(\ls3\ilvl2)", R"(\ls1\ilvl0)"}));
+    EXPECT_EQ(allOf(written, R"(templateid\d+\\')"),
+              (std::vector<std::string>{"templateid1\\'", "templateid2\\'", "templateid3\\'", "templateid101\\'",
+                                        "templateid102\\'", "templateid103\\'", "templateid201\\'", "templateid202\\'",
+                                        "templateid203\\'"}));
 }
 
 } // namespace
