@@ -1,6 +1,7 @@
 // Where the writer's bytes go: control words, and text with its escapes.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -29,6 +30,16 @@ class RTFOutput {
     void leaveGroup(bool outer) { skipsNoReplacement_ = outer; }
 
     std::string& string() { return bytes_; }
+    // What was written from there on, for when it must be written once more. Text in it stands in groups of its own, as
+    // \uc0 is not thought of again.
+    struct Part {
+        std::size_t begin = 0, length = 0;
+    };
+    std::size_t size() const { return bytes_.size(); }
+    Part partSince(std::size_t begin) const { return {begin, bytes_.size() - begin}; }
+    std::string_view part(Part which) const { return std::string_view(bytes_).substr(which.begin, which.length); }
+    void repeat(Part which) { bytes_.append(bytes_, which.begin, which.length); }
+
 
   private:
     char* put(const char16_t*& next, const char16_t* end, char* out, const char* limit);

@@ -99,29 +99,33 @@ void writeLevelText(const SplitFormat& format, std::size_t index, RTFOutput& out
     out.raw(";}");
 }
 
-// A level around its template id. Lists that look the same differ in nothing else.
+// A level's words, around its template id.
 struct LevelWords {
-    std::string before, after;
+    RTFOutput::Part before, after;
 };
 
-LevelWords levelWords(const TextList& list, std::size_t index) {
+LevelWords writeLevel(const TextList& list, std::size_t index, std::int64_t templateID, RTFOutput& out) {
+    LevelWords words;
     const SplitFormat format = splitFormat(list);
-    RTFOutput out;
+    std::size_t begin = out.size();
     out.word("{\\listlevel\\levelnfc", format.number);
     out.word("\\levelnfcn", format.number);
     out.word("\\leveljc0\\leveljcn0\\levelfollow0\\levelstartat", list.startingItemNumber());
     out.raw("\\levelspace360\\levelindent0{\\*\\levelmarker ");
+    const bool outer = out.enterGroup();
     out.text(utf16FromUTF8(list.markerFormat()));
     out.raw("}{\\leveltext\\leveltemplateid");
+    words.before = out.partSince(begin);
+    out.word("", templateID);
+    begin = out.size();
     out.leaveGroup(false);
-    LevelWords words;
-    words.before = std::exchange(out.string(), {});
     writeLevelText(format, index, out);
+    out.leaveGroup(outer);
     const std::int64_t indent = kLevelIndent * static_cast<std::int64_t>(index + 1);
     out.word("\\fi-360\\li", indent);
     out.word("\\lin", indent);
     out.raw(" }");
-    words.after = std::move(out.string());
+    words.after = out.partSince(begin);
     return words;
 }
 
@@ -267,6 +271,7 @@ RTFListPlace RTFListTable::placeOf(const Chain& chain) {
 
 void RTFListTable::write(RTFOutput& out) const {
     if (lists_.empty()) return;
+    // Lists that look the same differ in their levels' template ids alone.
     std::map<std::tuple<std::string_view, std::int64_t, std::size_t>, LevelWords> looks;
     out.raw("{\\*\\listtable");
     for (std::size_t index = 0; index < lists_.size(); ++index) {
@@ -281,9 +286,13 @@ void RTFListTable::write(RTFOutput& out) const {
             const TextList& list = *levels[level];
             const auto templateID = static_cast<std::int64_t>(index * kTemplatesAList + level + 1);
             const auto [look, isNew] = looks.try_emplace({list.markerFormat(), list.startingItemNumber(), level});
-            if (isNew) look->second = levelWords(list, level);
-            out.word(look->second.before, static_cast<std::int64_t>(index * kTemplatesAList + level + 1));
-            out.raw(look->second.after);
+            if (isNew) {
+                look->second = writeLevel(list, level, templateID, out);
+            } else {
+                out.repeat(look->second.before);
+                out.word("", templateID);
+                out.repeat(look->second.after);
+            }
         }
         out.word("{\\listname ;}\\listid", id);
         out.raw('}');
