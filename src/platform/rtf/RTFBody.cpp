@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "platform/base/TextScan.h"
 #include "platform/base/UTF16.h"
@@ -105,10 +106,10 @@ void RTFBody::writeParagraph(const Paragraph& paragraph, bool endsCell) {
 }
 
 void RTFBody::beginParagraph(const Paragraph& paragraph) {
-    const std::string& words = paragraphWords_.wordsFor(*paragraph.style);
-    if (currentWords_ && (currentWords_ == &words || *currentWords_ == words)) return;
-    currentWords_ = &words;
-    out_.raw(words);
+    const std::uint32_t words = paragraphWords_.numberFor(*paragraph.style);
+    const auto inForce = std::exchange(currentWords_, words);
+    if (inForce && (*inForce == words || paragraphWords_[*inForce] == paragraphWords_[words])) return;
+    out_.raw(paragraphWords_[words]);
     repeatsColor_ = true;
 }
 
@@ -235,7 +236,7 @@ void RTFBody::beginRow(std::size_t depth, const TextTable&, bool first) {
     const RTFTableRow& row = plan_.row(open.row);
     open.slots = open.slotMaker.next(row);
     if (depth == 1) writeRowHead(row, open.slots, plan_.columnsOf(row), depth, colors_, out_);
-    currentWords_ = nullptr;
+    currentWords_.reset();
 }
 
 void RTFBody::beginCell(std::size_t depth, const TextTableBlock& block) {
@@ -262,7 +263,7 @@ void RTFBody::endCell(std::size_t depth) {
     out_.raw(depth == 1 ? "\\cell " : "\\nestcell{\\nonesttables\\par}\n");
     const OpenRow& open = rows_[depth - 1];
     if (depth == 1 && open.next < open.slots.size()) out_.raw('\n');
-    currentWords_ = nullptr;
+    currentWords_.reset();
 }
 
 void RTFBody::endRow(std::size_t depth, bool last) {
@@ -275,7 +276,7 @@ void RTFBody::endRow(std::size_t depth, bool last) {
         writeRowHead(row, rows_[depth - 1].slots, plan_.columnsOf(row), depth, colors_, out_);
         out_.raw(last ? "\\lastrow\\nestrow}{\\nonesttables\\par}\n" : "\\nestrow}{\\nonesttables\\par}\n");
     }
-    currentWords_ = nullptr;
+    currentWords_.reset();
 }
 
 } // namespace platform

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -94,7 +95,7 @@ class RTFBody : private RTFTableEvents {
     std::vector<RTFCharacterState> states_{RTFCharacterState()}; // the one that a text begins with is number 0
     NumberTable statesByHash_;
     std::uint32_t state_ = 0;                   // that is in force
-    const std::string* currentWords_ = nullptr; // of the paragraph before; null when they must be repeated
+    std::optional<std::uint32_t> currentWords_; // of the paragraph before; nothing when they must be repeated
     bool repeatsColor_ = false;
     std::size_t run_ = 0;
 

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
-#include "platform/rtf/RTFOutput.h"
 #include "platform/rtf/RTFTableRows.h"
 #include "platform/rtf/RTFTables.h"
 #include "platform/rtf/RTFVocabulary.h"
@@ -72,40 +70,42 @@ void writeDirection(const ParagraphStyle& style, RTFOutput& out) {
 
 } // namespace
 
-const std::string& RTFParagraphWords::tabWordsFor(const std::vector<TextTab>& tabs) {
-    for (const TabWords& known : tabWords_)
-        if (known.tabs == tabs) return known.words;
-    RTFOutput out;
-    writeTabs(tabs, out);
-    TabWords& replaced = tabWords_[nextTabWords_++ % tabWords_.size()];
-    replaced = {tabs, std::move(out.string())};
-    return replaced.words;
+std::uint32_t RTFParagraphWords::numberFor(const ParagraphStyle& style) {
+    const auto [number, isNew] = knownByAddress_.findOrAdd(
+        spreadHash(reinterpret_cast<std::uintptr_t>(&style)), static_cast<std::uint32_t>(known_.size()),
+        [&](std::uint32_t candidate) { return known_[candidate].style == &style; });
+    if (isNew) {
+        const std::size_t begin = words_.size();
+        writeWords(style);
+        known_.push_back({&style, words_.partSince(begin)});
+    }
+    return number;
 }
 
-const std::string& RTFParagraphWords::wordsFor(const ParagraphStyle& style) {
-    const auto [place, added] = words_.try_emplace(&style);
-    if (!added) return place->second;
-    constexpr std::size_t kUsualSize = 192;
-    RTFOutput out;
-    out.string().reserve(kUsualSize);
-    out.raw("\\pard");
+void RTFParagraphWords::writeTabWords(const std::vector<TextTab>& tabs) {
+    for (const KnownTabs& known : knownTabs_)
+        if (known.tabs && *known.tabs == tabs) return words_.repeat(known.words);
+    const std::size_t begin = words_.size();
+    writeTabs(tabs, words_);
+    knownTabs_[nextTabs_++ % knownTabs_.size()] = {&tabs, words_.partSince(begin)};
+}
+
+void RTFParagraphWords::writeWords(const ParagraphStyle& style) {
+    words_.raw("\\pard");
     if (const std::size_t depth = tableDepth(style); depth > 0)
-        out.word("\\intbl\\itap", static_cast<std::int64_t>(depth));
-    out.raw(tabWordsFor(style.tabStops));
-    wordUnlessZero("\\pardeftab", twips(style.defaultTabInterval), out);
-    writeIndents(style, out);
-    writeSpacing(style, out);
-    writeDirection(style, out);
-    out.raw(style.allowsDefaultTighteningForTruncation ? "\\partightenfactor200" : "\\partightenfactor0");
-    wordUnlessZero("\\parhyphenfactor", std::llround(std::clamp(style.hyphenationFactor, 0.0F, 1.0F) * 100), out);
-    out.raw('\n');
-    if (!style.textLists.empty()) {
-        const RTFListPlace at = lists_.placeOf(style.textLists);
-        out.word("\\ls", static_cast<std::int64_t>(at.list));
-        out.word("\\ilvl", static_cast<std::int64_t>(at.level));
-    }
-    place->second = std::move(out.string());
-    return place->second;
+        words_.word("\\intbl\\itap", static_cast<std::int64_t>(depth));
+    writeTabWords(style.tabStops);
+    wordUnlessZero("\\pardeftab", twips(style.defaultTabInterval), words_);
+    writeIndents(style, words_);
+    writeSpacing(style, words_);
+    writeDirection(style, words_);
+    words_.raw(style.allowsDefaultTighteningForTruncation ? "\\partightenfactor200" : "\\partightenfactor0");
+    wordUnlessZero("\\parhyphenfactor", std::llround(std::clamp(style.hyphenationFactor, 0.0F, 1.0F) * 100), words_);
+    words_.raw('\n');
+    if (style.textLists.empty()) return;
+    const RTFListPlace at = lists_.placeOf(style.textLists);
+    words_.word("\\ls", static_cast<std::int64_t>(at.list));
+    words_.word("\\ilvl", static_cast<std::int64_t>(at.level));
 }
 
 } // namespace platform

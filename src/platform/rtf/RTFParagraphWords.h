@@ -3,10 +3,12 @@
 
 #include <array>
 #include <cstddef>
-#include <string>
-#include <unordered_map>
+#include <cstdint>
+#include <string_view>
 #include <vector>
 
+#include "platform/base/NumberTable.h"
+#include "platform/rtf/RTFOutput.h"
 #include "platform/text/ParagraphStyle.h"
 
 namespace platform {
@@ -17,22 +19,32 @@ class RTFParagraphWords {
   public:
     explicit RTFParagraphWords(RTFListTable& lists) : lists_(lists) {}
 
-    // From \pard to the line's end, then the list words: what stands before a paragraph of this style. Two styles of
-    // equal words look the same in RTF. Kept for each style object; the reference stays good.
-    const std::string& wordsFor(const ParagraphStyle& style);
+    // The number of the words for a style: from \pard to the line's end, then the list words, which is what stands
+    // before a paragraph of it. Asked once for each style object; styles must live as long as this does.
+    std::uint32_t numberFor(const ParagraphStyle& style);
+    // Two styles of equal words look the same in RTF. Good until the next number is asked for.
+    std::string_view operator[](std::uint32_t number) const { return words_.part(known_[number].words); }
 
   private:
-    const std::string& tabWordsFor(const std::vector<TextTab>& tabs);
+    void writeTabWords(const std::vector<TextTab>& tabs);
+    void writeWords(const ParagraphStyle& style);
+
+    struct KnownStyle {
+        const ParagraphStyle* style;
+        RTFOutput::Part words;
+    };
+    // Of tab stops met lately: the styles of a text have a dozen of them, and hardly ever others than those before.
+    struct KnownTabs {
+        const std::vector<TextTab>* tabs = nullptr;
+        RTFOutput::Part words;
+    };
 
     RTFListTable& lists_;
-    // Of tab stops met lately: the styles of a text have a dozen of them, and hardly ever others than those before.
-    struct TabWords {
-        std::vector<TextTab> tabs;
-        std::string words;
-    };
-    std::array<TabWords, 4> tabWords_;
-    std::size_t nextTabWords_ = 0; // to be replaced
-    std::unordered_map<const ParagraphStyle*, std::string> words_;
+    RTFOutput words_; // of all styles, one behind the other
+    std::vector<KnownStyle> known_;
+    NumberTable knownByAddress_;
+    std::array<KnownTabs, 4> knownTabs_;
+    std::size_t nextTabs_ = 0; // to be replaced
 };
 
 } // namespace platform
