@@ -188,7 +188,17 @@ std::uint32_t RTFBody::stateNumber(const RTFCharacterState& state) {
 
 void RTFBody::changeTo(const KnownSet& set) {
     if (set.state == state_ && !repeatsColor_) return;
-    writeCharacterChange(states_[state_], states_[set.state], repeatsColor_, fonts_, out_);
+    const std::uint64_t change = (std::uint64_t{state_} << 32 | set.state) * 2 + (repeatsColor_ ? 1 : 0);
+    const auto [number, isNew] =
+        changesByStates_.findOrAdd(spreadHash(change), static_cast<std::uint32_t>(changes_.size()),
+                                   [&](std::uint32_t candidate) { return changes_[candidate].states == change; });
+    if (isNew) {
+        const std::size_t begin = out_.size();
+        writeCharacterChange(states_[state_], states_[set.state], repeatsColor_, fonts_, out_);
+        changes_.push_back({change, out_.partSince(begin)});
+    } else {
+        out_.repeat(changes_[number].words);
+    }
     state_ = set.state;
     repeatsColor_ = false;
 }

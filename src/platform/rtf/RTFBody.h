@@ -90,10 +90,18 @@ class RTFBody : private RTFTableEvents {
     std::vector<OpenRow> rows_; // by depth
     std::size_t nextRow_ = 0;
 
+    // What leads from one state to another, as the output has it: few states lead to few others, over and over.
+    struct Change {
+        std::uint64_t states; // both, and whether the color is repeated
+        RTFOutput::Part words;
+    };
+
     std::vector<KnownSet> sets_;
     NumberTable setsByAddress_;
     std::vector<RTFCharacterState> states_{RTFCharacterState()}; // the one that a text begins with is number 0
     NumberTable statesByHash_;
+    std::vector<Change> changes_;
+    NumberTable changesByStates_;
     std::uint32_t state_ = 0;                   // that is in force
     std::optional<std::uint32_t> currentWords_; // of the paragraph before; nothing when they must be repeated
     bool repeatsColor_ = false;
