@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -35,6 +36,34 @@ char* putEscaped(char byte, char* out) {
     *out++ = kHexDigits[value >> 4];
     *out++ = kHexDigits[value & 15];
     return out;
+}
+
+// The low bytes of one block. A vector of the compiler's, which left to itself moves them one by one.
+void narrowBlock(const char16_t* units, char* out) {
+    using Units [[gnu::vector_size(16)]] = std::uint16_t;
+    using Bytes [[gnu::vector_size(8)]] = std::uint8_t;
+    static_assert(sizeof(Bytes) == NotPlain::kBlock);
+    Units block;
+    std::memcpy(&block, units, sizeof block);
+    const auto bytes = __builtin_convertvector(block, Bytes);
+    std::memcpy(out, &bytes, sizeof bytes);
+}
+
+// Writes what goes out as it is, up to the first unit that does not, and gives its length; there is room for the whole
+// text. A block is narrowed as a whole and counts as far as it is plain; the last one ends with the text.
+std::size_t putPlain(std::u16string_view text, char* out) {
+    constexpr std::size_t kBlock = NotPlain::kBlock;
+    if (text.size() < kBlock) {
+        std::size_t length = 0;
+        for (; length < text.size() && !NotPlain::stops(text[length]); ++length)
+            out[length] = static_cast<char>(text[length]);
+        return length;
+    }
+    for (std::size_t start = 0;; start = std::min(start + kBlock, text.size() - kBlock)) {
+        narrowBlock(text.data() + start, out + start);
+        const std::size_t length = NotPlain::lengthInBlock(text.data() + start);
+        if (length < kBlock || start + kBlock == text.size()) return start + length;
+    }
 }
 
 } // namespace
@@ -70,38 +99,28 @@ void RTFOutput::text(std::u16string_view text) {
         const auto left = static_cast<std::size_t>(end - next);
         const std::size_t before = bytes_.size();
         bytes_.resize_and_overwrite(before + left + left / 8 + 4 * kLongestSpecial, [&](char* bytes, std::size_t room) {
-            char* const out = put(next, end, bytes + before, bytes + room);
+            const auto [out, read] = put(next, end, bytes + before, bytes + room);
+            next = read;
             return static_cast<std::size_t>(out - bytes);
         });
     }
 }
 
-// Writes the text up to its end, or up to where the room gets short, and moves `next` there.
-char* RTFOutput::put(const char16_t*& next, const char16_t* end, char* out, const char* limit) {
+// Writes the text up to its end, or up to where the room gets short; gives the end of what it wrote and of what it
+// read.
+std::pair<char*, const char16_t*> RTFOutput::put(const char16_t* next, const char16_t* end, char* out,
+                                                 const char* limit) {
     while (next != end) {
-        out = putPlain(next, end, out);
+        const std::size_t plain = putPlain(std::u16string_view(next, end), out);
+        out += plain;
+        next += plain;
         if (next == end) break;
         if (limit - out < end - next + static_cast<std::ptrdiff_t>(kLongestSpecial)) break;
         const char16_t unit = *next++;
         if (unit == '\r' && next != end && *next == '\n') continue;
         out = putSpecial(unit, out);
     }
-    return out;
-}
-
-// What goes out as it is, up to the first unit that does not; there is room for the whole text. A block is narrowed as
-// a whole and counts as far as it is plain.
-char* RTFOutput::putPlain(const char16_t*& next, const char16_t* end, char* out) {
-    constexpr std::size_t kBlock = NotPlain::kBlock;
-    while (static_cast<std::size_t>(end - next) >= kBlock) {
-        for (std::size_t i = 0; i < kBlock; ++i) out[i] = static_cast<char>(next[i]);
-        const std::size_t length = NotPlain::lengthInBlock(next);
-        out += length;
-        next += length;
-        if (length < kBlock) return out;
-    }
-    while (next != end && !NotPlain::stops(*next)) *out++ = static_cast<char>(*next++);
-    return out;
+    return {out, next};
 }
 
 char* RTFOutput::putSpecial(char16_t unit, char* out) {

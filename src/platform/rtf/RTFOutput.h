@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace platform {
 
@@ -29,7 +30,6 @@ class RTFOutput {
     bool enterGroup();
     void leaveGroup(bool outer) { skipsNoReplacement_ = outer; }
 
-    std::string& string() { return bytes_; }
     // What was written from there on, for when it must be written once more. Text in it stands in groups of its own, as
     // \uc0 is not thought of again.
     struct Part {
@@ -40,10 +40,10 @@ class RTFOutput {
     std::string_view part(Part which) const { return std::string_view(bytes_).substr(which.begin, which.length); }
     void repeat(Part which) { bytes_.append(bytes_, which.begin, which.length); }
 
+    std::string& string() { return bytes_; }
 
   private:
-    char* put(const char16_t*& next, const char16_t* end, char* out, const char* limit);
-    static char* putPlain(const char16_t*& next, const char16_t* end, char* out);
+    std::pair<char*, const char16_t*> put(const char16_t* next, const char16_t* end, char* out, const char* limit);
     char* putSpecial(char16_t unit, char* out);
 
     std::string bytes_;
