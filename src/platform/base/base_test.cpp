@@ -6,6 +6,7 @@
 #include "platform/base/Date.h"
 #include "platform/base/Error.h"
 #include "platform/base/NumberTable.h"
+#include "platform/base/Numbered.h"
 #include "platform/base/Range.h"
 #include "platform/base/Result.h"
 #include "platform/base/SystemLog.h"
@@ -50,6 +51,20 @@ TEST(NumberTable, TellsThingsOfOneHashApart) {
     };
     for (std::uint32_t thing = 0; thing < 200; ++thing) EXPECT_TRUE(findOrAdd(thing).second);
     for (std::uint32_t thing = 0; thing < 200; ++thing) EXPECT_EQ(findOrAdd(thing), std::pair(thing, false));
+}
+
+TEST(Numbered, KeepsEachThingOnceUnderTheNumberOfItsFirstMeeting) {
+    Numbered<std::string> words;
+    const auto numberOf = [&](const std::string& word) {
+        return words.numberOf(
+            static_cast<std::uint32_t>(word.size()), [&](const std::string& known) { return known == word; },
+            [&] { return word; });
+    };
+    for (int round = 0; round < 2; ++round)
+        for (std::uint32_t number = 0; number < 100; ++number) EXPECT_EQ(numberOf(std::to_string(number)), number);
+    EXPECT_EQ(words.size(), 100U);
+    EXPECT_EQ(words[42], "42");
+    EXPECT_EQ(std::vector<std::string>(words.begin(), words.end()).back(), "99");
 }
 
 TEST(UTF16, RoundTripsEveryPlane) {

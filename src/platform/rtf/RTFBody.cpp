@@ -47,7 +47,7 @@ std::u16string fieldArgument(std::string_view link) {
 } // namespace
 
 RTFBody::RTFBody(const AttributedString& text, Range range, const std::vector<RTFDEntry>* entries)
-    : text_(text), range_(range), entries_(entries) {}
+    : text_(text), range_(range), entries_(entries), state_(stateNumber(RTFCharacterState())) {}
 
 void RTFBody::write() {
     out_.string().reserve(range_.length + range_.length / 8 + 1024);
@@ -71,6 +71,7 @@ void RTFBody::write() {
 void RTFBody::findParagraphs() {
     const std::u16string_view string = text_.string();
     const auto& runs = text_.runs();
+    paragraphs_.reserve(runs.size()); // most have a run or a few
     std::size_t position = range_.location;
     std::size_t run = 0;
     while (position < range_.end()) {
@@ -168,37 +169,33 @@ void RTFBody::writeRunText(Range range, const KnownSet& set) {
 }
 
 auto RTFBody::known(const AttributeSet& attributes) -> const KnownSet& {
-    const auto [index, isNew] = setsByAddress_.findOrAdd(
-        spreadHash(reinterpret_cast<std::uintptr_t>(&attributes)), static_cast<std::uint32_t>(sets_.size()),
-        [&](std::uint32_t candidate) { return sets_[candidate].attributes == &attributes; });
-    if (isNew)
-        sets_.push_back({&attributes, stateNumber(characterStateOf(attributes, fonts_, colors_)),
-                         attributes.find(kLinkAttributeName) != nullptr,
-                         attributes.find(kAttachmentAttributeName) != nullptr});
-    return sets_[index];
+    const std::uint32_t number = sets_.numberOf(
+        spreadHash(reinterpret_cast<std::uintptr_t>(&attributes)),
+        [&](const KnownSet& set) { return set.attributes == &attributes; },
+        [&] {
+            return KnownSet{&attributes, stateNumber(characterStateOf(attributes, fonts_, colors_)),
+                            attributes.find(kLinkAttributeName) != nullptr,
+                            attributes.find(kAttachmentAttributeName) != nullptr};
+        });
+    return sets_[number];
 }
 
 std::uint32_t RTFBody::stateNumber(const RTFCharacterState& state) {
-    const auto [number, isNew] =
-        statesByHash_.findOrAdd(hashOf(state), static_cast<std::uint32_t>(states_.size()),
-                                [&](std::uint32_t candidate) { return states_[candidate] == state; });
-    if (isNew) states_.push_back(state);
-    return number;
+    return states_.numberOf(
+        hashOf(state), [&](const RTFCharacterState& known) { return known == state; }, [&] { return state; });
 }
 
 void RTFBody::changeTo(const KnownSet& set) {
     if (set.state == state_ && !repeatsColor_) return;
     const std::uint64_t change = (std::uint64_t{state_} << 32 | set.state) * 2 + (repeatsColor_ ? 1 : 0);
-    const auto [number, isNew] =
-        changesByStates_.findOrAdd(spreadHash(change), static_cast<std::uint32_t>(changes_.size()),
-                                   [&](std::uint32_t candidate) { return changes_[candidate].states == change; });
-    if (isNew) {
-        const std::size_t begin = out_.size();
-        writeCharacterChange(states_[state_], states_[set.state], repeatsColor_, fonts_, out_);
-        changes_.push_back({change, out_.partSince(begin)});
-    } else {
-        out_.repeat(changes_[number].words);
-    }
+    const std::size_t begin = out_.size();
+    const std::uint32_t number = changes_.numberOf(
+        spreadHash(change), [&](const Change& known) { return known.states == change; },
+        [&] {
+            writeCharacterChange(states_[state_], states_[set.state], repeatsColor_, fonts_, out_);
+            return Change{change, out_.partSince(begin)};
+        });
+    if (out_.size() == begin) out_.repeat(changes_[number].words); // it was not new
     state_ = set.state;
     repeatsColor_ = false;
 }

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/base/NumberTable.h"
+#include "platform/base/Numbered.h"
 #include "platform/rtf/RTFCharacterWords.h"
 #include "platform/rtf/RTFOutput.h"
 #include "platform/rtf/RTFParagraphWords.h"
@@ -96,13 +96,10 @@ class RTFBody : private RTFTableEvents {
         RTFOutput::Part words;
     };
 
-    std::vector<KnownSet> sets_;
-    NumberTable setsByAddress_;
-    std::vector<RTFCharacterState> states_{RTFCharacterState()}; // the one that a text begins with is number 0
-    NumberTable statesByHash_;
-    std::vector<Change> changes_;
-    NumberTable changesByStates_;
-    std::uint32_t state_ = 0;                   // that is in force
+    Numbered<KnownSet> sets_; // by address
+    Numbered<RTFCharacterState> states_;
+    Numbered<Change> changes_;                  // by states
+    std::uint32_t state_;                       // that is in force
     std::optional<std::uint32_t> currentWords_; // of the paragraph before; nothing when they must be repeated
     bool repeatsColor_ = false;
     std::size_t run_ = 0;

@@ -71,15 +71,14 @@ void writeDirection(const ParagraphStyle& style, RTFOutput& out) {
 } // namespace
 
 std::uint32_t RTFParagraphWords::numberFor(const ParagraphStyle& style) {
-    const auto [number, isNew] = knownByAddress_.findOrAdd(
-        spreadHash(reinterpret_cast<std::uintptr_t>(&style)), static_cast<std::uint32_t>(known_.size()),
-        [&](std::uint32_t candidate) { return known_[candidate].style == &style; });
-    if (isNew) {
-        const std::size_t begin = words_.size();
-        writeWords(style);
-        known_.push_back({&style, words_.partSince(begin)});
-    }
-    return number;
+    return known_.numberOf(
+        spreadHash(reinterpret_cast<std::uintptr_t>(&style)),
+        [&](const KnownStyle& known) { return known.style == &style; },
+        [&] {
+            const std::size_t begin = words_.size();
+            writeWords(style);
+            return KnownStyle{&style, words_.partSince(begin)};
+        });
 }
 
 void RTFParagraphWords::writeTabWords(const std::vector<TextTab>& tabs) {

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/base/NumberTable.h"
+#include "platform/base/Numbered.h"
 #include "platform/rtf/RTFOutput.h"
 #include "platform/text/ParagraphStyle.h"
 
@@ -40,9 +40,8 @@ class RTFParagraphWords {
     };
 
     RTFListTable& lists_;
-    RTFOutput words_; // of all styles, one behind the other
-    std::vector<KnownStyle> known_;
-    NumberTable knownByAddress_;
+    RTFOutput words_;            // of all styles, one behind the other
+    Numbered<KnownStyle> known_; // by address
     std::array<KnownTabs, 4> knownTabs_;
     std::size_t nextTabs_ = 0; // to be replaced
 };

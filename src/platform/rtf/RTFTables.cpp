@@ -133,14 +133,13 @@ LevelWords writeLevel(const TextList& list, std::size_t index, std::int64_t temp
 
 std::size_t RTFFontTable::indexOf(const Font& font) {
     const std::string* const name = &font.fontName();
-    const auto [index, isNew] = entriesByName_.findOrAdd(
-        spreadHash(reinterpret_cast<std::uintptr_t>(name)), static_cast<std::uint32_t>(entries_.size()),
-        [&](std::uint32_t candidate) { return &entries_[candidate].font.fontName() == name; });
-    if (isNew) {
-        const std::uint32_t traits = traitsOf(font);
-        entries_.push_back({font, (traits & kBoldFontTrait) != 0, (traits & kItalicFontTrait) != 0});
-    }
-    return index;
+    return entries_.numberOf(
+        spreadHash(reinterpret_cast<std::uintptr_t>(name)),
+        [&](const Entry& entry) { return &entry.font.fontName() == name; },
+        [&] {
+            const std::uint32_t traits = traitsOf(font);
+            return Entry{font, (traits & kBoldFontTrait) != 0, (traits & kItalicFontTrait) != 0};
+        });
 }
 
 void RTFFontTable::write(RTFOutput& out) const {
@@ -195,21 +194,19 @@ std::optional<RTFColorTable::Entry> RTFColorTable::entryFor(const Color& color) 
 
 std::size_t RTFColorTable::indexOf(const Color& color) {
     const void* const parts = &color.components();
-    const auto [index, isNew] = knownByParts_.findOrAdd(
-        spreadHash(reinterpret_cast<std::uintptr_t>(parts)), static_cast<std::uint32_t>(known_.size()),
-        [&](std::uint32_t candidate) { return &known_[candidate].color.components() == parts; });
-    if (isNew) known_.push_back({color, newIndexOf(color)});
-    return known_[index].index;
+    const std::uint32_t number = known_.numberOf(
+        spreadHash(reinterpret_cast<std::uintptr_t>(parts)),
+        [&](const KnownColor& known) { return &known.color.components() == parts; },
+        [&] { return KnownColor{color, newIndexOf(color)}; });
+    return known_[number].index;
 }
 
 std::size_t RTFColorTable::newIndexOf(const Color& color) {
     std::optional<Entry> entry = entryFor(color);
     if (!entry) return 0;
-    const auto [number, isNew] =
-        entriesByHash_.findOrAdd(hashOf(*entry), static_cast<std::uint32_t>(entries_.size()),
-                                 [&](std::uint32_t candidate) { return entries_[candidate] == *entry; });
-    if (isNew) entries_.push_back(*std::move(entry));
-    return number + 2;
+    return 2 +
+           entries_.numberOf(
+               hashOf(*entry), [&](const Entry& known) { return known == *entry; }, [&] { return *std::move(entry); });
 }
 
 std::uint32_t RTFColorTable::hashOf(const Entry& entry) {
@@ -246,25 +243,28 @@ void RTFColorTable::write(RTFOutput& out) const {
     out.raw("}\n");
 }
 
+// The list that ends above takes the further level; else a new list repeats the chain from the top.
+RTFListPlace RTFListTable::newPlace(std::uint32_t above, std::size_t level) {
+    const auto node = static_cast<std::uint32_t>(nodes_.size());
+    const std::size_t listAbove = above == kNone ? 0 : nodes_[above].place.list;
+    if (above != kNone && lists_[listAbove - 1] == above) {
+        lists_[listAbove - 1] = node;
+        return {listAbove, level};
+    }
+    lists_.push_back(node);
+    return {lists_.size(), level};
+}
+
 RTFListPlace RTFListTable::placeOf(const Chain& chain) {
     std::uint32_t node = kNone;
     const std::size_t levels = std::min(chain.size(), kMaximumLevels);
     for (std::size_t level = 0; level < levels; ++level) {
         const TextList* const list = chain[level].get();
         const std::uint32_t above = node;
-        const auto [known, isNew] = nodesByPath_.findOrAdd(
-            spreadHash(reinterpret_cast<std::uintptr_t>(list) * 31 + above), static_cast<std::uint32_t>(nodes_.size()),
-            [&](std::uint32_t other) { return nodes_[other].list == list && nodes_[other].above == above; });
-        node = known;
-        if (!isNew) continue;
-        // The list that ends above takes the further level; else a new list repeats the chain from the top.
-        std::size_t number = above == kNone ? 0 : nodes_[above].place.list;
-        if (above == kNone || lists_[number - 1] != above) {
-            lists_.emplace_back();
-            number = lists_.size();
-        }
-        lists_[number - 1] = node;
-        nodes_.push_back({above, list, {number, level}});
+        node = nodes_.numberOf(
+            spreadHash(reinterpret_cast<std::uintptr_t>(list) * 31 + above),
+            [&](const Node& known) { return known.list == list && known.above == above; },
+            [&] { return Node{above, list, newPlace(above, level)}; });
     }
     return nodes_[node].place;
 }

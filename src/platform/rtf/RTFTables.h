@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/base/NumberTable.h"
+#include "platform/base/Numbered.h"
 #include "platform/graphics/Color.h"
 #include "platform/graphics/Font.h"
 #include "platform/rtf/RTFOutput.h"
@@ -32,8 +32,7 @@ class RTFFontTable {
     void write(RTFOutput& out) const;
 
   private:
-    std::vector<Entry> entries_;
-    NumberTable entriesByName_; // fonts of one name share it while one of them lives, which one does here
+    Numbered<Entry> entries_; // by name: fonts of one name share it while one of them lives, which one does here
 };
 
 // Number 0 stands for no color, 1 is white and never given out: as a background it means none.
@@ -62,10 +61,8 @@ class RTFColorTable {
     static std::uint32_t hashOf(const Entry& entry);
     static void writeExpanded(const Entry& entry, RTFOutput& out);
 
-    std::vector<KnownColor> known_;
-    NumberTable knownByParts_;
-    std::vector<Entry> entries_; // from number 2 on
-    NumberTable entriesByHash_;
+    Numbered<KnownColor> known_; // by what they are made of
+    Numbered<Entry> entries_;    // from number 2 on
 };
 
 // Where a paragraph's lists stand: \ls and \ilvl.
@@ -92,8 +89,9 @@ class RTFListTable {
         const TextList* list;
         RTFListPlace place;
     };
-    std::vector<Node> nodes_;
-    NumberTable nodesByPath_;
+    RTFListPlace newPlace(std::uint32_t above, std::size_t level);
+
+    Numbered<Node> nodes_;
     std::vector<std::uint32_t> lists_; // the node of each one's deepest level
 };
 

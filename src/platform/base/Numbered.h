@@ -1,0 +1,41 @@
+// Things of one kind under numbers of their own, each kept once.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "platform/base/NumberTable.h"
+
+namespace platform {
+
+// Numbers count from 0 in the order in which the things were first met. What NumberTable says of hashes holds here.
+template<class Thing>
+class Numbered {
+  public:
+    // The number of the thing of this hash for which `isSame(thing)` holds; when there is none, `make()` gives it.
+    template<class IsSame, class Make>
+    std::uint32_t numberOf(std::uint32_t hash, IsSame&& isSame, Make&& make) {
+        const auto [number, isNew] =
+            numbers_.findOrAdd(hash, static_cast<std::uint32_t>(things_.size()),
+                               [&](std::uint32_t candidate) { return isSame(things_[candidate]); });
+        if (isNew) {
+            if (things_.empty()) things_.reserve(kExpected);
+            things_.push_back(make());
+        }
+        return number;
+    }
+
+    const Thing& operator[](std::size_t number) const { return things_[number]; }
+    std::size_t size() const { return things_.size(); }
+    auto begin() const { return things_.begin(); }
+    auto end() const { return things_.end(); }
+
+  private:
+    static constexpr std::size_t kExpected = 32;
+
+    std::vector<Thing> things_;
+    NumberTable numbers_{kExpected};
+};
+
+} // namespace platform
