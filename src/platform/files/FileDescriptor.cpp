@@ -65,7 +65,9 @@ bool isPathComponent(std::string_view name) {
 }
 
 std::string joinedPath(std::string_view directory, std::string_view name) {
-    std::string path(directory);
+    std::string path;
+    path.reserve(directory.size() + 1 + name.size());
+    path = directory;
     if (path.empty() || path.back() != '/') path += '/';
     return path.append(name);
 }
