@@ -156,34 +156,43 @@ Color Color::pattern() {
     return Color({ColorSpace::pattern, {}, {}, {}});
 }
 
-// These four are made once: every note is compared with them.
+Color Color::permanent(const Color& color) {
+    Color kept = color;
+    kept.parts_ = std::shared_ptr<const Parts>(std::shared_ptr<const Parts>(), new Parts(*color.parts_));
+    return kept;
+}
+
 Color Color::black() {
-    static const auto& color = *new Color(calibratedWhite(0));
+    static const Color color = permanent(calibratedWhite(0));
     return color;
 }
 Color Color::white() {
-    static const auto& color = *new Color(calibratedWhite(1));
+    static const Color color = permanent(calibratedWhite(1));
     return color;
 }
 Color Color::textColor() {
-    static const auto& color = *new Color(systemColor("textColor"));
+    static const Color color = permanent(systemColor("textColor"));
     return color;
 }
 Color Color::textBackgroundColor() {
-    static const auto& color = *new Color(systemColor("textBackgroundColor"));
+    static const Color color = permanent(systemColor("textBackgroundColor"));
     return color;
 }
 Color Color::labelColor() {
-    return systemColor("labelColor");
+    static const Color color = permanent(systemColor("labelColor"));
+    return color;
 }
 Color Color::secondaryLabelColor() {
-    return systemColor("secondaryLabelColor");
+    static const Color color = permanent(systemColor("secondaryLabelColor"));
+    return color;
 }
 Color Color::tertiaryLabelColor() {
-    return systemColor("tertiaryLabelColor");
+    static const Color color = permanent(systemColor("tertiaryLabelColor"));
+    return color;
 }
 Color Color::controlAccentColor() {
-    return systemColor("controlAccentColor");
+    static const Color color = permanent(systemColor("controlAccentColor"));
+    return color;
 }
 
 std::optional<Color> Color::colorNamed(std::string_view name) {

@@ -91,6 +91,8 @@ class Color {
         friend bool operator==(const Parts&, const Parts&) = default;
     };
     explicit Color(Parts parts) : parts_(std::make_shared<const Parts>(std::move(parts))) {}
+    // The same color for as long as the process lives, hence without a count that threads would share.
+    static Color permanent(const Color& color);
 
     std::shared_ptr<const Parts> parts_;
 };
