@@ -18,19 +18,20 @@ constexpr std::size_t kLongestMarker = 64; // between its tabs, UTF-16 units
 const RTFCellChain kNoCells;
 
 using LineEnds = StopUnits<char16_t, u'\0', u'\uFFFF', u'\n', u'\r'>;
+using NotPlainInField = StopUnits<char, '\0', '\xFF', '"', '\\', '\n', '\r'>;
 
-std::string linkText(const AttributeSet& attributes) {
+// The address of a link; `converted` holds it when the attribute has it in UTF-16.
+std::string_view linkText(const AttributeSet& attributes, std::string& converted) {
     const AttributeValue* value = attributes.find(kLinkAttributeName);
     if (!value) return {};
     if (const auto* url = std::get_if<URL>(value)) return url->absoluteString();
-    if (const auto* string = std::get_if<std::u16string>(value)) return utf8FromUTF16(*string);
+    if (const auto* string = std::get_if<std::u16string>(value)) return converted = utf8FromUTF16(*string);
     return {};
 }
 
 // An address as a field's quoted argument: quotes and backslashes would end or escape something there.
 std::u16string fieldArgument(std::string_view link) {
-    constexpr std::string_view kNotPlain = "\"\\\n\r";
-    if (link.find_first_of(kNotPlain) == std::string_view::npos) return utf16FromUTF8(link);
+    if (lengthBefore<NotPlainInField>(link) == link.size()) return utf16FromUTF8(link);
     std::string quoted;
     quoted.reserve(link.size());
     for (const char c : link) {
@@ -202,13 +203,14 @@ void RTFBody::changeTo(const KnownSet& set) {
 
 void RTFBody::changeLink(const KnownSet& set) {
     if (link_.empty() && !set.hasLink) return;
-    std::string link = linkText(*set.attributes);
+    std::string converted;
+    const std::string_view link = linkText(*set.attributes, converted);
     if (link == link_) return;
     closeLink();
     if (link.empty()) return;
     // The words behind \pard go before the field, so that they outlast it.
     if (repeatsColor_) changeTo(set);
-    link_ = std::move(link);
+    link_ = link;
     stateOutsideLink_ = state_;
     outsideLinkGroup_ = out_.enterGroup();
     out_.raw("{\\field{\\*\\fldinst{HYPERLINK \"");
