@@ -16,7 +16,7 @@ namespace {
 constexpr double kLargestNumber = 1e8; // what a word may be given; keeps odd attribute values from overflowing
 
 std::int64_t units(double value, double scale) {
-    if (std::isnan(value)) return 0;
+    if (value == 0 || std::isnan(value)) return 0; // as most are that a set may have
     return std::llround(std::clamp(value * scale, -kLargestNumber, kLargestNumber));
 }
 

@@ -14,7 +14,7 @@ namespace {
 constexpr double kLargestTwips = 1e8;
 
 std::int64_t twips(double points) {
-    if (std::isnan(points)) return 0;
+    if (points == 0 || std::isnan(points)) return 0; // as most are
     return std::llround(std::clamp(points * kTwipsAPoint, -kLargestTwips, kLargestTwips));
 }
 
