@@ -69,7 +69,8 @@ std::string joinedPath(std::string_view directory, std::string_view name) {
     path.reserve(directory.size() + 1 + name.size());
     path = directory;
     if (path.empty() || path.back() != '/') path += '/';
-    return path.append(name);
+    path += name;
+    return path;
 }
 
 } // namespace platform
