@@ -79,7 +79,7 @@ void RTFOutput::word(std::string_view name, std::int64_t number) {
     constexpr std::size_t kMostDigits = 20;
     const std::size_t before = bytes_.size();
     bytes_.resize_and_overwrite(before + name.size() + kMostDigits, [&](char* bytes, std::size_t size) {
-        char* const out = std::ranges::copy(name, bytes + before).out;
+        char* const out = bytes + before + name.copy(bytes + before, name.size());
         if (number >= 0 && number < 10) { // as most are
             *out = static_cast<char>('0' + number);
             return static_cast<std::size_t>(out + 1 - bytes);
