@@ -48,7 +48,8 @@ std::u16string fieldArgument(std::string_view link) {
 } // namespace
 
 RTFBody::RTFBody(const AttributedString& text, Range range, const std::vector<RTFDEntry>* entries)
-    : text_(text), range_(range), entries_(entries), state_(stateNumber(RTFCharacterState())) {}
+    : string_(text.string()), runs_(text.runs()), range_(range), entries_(entries),
+      state_(stateNumber(RTFCharacterState())) {}
 
 void RTFBody::write() {
     out_.string().reserve(range_.length + range_.length / 8 + 1024);
@@ -70,19 +71,17 @@ void RTFBody::write() {
 }
 
 void RTFBody::findParagraphs() {
-    const std::u16string_view string = text_.string();
-    const auto& runs = text_.runs();
-    paragraphs_.reserve(runs.size()); // most have a run or a few
+    paragraphs_.reserve(runs_.size()); // most have a run or a few
     std::size_t position = range_.location;
     std::size_t run = 0;
     while (position < range_.end()) {
         std::size_t end = position;
-        end += lengthBefore<LineEnds>(string.substr(end, range_.end() - end));
+        end += lengthBefore<LineEnds>(string_.substr(end, range_.end() - end));
         const std::size_t contentsEnd = end;
         if (end < range_.end()) ++end;
-        if (end < range_.end() && string[end - 1] == '\r' && string[end] == '\n') ++end;
-        while (runs[run].end <= position) ++run;
-        const auto* style = runs[run].attributes->find<ParagraphStyleReference>(kParagraphStyleAttributeName);
+        if (end < range_.end() && string_[end - 1] == '\r' && string_[end] == '\n') ++end;
+        while (runs_[run].end <= position) ++run;
+        const auto* style = runs_[run].attributes->find<ParagraphStyleReference>(kParagraphStyleAttributeName);
         const ParagraphStyle* used = style && *style ? style->get() : ParagraphStyle::defaultParagraphStyle().get();
         hasTables_ = hasTables_ || !used->textBlocks.empty();
         paragraphs_.push_back({{position, end - position}, contentsEnd, used, run});
@@ -118,12 +117,11 @@ void RTFBody::beginParagraph(const Paragraph& paragraph) {
 // The marker stands in the text, between two tabs; readers that make markers themselves skip its group.
 std::size_t RTFBody::writeListMarker(const Paragraph& paragraph) {
     const std::u16string_view contents =
-        std::u16string_view(text_.string())
-            .substr(paragraph.range.location, paragraph.contentsEnd - paragraph.range.location);
+        string_.substr(paragraph.range.location, paragraph.contentsEnd - paragraph.range.location);
     if (contents.empty() || contents.front() != '\t') return 0;
     const std::size_t end = contents.substr(0, kLongestMarker + 2).find(u'\t', 1);
     if (end == std::u16string_view::npos || contents.substr(0, end).contains(kAttachmentCharacter)) return 0;
-    changeTo(known(*text_.runs()[paragraph.run].attributes));
+    changeTo(known(*runs_[paragraph.run].attributes));
     out_.raw("{\\listtext");
     const bool outer = out_.enterGroup();
     out_.text(contents.substr(0, end + 1));
@@ -133,12 +131,11 @@ std::size_t RTFBody::writeListMarker(const Paragraph& paragraph) {
 }
 
 void RTFBody::writeRuns(Range range, bool formatOnly) {
-    const auto& runs = text_.runs();
     std::size_t position = range.location;
     while (position < range.end()) {
-        while (runs[run_].end <= position) ++run_;
-        const KnownSet set = known(*runs[run_].attributes);
-        const std::size_t end = std::min(runs[run_].end, range.end());
+        while (runs_[run_].end <= position) ++run_;
+        const KnownSet set = known(*runs_[run_].attributes);
+        const std::size_t end = std::min(runs_[run_].end, range.end());
         if (formatOnly)
             changeTo(set);
         else
@@ -150,7 +147,7 @@ void RTFBody::writeRuns(Range range, bool formatOnly) {
 void RTFBody::writeRunText(Range range, const KnownSet& set) {
     changeLink(set);
     changeTo(set);
-    std::u16string_view rest = std::u16string_view(text_.string()).substr(range.location, range.length);
+    std::u16string_view rest = string_.substr(range.location, range.length);
     if (!set.hasAttachment) return out_.text(rest);
     std::size_t position = range.location;
     while (!rest.empty()) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/base/Numbered.h"
@@ -73,7 +74,8 @@ class RTFBody : private RTFTableEvents {
         std::size_t next = 0; // slot
     };
 
-    const AttributedString& text_;
+    const std::u16string_view string_; // of the text
+    const std::vector<AttributedString::Run>& runs_;
     const Range range_;
     const std::vector<RTFDEntry>* entries_;
     std::size_t nextEntry_ = 0;
