@@ -56,14 +56,15 @@ std::shared_ptr<FileWrapper> fileForEntry(const RTFDEntry& entry) {
 
 std::vector<RTFDEntry> rtfdEntriesInRange(const AttributedString& text, Range range) {
     std::vector<RTFDEntry> entries;
-    // The package's own rule for keys gives the names.
-    const auto names = FileWrapper::directory();
-    names->setFileWrapper(std::string(kRTFDTextName), FileWrapper::regularFile(Data()));
+    std::shared_ptr<FileWrapper> names; // most texts have nothing to name
     text.enumerateAttribute(kAttachmentAttributeName, range, [&](const AttributeValue* value, Range run) {
         const auto* attachment = value ? std::get_if<TextAttachmentReference>(value) : nullptr;
         if (!attachment || !*attachment || !hasFile(**attachment)) return true;
         for (std::size_t position = run.location; position < run.end(); ++position) {
             if (text.string()[position] != kAttachmentCharacter) continue;
+            // The package's own rule for keys gives the names.
+            if (!names)
+                names = FileWrapper::directory({{std::string(kRTFDTextName), FileWrapper::regularFile(Data())}});
             const auto placeholder = FileWrapper::regularFile(Data());
             placeholder->setPreferredFilename(preferredName(**attachment));
             entries.push_back({position, *attachment, names->addFileWrapper(placeholder)});

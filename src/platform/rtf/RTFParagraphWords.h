@@ -17,7 +17,10 @@ class RTFListTable;
 
 class RTFParagraphWords {
   public:
-    explicit RTFParagraphWords(RTFListTable& lists) : lists_(lists) {}
+    explicit RTFParagraphWords(RTFListTable& lists) : lists_(lists) {
+        constexpr std::size_t kUsualSize = 2048;
+        words_.string().reserve(kUsualSize);
+    }
 
     // The number of the words for a style: from \pard to the line's end, then the list words, which is what stands
     // before a paragraph of it. Asked once for each style object; styles must live as long as this does.
