@@ -38,7 +38,7 @@ class MarkerCollector {
             const ParagraphStyle* style = paragraphOf(*run.attributes);
             const bool isListed = style && !style->textLists.empty();
             while (at < run.end) {
-                if (startsParagraph && isListed) add(at, *style->textLists.back(), run.attributes);
+                if (startsParagraph && isListed) add(at, style->textLists, run.attributes);
                 // Only in a list do paragraphs have to be told apart.
                 if (isListed) at += lengthBefore<Newlines>(text.substr(at, run.end - at));
                 at = isListed && at < run.end ? at + 1 : run.end;
@@ -50,29 +50,46 @@ class MarkerCollector {
     std::vector<Marker> markers;
 
   private:
-    void add(std::size_t position, const TextList& list, const Attributes& first) {
-        const auto number = numbers_.try_emplace(&list, list.startingItemNumber()).first->second++;
-        std::u16string text = list.markerForItemNumber(number);
+    struct Count {
+        const TextList* list = nullptr;
+        std::int64_t next = 0;
+    };
+
+    void add(std::size_t position, const std::vector<std::shared_ptr<TextList>>& lists, const Attributes& first) {
+        const TextList& list = *lists.back();
+        std::u16string text = list.markerForItemNumber(nextNumber(list, lists.size()));
         (text.insert(0, 1, u'\t')) += u'\t';
         markers.push_back({position, std::move(text), markerAttributes(first, list)});
+    }
+
+    // Lists of one depth follow each other: a list that another one has come after does not come again.
+    std::int64_t nextNumber(const TextList& list, std::size_t depth) {
+        if (counts_.size() < depth) counts_.resize(depth);
+        Count& count = counts_[depth - 1];
+        if (count.list != &list) count = {&list, list.startingItemNumber()};
+        return count.next++;
     }
 
     // Font, colors and paragraph style of the paragraph's first character, and nothing else of it.
     Attributes markerAttributes(const Attributes& first, const TextList& list) {
         Attributes& made = sets_[first.get()];
         if (made) return made;
-        std::vector<AttributeSet::Entry> entries;
+        std::vector<AttributeSet::Entry> entries; // in the order of their names
         entries.reserve(5);
-        for (const AttributeName name : {kFontAttributeName, kForegroundColorAttributeName,
-                                         kBackgroundColorAttributeName, kParagraphStyleAttributeName})
-            if (const AttributeValue* value = first->find(name)) entries.emplace_back(name, *value);
-        if (const auto link = links_.find(&list); link != links_.end())
-            entries.emplace_back(kLinkAttributeName, link->second);
+        const auto add = [&entries](AttributeName name, const AttributeValue* value) {
+            if (value) entries.emplace_back(name, *value);
+        };
+        const auto link = links_.find(&list);
+        for (const AttributeName name :
+             {kBackgroundColorAttributeName, kForegroundColorAttributeName, kFontAttributeName})
+            add(name, first->find(name));
+        add(kLinkAttributeName, link != links_.end() ? &link->second : nullptr);
+        add(kParagraphStyleAttributeName, first->find(kParagraphStyleAttributeName));
         return made = std::make_shared<const AttributeSet>(std::move(entries));
     }
 
     const HTMLListLinks& links_;
-    std::unordered_map<const TextList*, std::int64_t> numbers_;
+    std::vector<Count> counts_; // of the list at each depth, the outermost first
     std::unordered_map<const AttributeSet*, Attributes> sets_;
 };
 
@@ -90,22 +107,21 @@ void insertTexts(std::u16string& text, const std::vector<Marker>& markers) {
     }
 }
 
-std::vector<AttributedString::Run> withRunsOf(const std::vector<Marker>& markers,
-                                              std::vector<AttributedString::Run> runs) {
+std::vector<AttributedString::Run> withRunsOf(std::vector<Marker> markers, std::vector<AttributedString::Run> runs) {
     std::vector<AttributedString::Run> all;
     all.reserve(runs.size() + 2 * markers.size());
-    const auto add = [&all](std::size_t end, const Attributes& attributes) {
-        if (end > (all.empty() ? 0 : all.back().end)) all.push_back({end, attributes});
+    const auto add = [&all](std::size_t end, Attributes attributes) {
+        if (end > (all.empty() ? 0 : all.back().end)) all.push_back({end, std::move(attributes)});
     };
     std::size_t inserted = 0;
     auto marker = markers.begin();
-    for (const AttributedString::Run& run : runs) {
+    for (AttributedString::Run& run : runs) {
         for (; marker != markers.end() && marker->position < run.end; ++marker) {
             add(marker->position + inserted, run.attributes);
             inserted += marker->text.size();
-            add(marker->position + inserted, marker->attributes);
+            add(marker->position + inserted, std::move(marker->attributes));
         }
-        add(run.end + inserted, run.attributes);
+        add(run.end + inserted, std::move(run.attributes));
     }
     return all;
 }
@@ -117,7 +133,7 @@ AttributedString textWithListMarkers(HTMLTextBuilder&& written, const HTMLListLi
     found.collect(written.text(), written.runs());
     std::u16string text = written.takeText();
     insertTexts(text, found.markers);
-    return {std::move(text), withRunsOf(found.markers, written.takeRuns())};
+    return {std::move(text), withRunsOf(std::move(found.markers), written.takeRuns())};
 }
 
 } // namespace platform
