@@ -81,23 +81,21 @@ bool carriesMargins(HTMLTag tag) {
     return tag == HTMLTag::p || tag == HTMLTag::li || tag == HTMLTag::blockquote || headingLevel(tag) != 0;
 }
 
-// Only the second and later lines are indented by a margin alone.
-void setIndents(ParagraphStyle& paragraph, const CssStyle& block) {
-    const double left = resolved(block.margin[3]), right = resolved(block.margin[1]),
-                 bottom = resolved(block.margin[2]);
-    const double indent = resolved(block.textIndent);
-    if (left > 0) paragraph.headIndent = roundedLength(left);
-    if (indent > 0) paragraph.firstLineHeadIndent = roundedLength(paragraph.headIndent + indent);
-    if (right > 0) paragraph.tailIndent = -roundedLength(right);
-    if (bottom > 0) paragraph.paragraphSpacing = roundedLength(bottom);
-}
-
 // A list's level replaces the indents of its paragraphs.
 void setListIndents(ParagraphStyle& paragraph, std::size_t level) {
     const double indent = kLevelIndent * static_cast<double>(level);
     paragraph.firstLineHeadIndent = 0;
     paragraph.headIndent = indent;
     paragraph.tabStops = {{TextAlignment::left, indent - kMarkerTab}, {TextAlignment::natural, indent}};
+}
+
+// Whether nothing of a set shows through another one that is laid over it.
+bool hides(const AttributeSet& over, const AttributeSet& under) {
+    auto next = under.entries().begin();
+    const auto end = under.entries().end();
+    for (const AttributeSet::Entry& entry : over.entries()) // both in the order of their names
+        if (next != end && next->first == entry.first) ++next;
+    return next == end;
 }
 
 } // namespace
@@ -129,9 +127,10 @@ Font fontForStyle(const CssStyle& style) {
 }
 
 std::size_t HTMLAttributes::KeyHash::operator()(const Key& key) const {
-    std::size_t hash = std::hash<const void*>()(key.first);
-    hash = hash * 1099511628211U ^ std::hash<const void*>()(key.second);
-    return hash * 1099511628211U ^ static_cast<std::size_t>(key.third);
+    constexpr std::size_t kPrime = 1099511628211U;
+    std::size_t hash = std::hash<const void*>()(key.characters);
+    hash = hash * kPrime ^ std::hash<const void*>()(key.look);
+    return hash * kPrime ^ (std::size_t{key.directions} << 32 | key.place);
 }
 
 // Elements differ in color more often than in font, and a font is looked up by name.
@@ -178,59 +177,79 @@ AttributeSet HTMLAttributes::madeCharacters(const CssStyle& style, HTMLTag tag) 
     return AttributeSet(std::move(entries));
 }
 
-const AttributeSet* HTMLAttributes::characters(const CssStyle& style, HTMLTag tag) {
+HTMLAttributes::Characters HTMLAttributes::characters(const CssStyle& style, HTMLTag tag, const AttributeSet* outer) {
     if (style.number >= characters_.size()) characters_.resize(style.number + 1);
-    const AttributeSet*& made = characters_[style.number]; // a style is of one element name
-    if (!made) made = shared(madeCharacters(style, tag));
+    Characters& made = characters_[style.number];
+    if (made.own) return made;
+    made.own = shared(madeCharacters(style, tag));
+    made.united = !outer || hides(*made.own, *outer) ? made.own : shared(outer->merging(*made.own));
     return made;
 }
 
-const AttributeSet* HTMLAttributes::united(const AttributeSet* outer, const AttributeSet* inner) {
-    if (!outer || outer == inner) return inner;
-    const AttributeSet*& made = united_[{outer, inner, 0}];
-    if (!made) made = shared(outer->merging(*inner));
-    return made;
+// A list's level replaces its paragraphs' own indents.
+const HTMLAttributes::Look* HTMLAttributes::look(const CssStyle& block, HTMLTag tag) {
+    if (block.number >= looks_.size()) looks_.resize(block.number + 1);
+    const bool isInList = !context_.lists.empty();
+    const Look*& found = looks_[block.number][isInList ? 1 : 0]; // a style is of one element name
+    if (found) return found;
+    Look look;
+    look.alignment = alignmentOf(block);
+    if (block.direction == CssDirection::rtl) look.direction = WritingDirection::rightToLeft;
+    look.headerLevel = headingLevel(tag);
+    look.hyphenates = block.hyphenates;
+    if (carriesMargins(tag)) {
+        const double left = resolved(block.margin[3]), right = resolved(block.margin[1]),
+                     bottom = resolved(block.margin[2]), indent = resolved(block.textIndent);
+        // Only the second and later lines are indented by a margin alone.
+        if (left > 0 && !isInList) look.headIndent = roundedLength(left);
+        if (indent > 0 && !isInList) look.firstLineHeadIndent = roundedLength(look.headIndent + indent);
+        if (right > 0) look.tailIndent = -roundedLength(right);
+        if (bottom > 0) look.paragraphSpacing = roundedLength(bottom);
+    }
+    return found = &*distinctLooks_.insert(look).first;
 }
 
-const ParagraphStyleReference& HTMLAttributes::paragraph(const CssStyle& block, HTMLTag tag) {
-    auto style = std::make_shared<ParagraphStyle>(
-        ParagraphStyle{.tabStops = {}, .textLists = context_.lists, .textBlocks = context_.blocks});
-    style->defaultTabInterval = kTabInterval;
-    style->baseWritingDirection =
-        block.direction == CssDirection::rtl ? WritingDirection::rightToLeft : WritingDirection::leftToRight;
-    style->alignment = alignmentOf(block);
-    style->headerLevel = headingLevel(tag);
-    if (block.hyphenates) style->hyphenationFactor = 1;
-    if (carriesMargins(tag)) setIndents(*style, block);
+const ParagraphStyleReference& HTMLAttributes::paragraph(const Look& look) {
+    ParagraphStyleReference& made = paragraphs_[{.look = &look, .place = places_.back()}];
+    if (made) return made;
+    auto style = std::make_shared<ParagraphStyle>(ParagraphStyle{.alignment = look.alignment,
+                                                                 .baseWritingDirection = look.direction,
+                                                                 .headerLevel = look.headerLevel,
+                                                                 .firstLineHeadIndent = look.firstLineHeadIndent,
+                                                                 .headIndent = look.headIndent,
+                                                                 .tailIndent = look.tailIndent,
+                                                                 .paragraphSpacing = look.paragraphSpacing,
+                                                                 .defaultTabInterval = kTabInterval,
+                                                                 .hyphenationFactor = look.hyphenates ? 1.0F : 0.0F,
+                                                                 .tabStops = {},
+                                                                 .textLists = context_.lists,
+                                                                 .textBlocks = context_.blocks});
     if (!context_.lists.empty()) setListIndents(*style, context_.lists.size());
-    return *places_.back().paragraphs.insert(std::move(style)).first;
+    return made = std::move(style);
 }
 
 const HTMLAttributes::Reference& HTMLAttributes::complete(const AttributeSet* characters, const CssStyle& block,
                                                           HTMLTag blockTag,
                                                           const std::vector<std::int64_t>& directions) {
-    std::uint64_t number = 0;
-    if (!directions.empty()) number = directions_.try_emplace(directions, directions_.size() + 1).first->second;
-    Place& place = places_.back();
-    const Key key{characters, &block, number};                  // a style is of one element name
-    if (place.last && place.lastKey == key) return *place.last; // as for the paragraphs of a page one after another
-    Reference& made = place.complete[key];
-    place.lastKey = key;
-    place.last = &made;
-    if (made) return made;
-    const ParagraphStyleReference& style = paragraph(block, blockTag);
-    Reference& same = place.complete[{characters, style.get(), number}]; // of another block that looks alike
-    if (!same) {
-        AttributeSet set = characters->with(kParagraphStyleAttributeName, style);
+    Key key{.look = look(block, blockTag), .place = places_.back(), .characters = characters};
+    if (!directions.empty())
+        key.directions =
+            directions_.try_emplace(directions, static_cast<std::uint32_t>(directions_.size() + 1)).first->second;
+    if (last_ && lastKey_ == key) return *last_; // as for the paragraphs of a page one after another
+    Reference& made = complete_[key];
+    if (!made) {
+        AttributeSet set = characters->with(kParagraphStyleAttributeName, paragraph(*key.look));
         if (!directions.empty()) set = set.with(kWritingDirectionAttributeName, directions);
-        same = std::make_shared<const AttributeSet>(std::move(set));
+        made = std::make_shared<const AttributeSet>(std::move(set));
     }
-    return made = same;
+    lastKey_ = key;
+    last_ = &made;
+    return made;
 }
 
 void HTMLAttributes::enterList(std::shared_ptr<TextList> list) {
     context_.lists.push_back(std::move(list));
-    places_.emplace_back();
+    enterPlace();
 }
 
 void HTMLAttributes::leaveList() {
@@ -240,7 +259,7 @@ void HTMLAttributes::leaveList() {
 
 void HTMLAttributes::enterCell(std::shared_ptr<TextBlock> cell) {
     context_.blocks.push_back(std::move(cell));
-    places_.emplace_back();
+    enterPlace();
 }
 
 void HTMLAttributes::leaveCell() {

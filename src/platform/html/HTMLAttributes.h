@@ -1,6 +1,5 @@
 // From computed styles to attribute sets. Equal sets in one place (the page, one list, one cell) are one object. A page
-// has far fewer styles than elements: what a style or a pair of sets leads to is made once and found by number or
-// address.
+// has far fewer styles than elements: what a style leads to is made once and found by its number.
 #pragma once
 
 #include <array>
@@ -8,7 +7,9 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <memory_resource>
 #include <optional>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -33,25 +34,28 @@ class HTMLAttributes {
     using Reference = AttributeSet::Reference;
 
     // A page within a page stands in the lists and cells around it.
-    explicit HTMLAttributes(HTMLParagraphContext around = {}) : context_(std::move(around)), places_(1) {
+    explicit HTMLAttributes(HTMLParagraphContext around = {}) : context_(std::move(around)) {
         constexpr std::size_t kUsualSets = 32;
         characters_.reserve(kUsualSets);
-        united_.reserve(kUsualSets);
+        looks_.reserve(kUsualSets);
         distinct_.reserve(kUsualSets);
-        places_.front().complete.reserve(kUsualSets);
+        complete_.reserve(kUsualSets);
     }
 
-    // The character attributes that an element sets itself. Nothing of its surroundings is in them. They live as long
-    // as this object.
-    const AttributeSet* characters(const CssStyle& style, HTMLTag tag);
-    // The outer element's attributes, if there is one, with the inner one's laid over them. Of sets from here.
-    const AttributeSet* united(const AttributeSet* outer, const AttributeSet* inner);
+    // The character attributes of an element. They live as long as this object.
+    struct Characters {
+        const AttributeSet* own = nullptr;    // what the element sets itself
+        const AttributeSet* united = nullptr; // laid over what the elements around it set
+    };
+    // `outer` is what the elements around it come to, null for the root. It follows from the style, which is of one
+    // element name and one parent style.
+    Characters characters(const CssStyle& style, HTMLTag tag, const AttributeSet* outer);
     // What is written into the text: character attributes with the paragraph style of the nearest block element.
     // Directions are those of embeddings around, outermost first. The reference is good until the next call.
     const Reference& complete(const AttributeSet* characters, const CssStyle& block, HTMLTag blockTag,
                               const std::vector<std::int64_t>& directions);
 
-    // A list or a cell begins or ends. What was made inside is of no use outside, and is not kept.
+    // A list or a cell begins or ends.
     void enterList(std::shared_ptr<TextList> list);
     void leaveList();
     void enterCell(std::shared_ptr<TextBlock> cell);
@@ -59,30 +63,31 @@ class HTMLAttributes {
     const HTMLParagraphContext& context() const { return context_; }
 
   private:
+    struct SetHash {
+        std::size_t operator()(const AttributeSet& set) const { return hashOf(set); }
+    };
+
+    // What a block makes of its paragraphs, apart from the lists and cells around it. Of few kinds on a page.
+    struct Look {
+        TextAlignment alignment = TextAlignment::natural;
+        WritingDirection direction = WritingDirection::leftToRight;
+        int headerLevel = 0;
+        bool hyphenates = false;
+        double firstLineHeadIndent = 0, headIndent = 0, tailIndent = 0, paragraphSpacing = 0; // points; none is NaN
+        friend auto operator<=>(const Look&, const Look&) = default;
+    };
+
+    // Of complete sets, and without characters and directions of paragraph styles. Looks and characters are addresses
+    // here: there is one of each value.
     struct Key {
-        const void* first;
-        const void* second;
-        std::uint64_t third;
+        const Look* look = nullptr;
+        std::uint32_t place = 0;
+        std::uint32_t directions = 0;
+        const AttributeSet* characters = nullptr;
         friend bool operator==(const Key&, const Key&) = default;
     };
     struct KeyHash {
         std::size_t operator()(const Key& key) const;
-    };
-    struct SetHash {
-        std::size_t operator()(const AttributeSet& set) const { return hashOf(set); }
-    };
-    struct StyleHash {
-        std::size_t operator()(const ParagraphStyleReference& style) const { return hashOf(AttributeValue(style)); }
-    };
-    struct StyleEqual {
-        bool operator()(const ParagraphStyleReference& a, const ParagraphStyleReference& b) const { return *a == *b; }
-    };
-    // The innermost list or cell, or the page outside them all.
-    struct Place {
-        std::unordered_map<Key, Reference, KeyHash> complete;
-        Key lastKey{nullptr, nullptr, 0};
-        const Reference* last = nullptr; // what the last key led to
-        std::unordered_set<ParagraphStyleReference, StyleHash, StyleEqual> paragraphs;
     };
 
     // What a font is chosen by.
@@ -96,17 +101,28 @@ class HTMLAttributes {
     const Font& font(const CssStyle& style);
     AttributeSet madeCharacters(const CssStyle& style, HTMLTag tag);
     const AttributeSet* shared(AttributeSet set) { return &*distinct_.insert(std::move(set)).first; }
-    const ParagraphStyleReference& paragraph(const CssStyle& block, HTMLTag tag);
+    const Look* look(const CssStyle& block, HTMLTag tag);
+    const ParagraphStyleReference& paragraph(const Look& look);
+    void enterPlace() { places_.push_back(placeCount_++); }
 
-    // Keys are addresses: what they name lives as long as the maps.
-    std::vector<const AttributeSet*> characters_; // by the number of the style
-    std::unordered_map<Key, const AttributeSet*, KeyHash> united_;
-    std::unordered_set<AttributeSet, SetHash> distinct_;              // of both
-    std::array<std::optional<std::pair<FontChoice, Font>>, 8> fonts_; // the last ones
+    // What the tables find things by is small and goes all at once, with the page.
+    static constexpr std::size_t kUsualMemory = 8192;
+    std::pmr::monotonic_buffer_resource memory_{kUsualMemory};
+    std::vector<Characters> characters_;                                // by the number of the style
+    std::pmr::unordered_set<AttributeSet, SetHash> distinct_{&memory_}; // own and united
+    std::vector<std::array<const Look*, 2>> looks_;                     // by the number of the style: no list, a list
+    std::pmr::set<Look> distinctLooks_{&memory_};                       // of both
+    std::array<std::optional<std::pair<FontChoice, Font>>, 8> fonts_;   // the last ones
     std::size_t nextFont_ = 0;
-    std::map<std::vector<std::int64_t>, std::uint64_t> directions_;
+    std::map<std::vector<std::int64_t>, std::uint32_t> directions_;
     HTMLParagraphContext context_;
-    std::vector<Place> places_;
+    // Places are the page, each list and each cell, by number; these are the open ones.
+    std::vector<std::uint32_t> places_{0};
+    std::uint32_t placeCount_ = 1;
+    std::pmr::unordered_map<Key, ParagraphStyleReference, KeyHash> paragraphs_{&memory_};
+    std::pmr::unordered_map<Key, Reference, KeyHash> complete_{&memory_};
+    Key lastKey_;
+    const Reference* last_ = nullptr; // what the last key led to
 };
 
 // The font of a style: the first family that is known, in the nearest face.

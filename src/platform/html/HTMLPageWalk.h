@@ -58,8 +58,7 @@ class HTMLPageWalk {
         std::size_t start = 0;          // length of the text when the element was entered
         std::vector<NodeIndex> footers; // of a table: visited when its rows are through
         std::size_t footersVisited = 0;
-        const AttributeSet* own = nullptr;    // what the element sets itself
-        const AttributeSet* united = nullptr; // laid over what the elements around it set
+        HTMLAttributes::Characters characters;
     };
 
     Frame& top() { return open_.back(); }
@@ -81,8 +80,10 @@ class HTMLPageWalk {
     void transform(std::u16string& text, const Frame& frame) const;
     void newline(const Frame& frame, Newline when, bool replacesSoft);
     // Good until the next one is asked for.
-    const AttributeSet::Reference& ownAttributes(const Frame& frame) { return complete(frame, frame.own); }
-    const AttributeSet::Reference& textAttributes(const Frame& frame) { return complete(frame, frame.united); }
+    const AttributeSet::Reference& ownAttributes(const Frame& frame) { return complete(frame, frame.characters.own); }
+    const AttributeSet::Reference& textAttributes(const Frame& frame) {
+        return complete(frame, frame.characters.united);
+    }
     const AttributeSet::Reference& complete(const Frame& frame, const AttributeSet* characters);
     bool inList() const { return !attributes_.context().lists.empty(); }
     // A block inside a list that is no list and no item ends lines, not paragraphs.
