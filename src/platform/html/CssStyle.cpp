@@ -328,9 +328,9 @@ std::size_t CssStyleResolver::KeyHash::operator()(const Key& key) const {
 }
 
 const CssDeclarations* CssStyleResolver::parsed(std::string_view text) {
-    const auto [entry, isNew] = declarations_.try_emplace(std::string(text));
-    if (isNew) entry->second = std::make_unique<const CssDeclarations>(cssDeclarations(text));
-    return entry->second.get();
+    const auto known = declarations_.find(text);
+    return known != declarations_.end() ? &known->second
+                                        : &declarations_.emplace(text, cssDeclarations(text)).first->second;
 }
 
 // Whether the element's style follows from its name and the parent style: it has no attributes, and no rule, not even

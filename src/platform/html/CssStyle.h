@@ -4,7 +4,9 @@
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
+#include <memory_resource>
 #include <set>
 #include <string>
 #include <string_view>
@@ -91,6 +93,11 @@ class CssStyleResolver {
         std::size_t operator()(const Key& key) const;
     };
 
+    struct TextHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+    };
+
     // A child style of elements without attributes.
     struct PlainChild {
         const CssStyle* style;
@@ -109,11 +116,13 @@ class CssStyleResolver {
     const HTMLDocument& page_;
     std::shared_ptr<const CssStyleSheet> sheet_;
     std::size_t comparisons_ = 0; // with selectors of the sheet
-    std::deque<CssStyle> styles_;
+    static constexpr std::size_t kUsualMemory = 16384;
+    std::pmr::monotonic_buffer_resource memory_{kUsualMemory}; // of what follows, for as long as the page is read
+    std::pmr::deque<CssStyle> styles_{&memory_};
     std::vector<std::uint32_t> firstPlainChild_; // by the number of the parent style
     std::vector<PlainChild> plainChildren_;
-    std::unordered_map<std::string, std::unique_ptr<const CssDeclarations>> declarations_;
-    std::unordered_map<Key, const CssStyle*, KeyHash> shared_;
+    std::pmr::unordered_map<std::pmr::string, CssDeclarations, TextHash, std::equal_to<>> declarations_{&memory_};
+    std::pmr::unordered_map<Key, const CssStyle*, KeyHash> shared_{&memory_};
     CssMatches matched_;
     std::set<CssMatches> matches_; // every list of rules that an element matched
     std::string hintText_;
