@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <memory_resource>
 #include <unordered_map>
 #include <utility>
 
@@ -124,11 +125,11 @@ void addToAll(CssLonghands& to, const PropertyRow& entry, CssValueKind kind) {
 
 constexpr std::size_t kUsualTokens = 16; // of a declaration; few have more
 
-void trim(std::vector<CssToken>& tokens) {
+void trim(std::pmr::vector<CssToken>& tokens) {
     while (!tokens.empty() && tokens.back().kind == CssTokenKind::whitespace) tokens.pop_back();
 }
 
-bool takeImportant(std::vector<CssToken>& tokens) {
+bool takeImportant(std::pmr::vector<CssToken>& tokens) {
     trim(tokens);
     if (tokens.empty() || !tokens.back().isName("important")) return false;
     std::size_t mark = tokens.size() - 1;
@@ -160,7 +161,9 @@ void appendCssDeclaration(CssDeclarations& declarations, std::string_view proper
 CssDeclarations cssDeclarations(std::string_view text) {
     CssDeclarations declarations;
     CssTokenizer tokenizer(text);
-    std::vector<CssToken> value;
+    std::array<std::byte, kUsualTokens * sizeof(CssToken)> room;
+    std::pmr::monotonic_buffer_resource memory(room.data(), room.size());
+    std::pmr::vector<CssToken> value(&memory);
     value.reserve(kUsualTokens);
     CssToken token = tokenizer.next();
     while (token.kind != CssTokenKind::end) {
