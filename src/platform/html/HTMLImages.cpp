@@ -80,8 +80,11 @@ std::optional<URL> HTMLImages::resolved(std::string_view address) const {
         text = cleaned;
     }
     if (text.empty()) return std::nullopt;
-    const URL encoded = URL::fromDataRepresentation(text);
-    return base_ ? URL::fromString(encoded.absoluteString(), *base_) : URL::fromString(encoded.absoluteString());
+    const auto resolvedText = [this](std::string_view reference) {
+        return base_ ? URL::fromString(reference, *base_) : URL::fromString(reference);
+    };
+    if (auto url = resolvedText(text)) return url; // most addresses need no encoding
+    return resolvedText(URL::fromDataRepresentation(text).absoluteString());
 }
 
 void HTMLImages::setBase(std::string_view address) {

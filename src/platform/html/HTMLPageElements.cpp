@@ -108,7 +108,7 @@ void HTMLPageWalk::openList(Frame& frame) {
     auto list = std::make_shared<TextList>(format, 0, start);
     for (auto outer = open_.rbegin(); outer != open_.rend(); ++outer)
         if (outer->tag == HTMLTag::a) {
-            if (const auto link = linkOf(*outer)) listLinks_.emplace(list.get(), *link);
+            if (auto link = linkOf(*outer)) listLinks_.emplace(list.get(), *std::move(link));
             break;
         }
     attributes_.enterList(std::move(list));
@@ -124,12 +124,12 @@ std::optional<AttributeValue> HTMLPageWalk::linkOf(const Frame& frame) const {
     address.remove_prefix(std::min(address.find_first_not_of(kBlanks), address.size()));
     address = address.substr(0, address.find_last_not_of(kBlanks) + 1);
     if (address.empty() || address.front() == '#') return std::nullopt;
-    if (const auto url = images_.resolved(address)) return AttributeValue(*url);
+    if (auto url = images_.resolved(address)) return AttributeValue(*std::move(url));
     return AttributeValue(utf16FromUTF8(address));
 }
 
 void HTMLPageWalk::closeLink(const Frame& frame) {
-    if (const auto link = linkOf(frame)) text_.addAttribute(frame.start, kLinkAttributeName, *link);
+    if (auto link = linkOf(frame)) text_.addAttribute(frame.start, kLinkAttributeName, *std::move(link));
 }
 
 // A separator in p, li and headings, else a newline.

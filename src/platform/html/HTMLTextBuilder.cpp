@@ -103,7 +103,7 @@ void HTMLTextBuilder::appendAll(const HTMLTextBuilder& other) {
     isSoft_ = false;
 }
 
-void HTMLTextBuilder::addAttribute(std::size_t start, AttributeName name, const AttributeValue& value) {
+void HTMLTextBuilder::addAttribute(std::size_t start, AttributeName name, AttributeValue value) {
     if (start >= text_.size()) return;
     auto first = std::ranges::upper_bound(runs_, start, {}, &AttributedString::Run::end);
     const std::size_t begin = first == runs_.begin() ? 0 : std::prev(first)->end;
@@ -116,9 +116,11 @@ void HTMLTextBuilder::addAttribute(std::size_t start, AttributeName name, const 
         if (first->attributes.get() != from) {
             if (from) changed.try_emplace(from, made);
             from = first->attributes.get();
+            const bool isLast = std::next(first) == runs_.end();
             const auto known = changed.find(from);
             made = known != changed.end() ? known->second
-                                          : std::make_shared<const AttributeSet>(first->attributes->with(name, value));
+                                          : std::make_shared<const AttributeSet>(first->attributes->with(
+                                                name, isLast ? std::move(value) : AttributeValue(value)));
         }
         first->attributes = made;
     }

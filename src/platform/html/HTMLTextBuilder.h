@@ -48,7 +48,7 @@ class HTMLTextBuilder {
     void appendAll(const HTMLTextBuilder& other);
 
     // Gives the text from `start` to the end one more attribute. Costs the runs of that stretch.
-    void addAttribute(std::size_t start, AttributeName name, const AttributeValue& value);
+    void addAttribute(std::size_t start, AttributeName name, AttributeValue value);
 
     const std::u16string& text() const { return text_; }
     const std::vector<AttributedString::Run>& runs() const { return runs_; }
