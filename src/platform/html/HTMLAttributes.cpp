@@ -228,23 +228,31 @@ const ParagraphStyleReference& HTMLAttributes::paragraph(const Look& look) {
     return made = std::move(style);
 }
 
-const HTMLAttributes::Reference& HTMLAttributes::complete(const AttributeSet* characters, const CssStyle& block,
-                                                          HTMLTag blockTag,
-                                                          const std::vector<std::int64_t>& directions) {
+const HTMLAttributes::Reference& HTMLAttributes::otherComplete(const AttributeSet* characters, const CssStyle& block,
+                                                               HTMLTag blockTag,
+                                                               const std::vector<std::int64_t>& directions) {
     Key key{.look = look(block, blockTag), .place = places_.back(), .characters = characters};
     if (!directions.empty())
         key.directions =
             directions_.try_emplace(directions, static_cast<std::uint32_t>(directions_.size() + 1)).first->second;
-    if (last_ && lastKey_ == key) return *last_; // as for the paragraphs of a page one after another
     Reference& made = complete_[key];
     if (!made) {
         AttributeSet set = characters->with(kParagraphStyleAttributeName, paragraph(*key.look));
         if (!directions.empty()) set = set.with(kWritingDirectionAttributeName, directions);
         made = std::make_shared<const AttributeSet>(std::move(set));
     }
-    lastKey_ = key;
-    last_ = &made;
+    if (directions.empty()) last_ = {characters, &block, &made};
     return made;
+}
+
+void HTMLAttributes::enterPlace() {
+    places_.push_back(placeCount_++);
+    last_ = {};
+}
+
+void HTMLAttributes::leavePlace() {
+    places_.pop_back();
+    last_ = {};
 }
 
 void HTMLAttributes::enterList(std::shared_ptr<TextList> list) {
@@ -254,7 +262,7 @@ void HTMLAttributes::enterList(std::shared_ptr<TextList> list) {
 
 void HTMLAttributes::leaveList() {
     context_.lists.pop_back();
-    places_.pop_back();
+    leavePlace();
 }
 
 void HTMLAttributes::enterCell(std::shared_ptr<TextBlock> cell) {
@@ -264,7 +272,7 @@ void HTMLAttributes::enterCell(std::shared_ptr<TextBlock> cell) {
 
 void HTMLAttributes::leaveCell() {
     context_.blocks.pop_back();
-    places_.pop_back();
+    leavePlace();
 }
 
 } // namespace platform

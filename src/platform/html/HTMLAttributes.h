@@ -51,9 +51,13 @@ class HTMLAttributes {
     // element name and one parent style.
     Characters characters(const CssStyle& style, HTMLTag tag, const AttributeSet* outer);
     // What is written into the text: character attributes with the paragraph style of the nearest block element.
-    // Directions are those of embeddings around, outermost first. The reference is good until the next call.
+    // Directions are those of embeddings around, outermost first. The reference is good as long as this object.
     const Reference& complete(const AttributeSet* characters, const CssStyle& block, HTMLTag blockTag,
-                              const std::vector<std::int64_t>& directions);
+                              const std::vector<std::int64_t>& directions) {
+        // As for the paragraphs of a page one after another.
+        if (characters == last_.characters && &block == last_.block && directions.empty()) return *last_.complete;
+        return otherComplete(characters, block, blockTag, directions);
+    }
 
     // A list or a cell begins or ends.
     void enterList(std::shared_ptr<TextList> list);
@@ -103,7 +107,10 @@ class HTMLAttributes {
     const AttributeSet* shared(AttributeSet set) { return &*distinct_.insert(std::move(set)).first; }
     const Look* look(const CssStyle& block, HTMLTag tag);
     const ParagraphStyleReference& paragraph(const Look& look);
-    void enterPlace() { places_.push_back(placeCount_++); }
+    const Reference& otherComplete(const AttributeSet* characters, const CssStyle& block, HTMLTag blockTag,
+                                   const std::vector<std::int64_t>& directions);
+    void enterPlace();
+    void leavePlace();
 
     // What the tables find things by is small and goes all at once, with the page.
     static constexpr std::size_t kUsualMemory = 8192;
@@ -121,8 +128,13 @@ class HTMLAttributes {
     std::uint32_t placeCount_ = 1;
     std::pmr::unordered_map<Key, ParagraphStyleReference, KeyHash> paragraphs_{&memory_};
     std::pmr::unordered_map<Key, Reference, KeyHash> complete_{&memory_};
-    Key lastKey_;
-    const Reference* last_ = nullptr; // what the last key led to
+    // What the last question in this place, without directions, led to.
+    struct Answer {
+        const AttributeSet* characters = nullptr;
+        const CssStyle* block = nullptr;
+        const Reference* complete = nullptr;
+    };
+    Answer last_;
 };
 
 // The font of a style: the first family that is known, in the nearest face.

@@ -79,7 +79,6 @@ class HTMLPageWalk {
     bool transforms(const Frame& frame) const;
     void transform(std::u16string& text, const Frame& frame) const;
     void newline(const Frame& frame, Newline when, bool replacesSoft);
-    // Good until the next one is asked for.
     const AttributeSet::Reference& ownAttributes(const Frame& frame) { return complete(frame, frame.characters.own); }
     const AttributeSet::Reference& textAttributes(const Frame& frame) {
         return complete(frame, frame.characters.united);
