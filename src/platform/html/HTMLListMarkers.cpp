@@ -1,6 +1,7 @@
 #include "platform/html/HTMLListMarkers.h"
 
 #include <algorithm>
+#include <memory_resource>
 #include <string>
 #include <utility>
 #include <vector>
@@ -90,7 +91,8 @@ class MarkerCollector {
 
     const HTMLListLinks& links_;
     std::vector<Count> counts_; // of the list at each depth, the outermost first
-    std::unordered_map<const AttributeSet*, Attributes> sets_;
+    std::pmr::monotonic_buffer_resource memory_;
+    std::pmr::unordered_map<const AttributeSet*, Attributes> sets_{&memory_};
 };
 
 // Moves each piece of the text once, the last one first.
