@@ -10,7 +10,7 @@
 #include "platform/html/CssDeclarations.h"
 #include "platform/html/CssStyle.h"
 #include "platform/html/CssStyleSheet.h"
-#include "platform/html/HTMLAttributes.h"
+#include "platform/html/HTMLStyleAttributes.h"
 
 namespace platform {
 namespace {

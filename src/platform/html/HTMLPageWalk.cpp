@@ -64,7 +64,7 @@ bool HTMLPageWalk::enter(NodeIndex node) {
     frame.tag = page_[node].tag;
     frame.isBlock = isBlockDisplay(*style);
     frame.block = frame.isBlock || open_.empty() ? open_.size() : top().block;
-    frame.characters = attributes_.characters(*style, frame.tag, open_.empty() ? nullptr : top().characters.united);
+    frame.characters = styles_.characters(*style, frame.tag, open_.empty() ? nullptr : top().characters.united);
     if (style->display == CssDisplay::tableFooterGroup && !open_.empty() && top().pushedTable && top().next != kNone) {
         top().footers.push_back(node); // behind the rows that are still to come
         return false;

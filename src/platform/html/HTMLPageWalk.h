@@ -29,8 +29,8 @@ class HTMLPageWalk {
     static constexpr std::size_t kUsualDepth = 16;
 
     HTMLPageWalk(HTMLDocument page, HTMLImages images, HTMLParagraphContext around = {})
-        : page_(std::move(page)), resolver_(page_), blocksAround_(around.blocks.size()), attributes_(std::move(around)),
-          tables_(page_), images_(std::move(images)) {
+        : page_(std::move(page)), resolver_(page_), blocksAround_(around.blocks.size()),
+          attributes_(styles_, std::move(around)), tables_(page_), images_(std::move(images)) {
         text_.reserve(page_.textSize() + page_.size()); // most elements write one character or none
         open_.reserve(kUsualDepth);
     }
@@ -58,7 +58,7 @@ class HTMLPageWalk {
         std::size_t start = 0;          // length of the text when the element was entered
         std::vector<NodeIndex> footers; // of a table: visited when its rows are through
         std::size_t footersVisited = 0;
-        HTMLAttributes::Characters characters;
+        HTMLStyleAttributes::Characters characters;
     };
 
     Frame& top() { return open_.back(); }
@@ -95,6 +95,7 @@ class HTMLPageWalk {
     HTMLDocument page_;
     CssStyleResolver resolver_;
     std::size_t blocksAround_; // cells that a page within a page stands in
+    HTMLStyleAttributes styles_;
     HTMLAttributes attributes_;
     HTMLTables tables_;
     HTMLImages images_;

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <functional>
 
-#include "platform/html/HTMLAttributes.h"
+#include "platform/html/HTMLStyleAttributes.h"
 
 namespace platform {
 
