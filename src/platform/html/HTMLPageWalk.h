@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -15,6 +16,7 @@
 #include "platform/html/HTMLAttributes.h"
 #include "platform/html/HTMLImages.h"
 #include "platform/html/HTMLListMarkers.h"
+#include "platform/html/HTMLPageStyles.h"
 #include "platform/html/HTMLTables.h"
 #include "platform/html/HTMLTextBuilder.h"
 #include "platform/xml/HTMLDocument.h"
@@ -29,8 +31,8 @@ class HTMLPageWalk {
     static constexpr std::size_t kUsualDepth = 16;
 
     HTMLPageWalk(HTMLDocument page, HTMLImages images, HTMLParagraphContext around = {})
-        : page_(std::move(page)), resolver_(page_), blocksAround_(around.blocks.size()),
-          attributes_(styles_, std::move(around)), tables_(page_), images_(std::move(images)) {
+        : page_(std::move(page)), styles_(HTMLPageStyles::forPage(page_)), blocksAround_(around.blocks.size()),
+          attributes_(styles_->attributes, std::move(around)), tables_(page_), images_(std::move(images)) {
         text_.reserve(page_.textSize() + page_.size()); // most elements write one character or none
         open_.reserve(kUsualDepth);
     }
@@ -39,6 +41,8 @@ class HTMLPageWalk {
     const HTMLDocument& page() const { return page_; }
     // The tree is as large as the text that is made next, and not needed for it.
     void releasePage() { page_ = HTMLDocument(); }
+    // The walk is over then.
+    void keepStyles() { HTMLPageStyles::keep(std::move(styles_)); }
     HTMLTextBuilder& written() { return text_; }
     const HTMLListLinks& listLinks() const { return listLinks_; }
     const std::optional<CssRGBA>& background() const { return background_; }
@@ -93,9 +97,8 @@ class HTMLPageWalk {
     std::optional<AttributeValue> linkOf(const Frame& frame) const;
 
     HTMLDocument page_;
-    CssStyleResolver resolver_;
+    std::unique_ptr<HTMLPageStyles> styles_;
     std::size_t blocksAround_; // cells that a page within a page stands in
-    HTMLStyleAttributes styles_;
     HTMLAttributes attributes_;
     HTMLTables tables_;
     HTMLImages images_;

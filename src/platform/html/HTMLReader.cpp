@@ -16,6 +16,7 @@ HTMLDocumentText attributedStringFromHTMLDocument(HTMLDocument page, const HTMLR
     walk.run();
     read.documentAttributes = htmlDocumentAttributes(walk.page(), walk.background());
     walk.releasePage();
+    walk.keepStyles();
     read.text = textWithListMarkers(std::move(walk.written()), walk.listLinks());
     return read;
 }

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -167,6 +168,27 @@ TEST(HTMLReader, ReadsMalformedAddressesOfImagesAsMissing) {
         EXPECT_EQ(found, expected) << address;
     }
     setSystemLogSink(before);
+}
+
+// Styles are kept from page to page, a thread each.
+TEST(HTMLReader, ReadsAPageTheSameWhateverWasReadBefore) {
+    const std::vector<std::string> pages{
+        "<!DOCTYPE html><p>a<b>b</b><ul><li style='color:red'>c</ul>",
+        "<!DOCTYPE html><html style='font-size:20px'><p style='text-indent:2rem'>a<b>b</b>",
+        "<!DOCTYPE html><p style='text-indent:2rem'>a<b style='color:red'>b</b>",
+        "<p><table><tr><td>a</table><font size=+2>b</font>",
+        "<!DOCTYPE html><style>b {color: red}</style><p>a<b>b</b>",
+        "<!DOCTYPE html><iframe srcdoc='<b style=color:red>x</b>'></iframe><p>a<b>b</b>",
+        "<!DOCTYPE html><p>a<a href='x'>b<u>c</u></a><div align=right>d</div>",
+    };
+    const auto dump = [](const std::string& page) { return textDump(attributedStringFromHTMLData(page)->text); };
+    std::vector<std::string> alone;
+    for (const std::string& page : pages) std::thread([&] { alone.push_back(dump(page)); }).join();
+    for (std::size_t before = 0; before < pages.size(); ++before)
+        for (std::size_t i = 0; i < pages.size(); ++i) {
+            dump(pages[before]);
+            EXPECT_EQ(dump(pages[i]), alone[i]) << pages[before] << '\n' << pages[i];
+        }
 }
 
 TEST(HTMLReader, KeepsTheTextOfADeepNest) {
