@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "platform/html/CssStyle.h"
+#include "platform/html/CssStyleResolver.h"
 #include "platform/html/HTMLStyleAttributes.h"
 #include "platform/xml/HTMLDocument.h"
 

@@ -15,6 +15,7 @@
 
 #include "platform/html/CssStyle.h"
 #include "platform/text/AttributedString.h"
+#include "platform/xml/HTMLTags.h"
 
 namespace platform {
 

@@ -10,6 +10,7 @@
 
 #include "platform/html/CssStyle.h"
 #include "platform/text/TextTable.h"
+#include "platform/xml/HTMLDocument.h"
 
 namespace platform {
 
