@@ -1,6 +1,7 @@
 // All declarations of an element are laid over each other from the weakest to the strongest; what wins is computed.
 #include "platform/html/CssStyleResolver.h"
 
+#include <span>
 #include <utility>
 
 #include "platform/html/HTMLPresentation.h"
@@ -41,7 +42,8 @@ bool CssStyleResolver::turnTo(const HTMLDocument& page) {
 
 bool CssStyleResolver::isWorthKeeping() const {
     constexpr std::size_t kMostStyles = 1024, kMostBytes = 32768;
-    return styles_.size() <= kMostStyles && keyBytes_ <= kMostBytes &&
+    const bool sheetIsKept = sheet_.use_count() > 1; // nobody else holds one that is too large for that
+    return styles_.size() <= kMostStyles && keyBytes_ <= kMostBytes && sheetIsKept &&
            comparisons_ < CssStyleSheet::kMaximumComparisons; // else styles lack rules
 }
 
@@ -81,7 +83,7 @@ const CssStyle* CssStyleResolver::style(HTMLDocument::NodeIndex element, const C
 
 const CssMatches* CssStyleResolver::sharedMatches() {
     const auto [entry, isNew] = matches_.insert(matched_);
-    if (isNew) keyBytes_ += matched_.size() * sizeof matched_.front();
+    if (isNew) keyBytes_ += std::span(matched_).size_bytes();
     return &*entry;
 }
 

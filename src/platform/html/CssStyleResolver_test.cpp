@@ -106,8 +106,9 @@ TEST(CssStyles, AreNotHeldForFurtherPagesWhenTheyAreMany) {
     std::string styles, text = "<p style='quotes:\"";
     for (int i = 0; i < 2'000; ++i) styles += fmt::format("<p style='margin:{}px'>", i);
     text += std::string(100'000, 'x') + "\"'>";
+    const std::string sheet = "<style>" + std::string(100'000, ' ') + "</style><p style='margin:1px'>";
     const std::pair<std::string_view, bool> cases[] = {
-        {"<p style='margin:1px'>", true}, {styles, false}, {text, false}};
+        {sheet, false}, {"<p style='margin:1px'>", true}, {styles, false}, {text, false}};
     for (const auto& [body, isKept] : cases) {
         const auto page = HTMLDocument::parse(body);
         ASSERT_TRUE(page.has_value());
