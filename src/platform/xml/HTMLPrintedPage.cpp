@@ -40,11 +40,6 @@ constexpr bool isPeculiar(HTMLTag tag) {
     }
 }
 
-// Whether the parser gives the text back in one way only.
-bool isClear(std::string_view text) {
-    return isPlainText(text) && isValidUTF8(text);
-}
-
 bool isBlank(std::string_view text) {
     return text.find_first_not_of(" \t\n") == std::string_view::npos;
 }
@@ -132,13 +127,13 @@ void HTMLPrintedPage::leaf(const XMLNode& node, bool isRaw) {
     const std::string_view text = node.text();
     switch (node.kind()) {
     case XMLNodeKind::text:
-        refused_ = !isClear(text) || (isRaw && text.contains('<')) || (open_.size() < 2 && !isBlank(text)) ||
+        refused_ = !isPlainText(text) || (isRaw && text.contains('<')) || (open_.size() < 2 && !isBlank(text)) ||
                    (builder_.isBetweenCells() && !isBlank(text));
         if (!refused_) builder_.text(text);
         return;
     case XMLNodeKind::comment: // leaves no trace
         refused_ = text.size() > kLongestComment || text.contains("--") || text.starts_with('-') ||
-                   text.starts_with('>') || text.ends_with('-') || text.contains('<') || !isClear(text);
+                   text.starts_with('>') || text.ends_with('-') || text.contains('<') || !isPlainText(text);
         return;
     default:
         refused_ = true;

@@ -4,7 +4,7 @@
 #include <array>
 #include <bitset>
 #include <charconv>
-#include <deque>
+#include <forward_list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -80,7 +80,7 @@ class PlainReader {
         rest_.remove_prefix(taken.size());
         return taken;
     }
-    std::string_view takeTextBefore(std::string_view mark) { return take(std::min(rest_.find(mark), rest_.size())); }
+    std::string_view takeTextBeforeTag() { return take(std::min(rest_.find('<'), rest_.size())); }
     // "" when there is none.
     std::string_view takeName() {
         if (rest_.empty() || !isLetter(rest_.front())) return {};
@@ -127,7 +127,7 @@ class PlainReader {
     std::vector<XMLAttributeView> attributes_; // of the last start tag
 
   private:
-    std::deque<std::string> decoded_; // values that had references in them
+    std::forward_list<std::string> decoded_; // values that had references in them
     Language language_;
 };
 
@@ -145,7 +145,7 @@ bool PlainReader::takeAttributes() {
         if (!value || value->contains('<') || value->contains('\n') || value->contains('\t')) return false;
         attributes_.push_back({name, *value});
         if (!value->contains('&')) continue;
-        std::string& decoded = decoded_.emplace_back();
+        std::string& decoded = decoded_.emplace_front();
         if (!forEachPiece(*value, [&](std::string_view piece) { decoded += piece; })) return false;
         attributes_.back().value = decoded;
     }
@@ -160,7 +160,7 @@ class PlainXMLReader : PlainReader {
         if (!takeDeclaration() || !takeDocumentType()) return false;
         do {
             if (!skip("<") || !takeTag()) return false;
-            if (!open_.empty() && !addText(takeTextBefore("<"))) return false;
+            if (!open_.empty() && !addText(takeTextBeforeTag())) return false;
         } while (!open_.empty());
         skipBlanks();
         return rest_.empty();
@@ -300,7 +300,7 @@ class PlainHTMLReader : PlainReader {
         do {
             if (!skip("<") || !(skip("/") ? takeEndTag() : takeStartTag())) return false;
             if (open_.empty()) break;
-            const std::string_view text = takeTextBefore("<");
+            const std::string_view text = takeTextBeforeTag();
             if ((holdsNoText(open_.back()) && !isFewBlanks(text)) || !addText(text)) return false;
         } while (!open_.empty());
         return isFewBlanks(rest_);
@@ -349,7 +349,7 @@ bool PlainHTMLReader::takeStartTag() {
 
 // Nothing in it is markup, but what looks like it the library may take for some. Its end tag is left.
 bool PlainHTMLReader::takeStyleSheet() {
-    builder_.addText(XMLNodeKind::text, takeTextBefore("<"));
+    builder_.addText(XMLNodeKind::text, takeTextBeforeTag());
     return rest_.starts_with("</style>");
 }
 
@@ -366,21 +366,23 @@ bool PlainHTMLReader::takeEndTag() {
 
 // Both readers take the bytes as UTF-8 without a mark in front.
 bool isPlainDocument(std::string_view markup) {
-    return markup.starts_with('<') && isPlainText(markup) && isValidUTF8(markup);
+    return markup.starts_with('<') && isPlainText(markup);
 }
 
 } // namespace
 
 bool isPlainText(std::string_view text) {
-    using Suspects = StopUnits<char, ' ', '\xFF', '\x7F', '\xC2', '\xEF'>;
-    for (;;) {
-        text.remove_prefix(lengthBefore<Suspects>(text));
-        if (text.empty()) return true;
-        const bool isPlain = text[0] == '\t' || text[0] == '\n' ||
-                             (text[0] == '\xC2' && text.size() > 1 && static_cast<unsigned char>(text[1]) >= 0xA0) ||
-                             (text[0] == '\xEF' && !text.starts_with("\xEF\xBF"));
-        if (!isPlain) return false;
-        text.remove_prefix(1);
+    using OtherThanASCII = StopUnits<char, ' ', '~'>;
+    for (std::size_t at = 0;;) {
+        at += lengthBefore<OtherThanASCII>(text.substr(at));
+        if (at == text.size()) return true;
+        if (static_cast<unsigned char>(text[at]) < 0x80) {
+            if (text[at] != '\t' && text[at] != '\n') return false;
+            ++at;
+            continue;
+        }
+        const char32_t point = takeCodePoint(text, at); // U+FFFD for what is ill-formed
+        if (point < 0xA0 || (point >= 0xFFC0 && point <= 0xFFFF)) return false;
     }
 }
 

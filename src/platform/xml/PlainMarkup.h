@@ -9,8 +9,8 @@
 
 namespace platform {
 
-// Whether every reader gives the text back to the letter: no control characters but tab and line feed, no C1 controls,
-// which may be meant as Windows-1252, no characters at the end of the first plane. Says nothing of ill-formed UTF-8.
+// Whether every reader gives the text back to the letter: well-formed UTF-8, no control characters but tab and line
+// feed, no C1 controls, which may be meant as Windows-1252, no characters at the end of the first plane.
 bool isPlainText(std::string_view text);
 
 // Whether readers of HTML give an attribute's name back as it stands: in lower case, and short, since the library cuts
