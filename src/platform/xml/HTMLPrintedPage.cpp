@@ -19,10 +19,11 @@ namespace platform {
 namespace {
 
 constexpr std::string_view kPlainDocumentType =
-    "<!DOCTYPE html>";                                      // the one that means no quirks mode, without parsing it
-constexpr std::size_t kDeepest = 200;                       // far below what makes the parser drop levels
-constexpr std::size_t kUsualNodes = 512, kUsualText = 8192; // room for those of a note, so that they need not move
-constexpr std::size_t kMostAttributes = 64;                 // far below what makes it refuse a tag
+    "<!DOCTYPE html>";                                         // the one that means no quirks mode, without parsing it
+constexpr std::size_t kDeepest = 200;                          // far below what makes the parser drop levels
+constexpr std::size_t kUsualNodes = 512, kUsualText = 8192;    // room for those of a note, so that they need not move
+constexpr std::size_t kUsualAttributes = 64, kUsualDepth = 16; // likewise
+constexpr std::size_t kMostAttributes = 64;                    // far below what makes it refuse a tag
 constexpr std::size_t kLongestComment = 1024; // longer ones may look to it like a tag of too many attributes
 
 // Elements that the parser, or its end tags, treat in a way of their own.
@@ -57,7 +58,9 @@ bool keepsEncoding(const XMLElement& meta) {
 // The sink of the layout that builds the tree.
 class HTMLPrintedPage {
   public:
-    explicit HTMLPrintedPage(HTMLDocument& document) : document_(document), builder_(document) {}
+    explicit HTMLPrintedPage(HTMLDocument& document) : document_(document), builder_(document) {
+        open_.reserve(kUsualDepth);
+    }
 
     bool isComplete() const { return !refused_ && part_ == Part::body; }
 
@@ -149,6 +152,7 @@ std::optional<HTMLDocument> HTMLDocument::fromPrintedPage(const XMLDocument& sou
     document.quirksMode_ = !isPlain;
     document.nodes_.reserve(kUsualNodes);
     document.text_.reserve(kUsualText);
+    document.attributes_.reserve(kUsualAttributes);
     HTMLPrintedPage reading(document);
     forEachNodeInOrder(*source.rootElement(), PageLayoutWalk(PageLayout::indented, reading));
     if (!reading.isComplete()) return std::nullopt;

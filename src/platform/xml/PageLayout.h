@@ -32,7 +32,9 @@ bool isBlankText(const XMLNode& node);
 template<class Sink>
 class PageLayoutWalk {
   public:
-    PageLayoutWalk(PageLayout layout, Sink& sink) : indents_(layout == PageLayout::indented), sink_(sink) {}
+    PageLayoutWalk(PageLayout layout, Sink& sink) : indents_(layout == PageLayout::indented), sink_(sink) {
+        open_.reserve(kUsualDepth);
+    }
 
     void operator()(const XMLNode& node, NodeEdge edge) {
         if (edge == NodeEdge::enter) return enter(*node.asElement());
@@ -81,6 +83,7 @@ class PageLayoutWalk {
         return (style && style->find("white-space") != std::string_view::npos) || element.attributeForName("xml:space");
     }
 
+    static constexpr std::size_t kUsualDepth = 16;
     // Depth beyond this many levels is not shown: the page would grow with the square of the depth.
     static constexpr std::size_t kDeepestIndent = 32;
     static constexpr std::string_view kLineAndIndent =

@@ -21,6 +21,8 @@ namespace {
 
 constexpr std::size_t kMostAttributes = 64; // of a tag; few enough to compare each with all before it
 constexpr std::size_t kLongestName = 64;    // of an attribute
+constexpr std::size_t kUsualDepth = 16;     // room for a note's, so that what is there need not move
+constexpr std::size_t kUsualAttributes = 8; // of a tag, likewise
 constexpr std::size_t kLongestBlanks = 500; // between elements; the library takes 1,000 for text
 
 constexpr bool isBlank(char c) {
@@ -61,7 +63,9 @@ enum class Language : std::uint8_t { xml, html };
 class PlainReader {
   protected:
     PlainReader(Language language, std::string_view markup, XMLTreeBuilder& builder)
-        : rest_(markup), builder_(builder), language_(language) {}
+        : rest_(markup), builder_(builder), language_(language) {
+        attributes_.reserve(kUsualAttributes);
+    }
     ~PlainReader() = default;
 
     bool skip(std::string_view literal) {
@@ -154,7 +158,9 @@ bool PlainReader::takeAttributes() {
 
 class PlainXMLReader : PlainReader {
   public:
-    PlainXMLReader(std::string_view xml, XMLTreeBuilder& builder) : PlainReader(Language::xml, xml, builder) {}
+    PlainXMLReader(std::string_view xml, XMLTreeBuilder& builder) : PlainReader(Language::xml, xml, builder) {
+        open_.reserve(kUsualDepth);
+    }
 
     bool run() {
         if (!takeDeclaration() || !takeDocumentType()) return false;
@@ -291,7 +297,9 @@ class ClosingTable {
 
 class PlainHTMLReader : PlainReader {
   public:
-    PlainHTMLReader(std::string_view page, XMLTreeBuilder& builder) : PlainReader(Language::html, page, builder) {}
+    PlainHTMLReader(std::string_view page, XMLTreeBuilder& builder) : PlainReader(Language::html, page, builder) {
+        open_.reserve(kUsualDepth);
+    }
 
     bool run() {
         if (!skip("<!DOCTYPE html>")) return false;

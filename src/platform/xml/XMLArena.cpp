@@ -7,9 +7,12 @@ namespace platform {
 
 namespace {
 
+constexpr std::size_t kSmallestBlock = 1024;
 constexpr std::size_t kLargestBlock = 64 * 1024; // unless a single text is larger
 
 } // namespace
+
+XMLArena::XMLArena(std::size_t expected) : nextBlock_(std::clamp(expected, kSmallestBlock, kLargestBlock)) {}
 
 void XMLArena::addBlock(std::size_t size) {
     const std::size_t taken = std::max(size, nextBlock_);

@@ -13,7 +13,8 @@ namespace platform {
 
 class XMLArena {
   public:
-    XMLArena() = default;
+    // For about that many bytes of nodes and texts: more are no harm.
+    explicit XMLArena(std::size_t expected);
     XMLArena(const XMLArena&) = delete; // what lies here is known by its address
     XMLArena& operator=(const XMLArena&) = delete;
 
@@ -42,7 +43,7 @@ class XMLArena {
     std::vector<std::unique_ptr<char[]>> blocks_;
     char* free_ = nullptr; // in the last block
     std::size_t left_ = 0;
-    std::size_t nextBlock_ = 1024; // doubled with each block: most documents are small
+    std::size_t nextBlock_; // doubled with each block
 };
 
 } // namespace platform

@@ -59,13 +59,13 @@ Result<> readXML(std::string_view xml, XMLTreeBuilder& builder) {
 }
 
 std::optional<XMLDocument> plainTree(std::string_view xml) {
-    XMLTreeBuilder builder;
+    XMLTreeBuilder builder(xml.size());
     if (!readPlainXML(xml, builder)) return std::nullopt;
     return builder.documentWithRoot({});
 }
 
 std::optional<XMLDocument> plainPage(std::string_view page) {
-    XMLTreeBuilder builder;
+    XMLTreeBuilder builder(page.size());
     if (!readPlainHTML(page, builder)) return std::nullopt;
     return builder.documentWithRoot("html");
 }
@@ -85,7 +85,7 @@ Result<XMLDocument> tidyPage(std::string_view html) {
     const std::string markup = keepingListItemsWhole(escapingSections(html));
     if (auto plain = plainPage(markup)) return *std::move(plain);
     TRY(checkAttributes(html));
-    XMLTreeBuilder builder;
+    XMLTreeBuilder builder(markup.size());
     TRY(readHTML(markup, ImpliedTags::added, builder));
     return builder.documentWithRoot("html");
 }
@@ -95,13 +95,13 @@ Result<XMLDocument> tree(std::string_view xml, XMLDocumentParsing parsing) {
     const std::string resolved = resolvingHTMLEntities(xml);
     if (auto plain = plainTree(resolved)) return *std::move(plain);
     TRY(checkAttributes(xml));
-    XMLTreeBuilder strict;
+    XMLTreeBuilder strict(resolved.size());
     const auto outcome = readXML(resolved, strict);
     if (outcome) return strict.documentWithRoot({});
     if (parsing == XMLDocumentParsing::strict) return failure(outcome.error());
     const std::string name = nameOfFirstTag(xml);
     if (name.empty()) return failure(outcome.error());
-    XMLTreeBuilder tidied;
+    XMLTreeBuilder tidied(xml.size());
     TRY(readHTML(escapingSections(xml), ImpliedTags::none, tidied));
     auto document = tidied.documentWithRoot(name);
     if (!document.rootElement()) return failure(outcome.error());
@@ -121,7 +121,7 @@ XMLDocument XMLDocument::withRootElement(std::string_view name) {
 }
 
 void XMLDocument::wrapRootElement(std::string_view name) {
-    if (!tree_) tree_ = std::make_unique<Tree>();
+    if (!tree_) tree_ = std::make_unique<Tree>(0);
     auto* root = tree_->arena.make<XMLElement>(tree_->arena, tree_->arena.stored(name));
     if (tree_->root) root->addChild(*tree_->root);
     tree_->root = root;

@@ -54,6 +54,7 @@ class XMLDocument {
   private:
     friend class XMLTreeBuilder;
     struct Tree {
+        explicit Tree(std::size_t expected) : arena(expected) {}
         XMLArena arena;
         XMLElement* root = nullptr;
     };

@@ -6,6 +6,20 @@
 
 namespace platform {
 
+namespace {
+
+constexpr std::size_t kTreePerMarkup = 4; // bytes for each byte of markup, about
+constexpr std::size_t kUsualDepth = 16;
+
+} // namespace
+
+XMLTreeBuilder::XMLTreeBuilder(std::size_t markupSize) {
+    document_.tree_ = std::make_unique<XMLDocument::Tree>(kTreePerMarkup * markupSize);
+    document_.wrapRootElement({});
+    open_.reserve(kUsualDepth);
+    open_.push_back(document_.rootElement());
+}
+
 bool XMLTreeBuilder::openElement(std::string_view name, XMLAttributes attributes) {
     if (open_.size() > XMLParser::kMaximumDepth) return false;
     XMLElement& element = open_.back()->addElement(name);

@@ -1,6 +1,7 @@
 // Builds a tree from events, whichever reader they come from.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -14,6 +15,9 @@ namespace platform {
 
 class XMLTreeBuilder {
   public:
+    // For markup of about that many bytes.
+    explicit XMLTreeBuilder(std::size_t markupSize = 0);
+
     // False when the element would be nested too deep; it is left out then.
     bool openElement(std::string_view name, XMLAttributes attributes);
     void closeElement();
@@ -26,8 +30,8 @@ class XMLTreeBuilder {
     XMLDocument documentWithRoot(std::string_view name);
 
   private:
-    XMLDocument document_ = XMLDocument::withRootElement({}); // the root holds what stands outside the true root too
-    std::vector<XMLElement*> open_{document_.rootElement()};
+    XMLDocument document_; // its root holds what stands outside the true root too
+    std::vector<XMLElement*> open_;
 };
 
 } // namespace platform
