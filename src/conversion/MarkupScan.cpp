@@ -101,6 +101,9 @@ std::string replaceAll(std::string_view text, std::span<const LiteralReplacement
     std::vector<std::size_t> found; // the next occurrence of each
     for (const auto& row : replacements) found.push_back(platform::findLiteral(text, row.literal));
     std::string out;
+    std::size_t expected = text.size();
+    for (const auto& row : replacements) expected += row.replacement.size();
+    out.reserve(expected);
     std::size_t copied = 0;
     for (;;) {
         const auto first = std::ranges::min_element(found);
@@ -112,6 +115,26 @@ std::string replaceAll(std::string_view text, std::span<const LiteralReplacement
             if (found[index] < copied) found[index] = platform::findLiteral(text, replacements[index].literal, copied);
     }
     return out.append(text, copied);
+}
+
+std::string replaceTags(std::string_view markup, std::span<const LiteralReplacement> replacements) {
+    std::string out;
+    out.reserve(markup.size());
+    std::size_t copied = 0;
+    for (std::size_t at = markup.find('<'); at != npos; at = markup.find('<', at)) {
+        const std::string_view rest = markup.substr(at);
+        // Most tags differ in the first letter.
+        const auto found = std::ranges::find_if(replacements, [rest](const LiteralReplacement& row) {
+            return rest.size() >= row.literal.size() && rest[1] == row.literal[1] && rest.starts_with(row.literal);
+        });
+        if (found == replacements.end()) {
+            ++at;
+            continue;
+        }
+        out.append(markup, copied, at - copied).append(found->replacement);
+        at = copied = at + found->literal.size();
+    }
+    return out.append(markup, copied);
 }
 
 } // namespace quillet

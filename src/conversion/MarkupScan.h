@@ -39,5 +39,7 @@ struct LiteralReplacement {
 
 // Every occurrence of each literal replaced, in one pass over the text. No literal begins with the whole of another.
 std::string replaceAll(std::string_view text, std::span<const LiteralReplacement> replacements);
+// The same for literals that are tags, which may occur often: each begins with "<" and is longer than that.
+std::string replaceTags(std::string_view markup, std::span<const LiteralReplacement> replacements);
 
 } // namespace quillet

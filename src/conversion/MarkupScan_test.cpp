@@ -96,6 +96,14 @@ TEST(MarkupScan, ReplacesSeveralLiteralsInOnePass) {
     EXPECT_EQ(replaceAll("", rows), "");
 }
 
+TEST(MarkupScan, ReplacesSeveralTagsInOnePass) {
+    const LiteralReplacement rows[] = {{"<a><b>", "<a>"}, {"</b></a>", "</a>"}, {"<c>", "<c><c>"}, {"</b><b>", ""}};
+    EXPECT_EQ(replaceTags("<a><b>x</b></a><a><a><b><b>-<c></b></b></a>", rows), "<a>x</a><a><a><b>-<c><c></b></a>");
+    EXPECT_EQ(replaceTags("</b><b></b><b></b></a><", rows), "</a><");
+    for (const std::string_view same : {"nothing", "", "<", "<a", "<a><", "< a><b>", "<A><b></b>"})
+        EXPECT_EQ(replaceTags(same, rows), same);
+}
+
 // A square of these sizes would take minutes.
 TEST(MarkupScan, IsLinear) {
     constexpr std::size_t kTags = 300'000;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include <fmt/core.h>
@@ -17,15 +18,19 @@
 #include "platform/foundation/StringTable.h"
 #include "platform/xml/XMLDocument.h"
 #include "platform/xml/XMLNode.h"
+#include "platform/xml/XMLWriter.h"
 #include "styles/QLTNoteTextStyle.h"
 
 namespace quillet {
 
 using platform::Error;
+using platform::NodeEdge;
 using platform::Result;
 using platform::XMLDocument;
 using platform::XMLDocumentParsing;
 using platform::XMLElement;
+using platform::XMLNode;
+using platform::XMLNodeKind;
 
 namespace {
 
@@ -100,24 +105,17 @@ Result<std::string> replaceCryptTags(std::string markup) {
     return rewriteTags(std::move(markup), crypt);
 }
 
-struct ShapeFix {
-    std::string_view shape, replacement;
-    bool onlyWithDividers;
+// None of them can be part of what another one makes, so that one pass finds them all.
+constexpr LiteralReplacement kShapes[] = {
+    {"<li><div>", "<li>"},
+    {"</div></li>", "</li>"},
+    {"</div><div><br></br></div><div>", "</div><br /><div>"}, // an empty paragraph between two is a line break
+    {"<hr></hr>", kDividerMarker},                            // the last: not always replaced
 };
 
-// In this order: what one makes, the next may match.
-constexpr ShapeFix kShapeFixes[] = {
-    {"<li><div>", "<li>", false},
-    {"</div></li>", "</li>", false},
-    {"</div><div><br></br></div><div>", "</div><br /><div>", false}, // an empty paragraph between two is a line break
-    {"<hr></hr>", kDividerMarker, true},
-};
-
-std::string fixShapes(std::string markup, ConvertDividers convertDividers) {
-    for (const ShapeFix& fix : kShapeFixes)
-        if (!fix.onlyWithDividers || convertDividers == ConvertDividers::yes)
-            markup = replaceAll(std::move(markup), fix.shape, fix.replacement);
-    return markup;
+std::string fixShapes(std::string_view markup, ConvertDividers convertDividers) {
+    constexpr std::span kAll(kShapes);
+    return replaceTags(markup, convertDividers == ConvertDividers::yes ? kAll : kAll.first(kAll.size() - 1));
 }
 
 // The template with font, title and body in it; the title as it stands, without escaping. Only the template's own
@@ -137,11 +135,42 @@ Result<std::string> filledTemplate(std::u16string_view title, std::string_view b
     return replaceAll(page, replacements);
 }
 
+// What is to be rewritten in a note. Most notes have little of it, and looking in their markup for what is not there
+// would cost as much as rewriting it.
+struct Rewritable {
+    bool innerNotes = false, media = false, todos = false, crypts = false;
+};
+
+// What holds text that only looks like tags may hold all of it.
+Rewritable rewritableIn(const XMLElement& note) {
+    Rewritable found;
+    platform::forEachNodeInOrder(note, [&](const XMLNode& node, NodeEdge edge) {
+        if (edge == NodeEdge::leaf && node.kind() != XMLNodeKind::text) found = {true, true, true, true};
+        const std::string_view name = node.name();
+        if (edge != NodeEdge::enter || !name.starts_with("en-")) return;
+        found.innerNotes = found.innerNotes || (&node != &note && name == "en-note");
+        found.media = found.media || name == "en-media";
+        found.todos = found.todos || name.starts_with("en-todo");
+        found.crypts = found.crypts || name.starts_with("en-crypt");
+    });
+    return found;
+}
+
+// Without note tags; one that has attributes loses its end alone.
+std::string withoutNoteTags(std::string markup, bool hasInnerNotes) {
+    if (hasInnerNotes) return replaceAll(replaceAll(std::move(markup), kNoteOpening, ""), kNoteClosing, "");
+    if (markup.ends_with(kNoteClosing)) markup.resize(markup.size() - kNoteClosing.size());
+    if (markup.starts_with(kNoteOpening)) markup.erase(0, kNoteOpening.size());
+    return markup;
+}
+
 Result<std::string> innerMarkup(EvernoteXMLItem& item, NoteScratch& scratch, const XMLElement& noteElement,
-                                UseInlineImages useInlineImages, InlineImages& images) {
-    std::string markup = noteElement.XMLString();
-    markup = replaceAll(std::move(markup), kNoteOpening, "");
-    markup = replaceAll(std::move(markup), kNoteClosing, "");
+                                const Rewritable& rewritable, UseInlineImages useInlineImages, InlineImages& images) {
+    std::string markup;
+    markup.reserve(item.contentData.size() + item.contentData.size() / 4); // end tags make it longer
+    platform::writeXML(noteElement, markup);
+    markup = withoutNoteTags(std::move(markup), rewritable.innerNotes);
+    if (!rewritable.media && item.resources.empty()) return markup;
     return replaceMediaTags(std::move(markup), item, scratch, useInlineImages, images);
 }
 
@@ -150,16 +179,18 @@ Result<std::string> innerMarkup(EvernoteXMLItem& item, NoteScratch& scratch, con
 Result<std::string> XMLStringFromNoteElement(EvernoteXMLItem& item, NoteScratch& scratch, const XMLElement& noteElement,
                                              UseInlineImages useInlineImages) {
     InlineImages images(item.identifier);
-    return images.filledIn(TRY(innerMarkup(item, scratch, noteElement, useInlineImages, images)));
+    return images.filledIn(
+        TRY(innerMarkup(item, scratch, noteElement, rewritableIn(noteElement), useInlineImages, images)));
 }
 
 Result<NotePage> notePageFromNoteElement(EvernoteXMLItem& item, NoteScratch& scratch, const XMLElement& noteElement,
                                          UseInlineImages useInlineImages, ConvertDividers convertDividers) {
     NotePage page(item.identifier);
-    std::string markup = TRY(innerMarkup(item, scratch, noteElement, useInlineImages, page.images));
-    markup = TRY(replaceTodoTags(std::move(markup)));
-    markup = TRY(replaceCryptTags(std::move(markup)));
-    markup = fixShapes(std::move(markup), convertDividers);
+    const Rewritable rewritable = rewritableIn(noteElement);
+    std::string markup = TRY(innerMarkup(item, scratch, noteElement, rewritable, useInlineImages, page.images));
+    if (rewritable.todos) markup = TRY(replaceTodoTags(std::move(markup)));
+    if (rewritable.crypts) markup = TRY(replaceCryptTags(std::move(markup)));
+    markup = fixShapes(markup, convertDividers);
 
     const std::string poured = TRY(filledTemplate(item.title, markup));
     page.setDocument(TRY(XMLDocument::initWithXMLString(poured, XMLDocumentParsing::tidyHTML)));
