@@ -98,7 +98,11 @@ class PlainReader {
         if (end == std::string_view::npos) return std::nullopt;
         return take(end + 1).substr(1, end - 1);
     }
-    bool takeAttributes();
+    // Up to the ">" or "/>".
+    bool takeAttributes() {
+        attributes_.clear();
+        return rest_.starts_with('>') || takeEachAttribute(); // most have none
+    }
 
     // Calls piece(std::string_view) for the stretches between references and for what these stand for.
     bool forEachPiece(std::string_view text, auto piece) const {
@@ -131,13 +135,13 @@ class PlainReader {
     std::vector<XMLAttributeView> attributes_; // of the last start tag
 
   private:
+    bool takeEachAttribute();
+
     std::forward_list<std::string> decoded_; // values that had references in them
     Language language_;
 };
 
-// Up to the ">" or "/>".
-bool PlainReader::takeAttributes() {
-    attributes_.clear();
+bool PlainReader::takeEachAttribute() {
     decoded_.clear();
     while (skipBlanks() && !rest_.empty() && isLetter(rest_.front())) {
         const std::string_view name = takeName();
@@ -404,11 +408,11 @@ bool isPlainAttributeName(std::string_view name) {
 
 // "]]>" may not stand in the text of XML.
 bool readPlainXML(std::string_view xml, XMLTreeBuilder& builder) {
-    return isPlainDocument(xml) && !xml.contains("]]>") && PlainXMLReader(xml, builder).run();
+    return isPlainDocument(xml) && !xml.contains("]]>") && PlainXMLReader(builder.storedSource(xml), builder).run();
 }
 
 bool readPlainHTML(std::string_view page, XMLTreeBuilder& builder) {
-    return isPlainDocument(page) && PlainHTMLReader(page, builder).run();
+    return isPlainDocument(page) && PlainHTMLReader(builder.storedSource(page), builder).run();
 }
 
 } // namespace platform

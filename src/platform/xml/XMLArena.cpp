@@ -32,7 +32,7 @@ void* XMLArena::place(std::size_t size, std::size_t alignment) {
     return place;
 }
 
-std::string_view XMLArena::stored(std::string_view text) {
+std::string_view XMLArena::copied(std::string_view text) {
     auto* to = static_cast<char*>(place(text.size(), 1));
     if (!text.empty()) std::memcpy(to, text.data(), text.size());
     return {to, text.size()};
@@ -41,10 +41,11 @@ std::string_view XMLArena::stored(std::string_view text) {
 std::string_view XMLArena::extended(std::string_view text, std::string_view more) {
     if (more.empty()) return text;
     const std::size_t size = text.size() + more.size();
-    const bool isLast = !blocks_.empty() && text.data() + text.size() == free_;
-    if (!isLast || more.size() > left_) {
+    const bool isLast = text.data() + text.size() == free_ && !isOfSource(text);
+    if (!isLast) text = copied(text);
+    if (more.size() > left_) {
         // A long text has a block of its own, with room to grow; the one that it leaves is given back.
-        const bool hadBlock = isLast && text.data() == blocks_.back().get();
+        const bool hadBlock = text.data() == blocks_.back().get();
         const auto former = hadBlock ? std::exchange(blocks_.back(), nullptr) : nullptr;
         addBlock(2 * size);
         std::memcpy(free_, text.data(), text.size());

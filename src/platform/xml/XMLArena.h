@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -31,16 +32,24 @@ class XMLArena {
         return static_cast<T*>(place(count * sizeof(T), alignof(T)));
     }
 
-    std::string_view stored(std::string_view text);
+    // Stores the text that the others are parts of, for the most part: these are not stored again.
+    std::string_view storedSource(std::string_view text) { return source_ = copied(text); }
+    std::string_view stored(std::string_view text) { return isOfSource(text) ? text : copied(text); }
     // A stored text with more behind it. Without a copy when nothing has been stored since, as when a text comes in
     // pieces.
     std::string_view extended(std::string_view text, std::string_view more);
 
   private:
+    bool isOfSource(std::string_view text) const {
+        return std::less_equal()(source_.data(), text.data()) &&
+               std::less_equal()(text.data() + text.size(), source_.data() + source_.size());
+    }
+    std::string_view copied(std::string_view text);
     void* place(std::size_t size, std::size_t alignment);
     void addBlock(std::size_t size);
 
     std::vector<std::unique_ptr<char[]>> blocks_;
+    std::string_view source_;
     char* free_ = nullptr; // in the last block
     std::size_t left_ = 0;
     std::size_t nextBlock_; // doubled with each block

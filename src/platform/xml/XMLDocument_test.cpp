@@ -9,6 +9,7 @@
 #include "platform/xml/MarkupText.h"
 #include "platform/xml/XMLDocument.h"
 #include "platform/xml/XMLWriter.h"
+#include "tests/support/PeakMemory.h"
 #include "tests/support/QuietLogFixture.h"
 
 namespace platform {
@@ -219,6 +220,19 @@ TEST_F(XMLTree, HoldsTextsAndValuesOfAnySize) {
         EXPECT_EQ(document->rootElement()->stringValue().size(), large.size());
         EXPECT_GT(document->XMLString().size(), 2 * large.size());
     }
+}
+
+TEST_F(XMLTree, JoinsManyTextsThatReferencesPartWithoutABlockForEach) {
+    constexpr std::size_t kTexts = 20'000, kMostMemory = std::size_t{64} << 20; // a block each would be 1.3 GB
+    std::string xml = "<a>";
+    for (std::size_t i = 0; i < kTexts; ++i) xml += "<b c=\"&lt;d\">x&amp;y&gt;</b>z";
+    xml += "</a>";
+    tests::restartPeakMemory();
+    const std::size_t before = tests::peakMemory();
+    const auto document = XMLDocument::initWithXMLString(std::string(xml), XMLDocumentParsing::strict);
+    EXPECT_LT(tests::peakMemory(), before + kMostMemory);
+    ASSERT_TRUE(document);
+    EXPECT_TRUE(document->XMLString() == xml);
 }
 
 TEST(MarkupText, EscapesByTableWhatASearchForEachCharacterFinds) {

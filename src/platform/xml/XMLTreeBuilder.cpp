@@ -8,7 +8,7 @@ namespace platform {
 
 namespace {
 
-constexpr std::size_t kTreePerMarkup = 4; // bytes for each byte of markup, about
+constexpr std::size_t kTreePerMarkup = 5; // bytes for each byte of markup, about
 constexpr std::size_t kUsualDepth = 16;
 
 } // namespace

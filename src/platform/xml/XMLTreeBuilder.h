@@ -18,6 +18,9 @@ class XMLTreeBuilder {
     // For markup of about that many bytes.
     explicit XMLTreeBuilder(std::size_t markupSize = 0);
 
+    // The markup as it lies in the document: what is taken from it need not be copied. At most once.
+    std::string_view storedSource(std::string_view markup) { return document_.tree_->arena.storedSource(markup); }
+
     // False when the element would be nested too deep; it is left out then.
     bool openElement(std::string_view name, XMLAttributes attributes);
     void closeElement();
