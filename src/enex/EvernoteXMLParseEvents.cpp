@@ -12,7 +12,6 @@
 #include "enex/EvernoteXMLParseOperation.h"
 #include "platform/base/UTF16.h"
 #include "platform/foundation/CharacterSet.h"
-#include "platform/foundation/StringFormat.h"
 #include "util/FileNames.h"
 
 namespace quillet {
@@ -92,12 +91,12 @@ struct EvernoteXMLParseOperation::StartTags {
     });
 };
 
-void EvernoteXMLParseOperation::logEvent(std::string_view text) {
-    if (debugMode_) log(text);
+void EvernoteXMLParseOperation::logEvent(std::string_view format, platform::FormatArgument argument) {
+    if (debugMode_) log(platform::formatted(format, {argument}));
 }
 
 void EvernoteXMLParseOperation::parserDidStartElement(XMLParser&, std::string_view name, XMLAttributes attributes) {
-    logEvent(platform::formatted("parser:didStartElement: %@", {name}));
+    logEvent("parser:didStartElement: %@", name);
     abortWhenCancelled();
     if (currentElement_ == Element::outside) {
         startOutside(name, attributes);
@@ -241,7 +240,7 @@ void EvernoteXMLParseOperation::parserFoundCDATA(XMLParser&, std::string_view by
 }
 
 void EvernoteXMLParseOperation::parserDidEndElement(XMLParser&, std::string_view name) {
-    logEvent(platform::formatted("parser:didEndElement: %@", {name}));
+    logEvent("parser:didEndElement: %@", name);
     if (name == "note") {
         endNote();
     } else if (name == "resource") {

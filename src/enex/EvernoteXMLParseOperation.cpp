@@ -10,7 +10,6 @@
 #include "platform/base/SystemLog.h"
 #include "platform/base/UTF16.h"
 #include "platform/foundation/CharacterSet.h"
-#include "platform/foundation/StringFormat.h"
 #include "platform/foundation/StringTable.h"
 
 namespace quillet {

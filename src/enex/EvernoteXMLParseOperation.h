@@ -14,6 +14,7 @@
 #include "enex/EvernoteXMLItem.h"
 #include "platform/base/Result.h"
 #include "platform/foundation/DateFormatter.h"
+#include "platform/foundation/StringFormat.h"
 #include "platform/foundation/URL.h"
 #include "platform/xml/XMLParser.h"
 #include "service/operations/OutputStream.h"
@@ -108,7 +109,7 @@ class EvernoteXMLParseOperation : public QLTAsynchronousOperation, private platf
     platform::Result<std::optional<ItemEntry>> convertCurrentItem();
     void finishForEncoding(std::string_view encoding);
     void log(std::string_view text);
-    void logEvent(std::string_view text);
+    void logEvent(std::string_view format, platform::FormatArgument argument = std::nullopt); // in debug mode
 
     platform::URL evernoteFileURL_;
     platform::URL directoryURL_;
