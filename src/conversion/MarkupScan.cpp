@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/base/ByteSearch.h"
+#include "platform/base/TextScan.h"
 
 namespace quillet {
 
@@ -40,12 +41,13 @@ class TagSearch {
   private:
     // The first shield from a position on. What never closes ends with the markup.
     void findShield(std::size_t from) {
-        for (std::size_t at = markup_.find('<', from); at != npos; at = markup_.find('<', at + 1)) {
-            if (at + 1 >= markup_.size() || (markup_[at + 1] != '!' && markup_[at + 1] != '?')) continue; // as most
+        using SecondOfOpening = platform::StopUnits<char, '\0', '\xFF', '!', '?'>; // far rarer than "<"
+        for (std::size_t at = from + 1; at < markup_.size(); ++at) {
+            at += platform::lengthBefore<SecondOfOpening>(markup_.substr(at));
             for (const auto& [opening, closing] : kShields) {
-                if (!markup_.substr(at).starts_with(opening)) continue;
-                const std::size_t end = markup_.find(closing, at + opening.size());
-                shieldStart_ = at;
+                if (!markup_.substr(at - 1).starts_with(opening)) continue;
+                const std::size_t end = markup_.find(closing, at - 1 + opening.size());
+                shieldStart_ = at - 1;
                 shieldEnd_ = end == npos ? markup_.size() : end + closing.size();
                 return;
             }
