@@ -58,7 +58,8 @@ bool keepsEncoding(const XMLElement& meta) {
 // The sink of the layout that builds the tree.
 class HTMLPrintedPage {
   public:
-    explicit HTMLPrintedPage(HTMLDocument& document) : document_(document), builder_(document) {
+    HTMLPrintedPage(HTMLDocument& document, bool hasPlainTexts)
+        : document_(document), builder_(document), hasPlainTexts_(hasPlainTexts) {
         open_.reserve(kUsualDepth);
     }
 
@@ -85,6 +86,7 @@ class HTMLPrintedPage {
     std::vector<HTMLDocument::Attribute> attributes_;
     std::vector<HTMLTag> open_;
     Part part_ = Part::none; // the last of those that have begun
+    bool hasPlainTexts_;
     bool refused_ = false;
 };
 
@@ -130,8 +132,8 @@ void HTMLPrintedPage::leaf(const XMLNode& node, bool isRaw) {
     const std::string_view text = node.text();
     switch (node.kind()) {
     case XMLNodeKind::text:
-        refused_ = !isPlainText(text) || (isRaw && text.contains('<')) || (open_.size() < 2 && !isBlank(text)) ||
-                   (builder_.isBetweenCells() && !isBlank(text));
+        refused_ = !(hasPlainTexts_ || isPlainText(text)) || (isRaw && text.contains('<')) ||
+                   (open_.size() < 2 && !isBlank(text)) || (builder_.isBetweenCells() && !isBlank(text));
         if (!refused_) builder_.text(text);
         return;
     case XMLNodeKind::comment: // leaves no trace
@@ -153,7 +155,7 @@ std::optional<HTMLDocument> HTMLDocument::fromPrintedPage(const XMLDocument& sou
     document.nodes_.reserve(kUsualNodes);
     document.text_.reserve(kUsualText);
     document.attributes_.reserve(kUsualAttributes);
-    HTMLPrintedPage reading(document);
+    HTMLPrintedPage reading(document, source.hasPlainTexts());
     forEachNodeInOrder(*source.rootElement(), PageLayoutWalk(PageLayout::indented, reading));
     if (!reading.isComplete()) return std::nullopt;
     reading.whiteSpace("\n"); // behind the root

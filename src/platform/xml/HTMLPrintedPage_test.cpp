@@ -113,6 +113,17 @@ TEST(HTMLPrintedPage, RefusesWhatTheParserReadsInItsOwnWay) {
     for (const std::string& refused : kPages) EXPECT_EQ(compare(refused), Outcome::refused) << refused;
 }
 
+TEST(HTMLPrintedPage, LooksAtTextsThatWereAddedToAPlainPage) {
+    auto document = XMLDocument::initWithXMLString(page("<p>a</p>"), XMLDocumentParsing::tidyHTML).value();
+    EXPECT_TRUE(document.hasPlainTexts());
+    EXPECT_TRUE(HTMLDocument::fromPrintedPage(document));
+    XMLElement* body = nullptr;
+    for (XMLNode* part : document.rootElement()->children()) body = part->asElement();
+    ASSERT_TRUE(body && body->name() == "body");
+    body->addText(XMLNodeKind::text, "\x7F");
+    EXPECT_FALSE(HTMLDocument::fromPrintedPage(document));
+}
+
 // Markup put together from pieces at random, more broken than any page.
 TEST(HTMLPrintedPage, IsTheParsedTreeOfRandomMarkup) {
     constexpr auto kNames = std::to_array<std::string_view>(

@@ -411,8 +411,11 @@ bool readPlainXML(std::string_view xml, XMLTreeBuilder& builder) {
     return isPlainDocument(xml) && !xml.contains("]]>") && PlainXMLReader(builder.storedSource(xml), builder).run();
 }
 
+// Its references are to plain characters too.
 bool readPlainHTML(std::string_view page, XMLTreeBuilder& builder) {
-    return isPlainDocument(page) && PlainHTMLReader(builder.storedSource(page), builder).run();
+    if (!isPlainDocument(page) || !PlainHTMLReader(builder.storedSource(page), builder).run()) return false;
+    builder.setHasPlainTexts();
+    return true;
 }
 
 } // namespace platform

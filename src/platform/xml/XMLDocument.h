@@ -32,7 +32,10 @@ class XMLDocument {
     static XMLDocument withRootElement(std::string_view name);
 
     // Null in an empty document.
-    XMLElement* rootElement() { return tree_ ? tree_->root : nullptr; }
+    XMLElement* rootElement() {
+        hasPlainTexts_ = false; // whoever asks may change them
+        return tree_ ? tree_->root : nullptr;
+    }
     const XMLElement* rootElement() const { return tree_ ? tree_->root : nullptr; }
     // Makes an element of that name the root, with the root so far, if there is one, in it.
     void wrapRootElement(std::string_view name);
@@ -40,6 +43,9 @@ class XMLDocument {
     // The first node that the path, one element name, selects from the document: the root if it has that name, else
     // null. @sel nodesForXPath:error:
     XMLElement* firstNodeForXPath(std::string_view name);
+
+    // Whether all texts are known to be plain (isPlainText). False says nothing of them.
+    bool hasPlainTexts() const { return hasPlainTexts_; }
 
     // The document type declaration's markup without line break; "" when there is none.
     const std::string& documentType() const { return documentType_; }
@@ -62,6 +68,7 @@ class XMLDocument {
 
     std::string documentType_;
     std::unique_ptr<Tree> tree_;
+    bool hasPlainTexts_ = false;
 };
 
 } // namespace platform

@@ -49,13 +49,13 @@ void XMLTreeBuilder::setDocumentType(std::string_view name, std::string_view pub
 }
 
 XMLDocument XMLTreeBuilder::documentWithRoot(std::string_view name) {
-    XMLElement& holder = *document_.rootElement();
+    const XMLElement& holder = *document_.tree_->root;
     const XMLElement* root = nullptr;
     const XMLElement* first = nullptr;
     forEachNodeInOrder(holder, [&](const XMLNode& node, NodeEdge edge) {
         if (edge != NodeEdge::enter || &node == &holder || root) return !root;
         if (!first) first = node.asElement();
-        if (node.name() == name) root = node.asElement();
+        if (name.empty() || node.name() == name) root = node.asElement();
         return !root;
     });
     if (!root) root = first;

@@ -28,7 +28,11 @@ class XMLTreeBuilder {
     void addNode(XMLNodeKind kind, std::string_view text);
     void setDocumentType(std::string_view name, std::string_view publicID, std::string_view systemID);
 
-    // The tree with the first of its elements that has the name as the root; without one the first element of all.
+    // Says that all the texts were plain.
+    void setHasPlainTexts() { document_.hasPlainTexts_ = true; }
+
+    // The tree with the first of its elements that has the name as the root; without one, or a name, the first element
+    // of all.
     // Without any element the document has no root.
     XMLDocument documentWithRoot(std::string_view name);
 
