@@ -101,10 +101,13 @@ std::string replaceAll(std::string markup, std::string_view literal, std::string
 
 std::string replaceAll(std::string_view text, std::span<const LiteralReplacement> replacements) {
     std::vector<std::size_t> found; // the next occurrence of each
-    for (const auto& row : replacements) found.push_back(platform::findLiteral(text, row.literal));
-    std::string out;
+    found.reserve(replacements.size());
     std::size_t expected = text.size();
-    for (const auto& row : replacements) expected += row.replacement.size();
+    for (const auto& row : replacements) {
+        found.push_back(platform::findLiteral(text, row.literal));
+        expected += row.replacement.size();
+    }
+    std::string out;
     out.reserve(expected);
     std::size_t copied = 0;
     for (;;) {

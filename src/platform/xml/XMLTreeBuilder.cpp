@@ -1,7 +1,5 @@
 #include "platform/xml/XMLTreeBuilder.h"
 
-#include <fmt/core.h>
-
 #include "platform/xml/XMLWriter.h"
 
 namespace platform {
@@ -41,11 +39,12 @@ void XMLTreeBuilder::addNode(XMLNodeKind kind, std::string_view text) {
 }
 
 void XMLTreeBuilder::setDocumentType(std::string_view name, std::string_view publicID, std::string_view systemID) {
-    document_.documentType_ = fmt::format("<!DOCTYPE {}", name);
-    if (!publicID.empty()) document_.documentType_ += fmt::format(" PUBLIC \"{}\"", publicID);
-    if (!systemID.empty())
-        document_.documentType_ += fmt::format("{} \"{}\"", publicID.empty() ? " SYSTEM" : "", systemID);
-    document_.documentType_ += '>';
+    std::string& type = document_.documentType_;
+    type = "<!DOCTYPE ";
+    type += name;
+    if (!publicID.empty()) type.append(" PUBLIC \"").append(publicID).append("\"");
+    if (!systemID.empty()) type.append(publicID.empty() ? " SYSTEM \"" : " \"").append(systemID).append("\"");
+    type += '>';
 }
 
 XMLDocument XMLTreeBuilder::documentWithRoot(std::string_view name) {
