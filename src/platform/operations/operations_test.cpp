@@ -174,6 +174,37 @@ TEST(MainQueue, RunsOnTheMainThreadWhileAnotherThreadWaits) {
     EXPECT_FALSE(workerIsMain);
 }
 
+// Longer and shorter than a thread stays awake.
+TEST(MainQueue, MissesNoWorkHoweverLongItTakesToCome) {
+    std::atomic<bool> ended = false;
+    int runs = 0;
+    std::thread worker([&] {
+        for (const int microseconds : {0, 1, 100, 400, 490, 500, 510, 600, 2000, 20000, 0, 0}) {
+            std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
+            OperationQueue::mainQueue().addOperationWithBlock([&] { ++runs; });
+        }
+        OperationQueue::mainQueue().waitUntilAllOperationsAreFinished();
+        ended = true;
+        wakeMainQueue();
+    });
+    runMainQueueUntil([&] { return ended.load(); });
+    worker.join();
+    EXPECT_EQ(runs, 12);
+}
+
+TEST(MainQueue, SleepsWhenNothingComesForLong) {
+    std::atomic<bool> ended = false;
+    std::thread worker([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        ended = true;
+        wakeMainQueue();
+    });
+    const auto before = processorTime();
+    runMainQueueUntil([&] { return ended.load(); });
+    EXPECT_LT(processorTime() - before, std::chrono::milliseconds(50));
+    worker.join();
+}
+
 TEST(MainQueue, TellsAForeignLoopThatThereIsWork) {
     int woken = 0;
     bool ran = false;
