@@ -84,13 +84,23 @@ class PlainReader {
         rest_.remove_prefix(taken.size());
         return taken;
     }
-    std::string_view takeTextBeforeTag() { return take(std::min(rest_.find('<'), rest_.size())); }
+    std::string_view takeTextBeforeTag() {
+        if (rest_.starts_with('<')) return {}; // as behind most tags
+        return take(std::min(rest_.find('<'), rest_.size()));
+    }
     // "" when there is none.
     std::string_view takeName() {
         if (rest_.empty() || !isLetter(rest_.front())) return {};
         std::size_t length = 1;
         while (length < rest_.size() && isNameCharacter(rest_[length])) ++length;
         return take(length);
+    }
+    // The name in an end tag, when it is that one.
+    bool skipName(std::string_view name) {
+        if (!rest_.starts_with(name) || (rest_.size() > name.size() && isNameCharacter(rest_[name.size()])))
+            return false;
+        rest_.remove_prefix(name.size());
+        return true;
     }
     std::optional<std::string_view> takeQuoted() {
         if (rest_.empty() || (rest_.front() != '"' && rest_.front() != '\'')) return std::nullopt;
@@ -127,6 +137,7 @@ class PlainReader {
         return true;
     }
     bool addText(std::string_view text) {
+        if (text.empty()) return true; // as between most tags
         return forEachPiece(text, [this](std::string_view piece) { builder_.addText(XMLNodeKind::text, piece); });
     }
 
@@ -231,7 +242,7 @@ bool PlainXMLReader::takeDocumentType() {
 
 bool PlainXMLReader::takeTag() {
     if (skip("/")) {
-        if (open_.empty() || takeName() != open_.back()) return false;
+        if (open_.empty() || !skipName(open_.back())) return false;
         skipBlanks();
         open_.pop_back();
         builder_.closeElement();
@@ -365,15 +376,16 @@ bool PlainHTMLReader::takeStyleSheet() {
     return rest_.starts_with("</style>");
 }
 
-// The end of a void element says nothing: printed trees have it.
 bool PlainHTMLReader::takeEndTag() {
-    const HTMLTag tag = htmlTagNamed(takeName());
-    if (!skip(">")) return false;
-    if (ClosingTable::instance().isText(tag) && hasFlag(tag, kVoidTag)) return true;
-    if (open_.empty() || tag == HTMLTag::unknown || tag != open_.back()) return false;
-    open_.pop_back();
-    builder_.closeElement();
-    return true;
+    if (!open_.empty() && skipName(htmlTagName(open_.back()))) {
+        open_.pop_back();
+        builder_.closeElement();
+    } else {
+        // The end of a void element says nothing: printed trees have it.
+        const HTMLTag tag = htmlTagNamed(takeName());
+        if (!ClosingTable::instance().isText(tag) || !hasFlag(tag, kVoidTag)) return false;
+    }
+    return skip(">");
 }
 
 // Both readers take the bytes as UTF-8 without a mark in front.

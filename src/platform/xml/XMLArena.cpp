@@ -21,17 +21,6 @@ void XMLArena::addBlock(std::size_t size) {
     left_ = taken;
 }
 
-void* XMLArena::place(std::size_t size, std::size_t alignment) {
-    void* place = free_;
-    if (!std::align(alignment, size, place, left_)) {
-        addBlock(size); // as aligned as any object needs
-        place = free_;
-    }
-    free_ = static_cast<char*>(place) + size;
-    left_ -= size;
-    return place;
-}
-
 std::string_view XMLArena::copied(std::string_view text) {
     auto* to = static_cast<char*>(place(text.size(), 1));
     if (!text.empty()) std::memcpy(to, text.data(), text.size());

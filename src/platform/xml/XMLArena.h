@@ -45,7 +45,16 @@ class XMLArena {
                std::less_equal()(text.data() + text.size(), source_.data() + source_.size());
     }
     std::string_view copied(std::string_view text);
-    void* place(std::size_t size, std::size_t alignment);
+    void* place(std::size_t size, std::size_t alignment) {
+        void* place = free_;
+        if (!std::align(alignment, size, place, left_)) {
+            addBlock(size); // as aligned as any object needs
+            place = free_;
+        }
+        free_ = static_cast<char*>(place) + size;
+        left_ -= size;
+        return place;
+    }
     void addBlock(std::size_t size);
 
     std::vector<std::unique_ptr<char[]>> blocks_;
