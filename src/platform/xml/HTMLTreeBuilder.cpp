@@ -11,6 +11,7 @@ namespace platform {
 namespace {
 
 constexpr std::size_t kRememberedEnds = 1024; // end tags owed beyond the depth limit
+constexpr std::size_t kUsualDepth = 16;
 
 constexpr std::array kListScope{HTMLTag::ol, HTMLTag::ul};
 constexpr std::array kButtonScope{HTMLTag::button};
@@ -39,7 +40,9 @@ HTMLTreeBuilder::HTMLTreeBuilder(HTMLDocument& document) : document_(document) {
     const NodeIndex body = makeElement("body", HTMLTag::body, {});
     appendChild(html, head);
     appendChild(html, body);
-    open_ = {{html, HTMLTag::html}, {body, HTMLTag::body}};
+    open_.reserve(kUsualDepth);
+    open_.push_back({html, HTMLTag::html});
+    open_.push_back({body, HTMLTag::body});
 }
 
 // Elements

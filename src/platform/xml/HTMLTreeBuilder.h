@@ -74,7 +74,10 @@ class HTMLTreeBuilder {
     void closeParagraph();
 
     void rememberFormatting(NodeIndex node);
-    void reopenFormatting();
+    void reopenFormatting() {
+        if (!formatting_.empty()) reopenEachFormatting();
+    }
+    void reopenEachFormatting();
     void clearFormattingToMarker();
     void endFormatting(HTMLTag tag);
     bool adoptOnce(HTMLTag tag);

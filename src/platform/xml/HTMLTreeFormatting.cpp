@@ -38,7 +38,7 @@ void HTMLTreeBuilder::rememberFormatting(NodeIndex node) {
     formatting_.push_back(node);
 }
 
-void HTMLTreeBuilder::reopenFormatting() {
+void HTMLTreeBuilder::reopenEachFormatting() {
     std::size_t from = formatting_.size();
     while (from > 0 && formatting_[from - 1] != HTMLDocument::kNone && findOpen(formatting_[from - 1]) == kNotOpen)
         --from;
