@@ -14,7 +14,8 @@ HTMLDocumentText attributedStringFromHTMLDocument(HTMLDocument page, const HTMLR
     HTMLDocumentText read;
     HTMLPageWalk walk(std::move(page), HTMLImages(options));
     walk.run();
-    read.documentAttributes = htmlDocumentAttributes(walk.page(), walk.background());
+    if (options.readsDocumentAttributes)
+        read.documentAttributes = htmlDocumentAttributes(walk.page(), walk.background());
     walk.releasePage();
     walk.keepStyles();
     read.text = textWithListMarkers(std::move(walk.written()), walk.listLinks());

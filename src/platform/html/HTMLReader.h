@@ -31,6 +31,8 @@ struct HTMLReadOptions {
     // Asked first for the address of each image, as it stands in the page: a caller that has the bytes already need
     // not put them into the page as a data: URL. May be empty.
     std::function<std::optional<HTMLResource>(std::string_view address)> resourceForURL = nullptr;
+    // Whether what the page says about itself is wanted.
+    bool readsDocumentAttributes = false;
 };
 
 // Keys of HTMLDocumentText::documentAttributes.
@@ -43,7 +45,7 @@ class HTMLDocument;
 
 struct HTMLDocumentText {
     AttributedString text;
-    Dictionary documentAttributes;
+    Dictionary documentAttributes; // empty unless HTMLReadOptions::readsDocumentAttributes
 };
 
 // Fails when the file cannot be read (NSCocoaErrorDomain, with the path) or the page is not to be worked on (a tag with

@@ -53,11 +53,14 @@ TEST(HTMLReader, SaysOnceInTheLogWhatItDoesNotFetch) {
     EXPECT_EQ(entries, std::vector<std::string>{"Not fetched: https://e.org/x.png"});
 }
 
-TEST(HTMLReader, GivesTheDocumentAttributesOfThePage) {
+TEST(HTMLReader, GivesTheDocumentAttributesOfThePageThatAreWanted) {
+    HTMLReadOptions options;
+    options.readsDocumentAttributes = true;
     const auto read = attributedStringFromHTMLData(
         "<title>T</title><meta name=AUTHOR content=me><meta name=keywords content='a, b'>"
         "<meta name=CreationTime content=2024-05-01T09:15:02Z><meta name=ModificationTime content=yesterday>"
-        "<body bgcolor=#ff0000>x");
+        "<body bgcolor=#ff0000>x",
+        options);
     ASSERT_TRUE(read.has_value());
     const Dictionary& found = read->documentAttributes;
     EXPECT_EQ(found.at("DocumentType").utf8(), "NSHTML");
