@@ -7,7 +7,6 @@ namespace platform {
 
 namespace {
 
-constexpr double kTabInterval = 36;
 constexpr double kLevelIndent = 36; // points a list's level
 constexpr double kMarkerTab = 25;   // how far the marker's tab stop lies before the text's
 
@@ -29,20 +28,12 @@ std::size_t HTMLAttributes::KeyHash::operator()(const Key& key) const {
 }
 
 const ParagraphStyleReference& HTMLAttributes::paragraph(const Look& look) {
+    if (isOutside()) return styles_.paragraph(look);
     ParagraphStyleReference& made = paragraphs_[{.look = &look, .place = places_.back()}];
     if (made) return made;
-    auto style = std::make_shared<ParagraphStyle>(ParagraphStyle{.alignment = look.alignment,
-                                                                 .baseWritingDirection = look.direction,
-                                                                 .headerLevel = look.headerLevel,
-                                                                 .firstLineHeadIndent = look.firstLineHeadIndent,
-                                                                 .headIndent = look.headIndent,
-                                                                 .tailIndent = look.tailIndent,
-                                                                 .paragraphSpacing = look.paragraphSpacing,
-                                                                 .defaultTabInterval = kTabInterval,
-                                                                 .hyphenationFactor = look.hyphenates ? 1.0F : 0.0F,
-                                                                 .tabStops = {},
-                                                                 .textLists = context_.lists,
-                                                                 .textBlocks = context_.blocks});
+    auto style = std::make_shared<ParagraphStyle>(*styles_.paragraph(look));
+    style->textLists = context_.lists;
+    style->textBlocks = context_.blocks;
     if (!context_.lists.empty()) setListIndents(*style, context_.lists.size());
     return made = std::move(style);
 }
@@ -53,6 +44,11 @@ const HTMLAttributes::Reference& HTMLAttributes::otherComplete(const AttributeSe
     Key key{.look = styles_.look(block, blockTag, !context_.lists.empty()),
             .place = places_.back(),
             .characters = characters};
+    if (isOutside() && directions.empty()) {
+        const Reference& made = styles_.complete(characters, *key.look);
+        last_ = {characters, &block, &made};
+        return made;
+    }
     if (!directions.empty())
         key.directions =
             directions_.try_emplace(directions, static_cast<std::uint32_t>(directions_.size() + 1)).first->second;

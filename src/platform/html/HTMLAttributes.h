@@ -67,6 +67,8 @@ class HTMLAttributes {
         std::size_t operator()(const Key& key) const;
     };
 
+    // Of lists and cells: the sets depend on styles alone.
+    bool isOutside() const { return context_.lists.empty() && context_.blocks.empty(); }
     const ParagraphStyleReference& paragraph(const Look& look);
     const Reference& otherComplete(const AttributeSet* characters, const CssStyle& block, HTMLTag blockTag,
                                    const std::vector<std::int64_t>& directions);

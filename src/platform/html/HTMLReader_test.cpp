@@ -183,6 +183,7 @@ TEST(HTMLReader, ReadsAPageTheSameWhateverWasReadBefore) {
         "<!DOCTYPE html><style>b {color: red}</style><p>a<b>b</b>",
         "<!DOCTYPE html><iframe srcdoc='<b style=color:red>x</b>'></iframe><p>a<b>b</b>",
         "<!DOCTYPE html><p>a<a href='x'>b<u>c</u></a><div align=right>d</div>",
+        "<!DOCTYPE html><p>a<bdo dir=rtl>b</bdo><ol><li>c<ul><li>d</ul></ol><table><tr><td>e</table><p>f",
     };
     const auto dump = [](const std::string& page) { return textDump(attributedStringFromHTMLData(page)->text); };
     std::vector<std::string> alone;
@@ -192,6 +193,17 @@ TEST(HTMLReader, ReadsAPageTheSameWhateverWasReadBefore) {
             dump(pages[before]);
             EXPECT_EQ(dump(pages[i]), alone[i]) << pages[before] << '\n' << pages[i];
         }
+}
+
+TEST(HTMLReader, GivesEqualParagraphsOneStyle) {
+    const auto read = attributedStringFromHTMLData("<p>a<bdo dir=rtl>b</bdo><ul><li>c</ul><p>d<b>e</b>");
+    ASSERT_TRUE(read.has_value());
+    const auto styleAt = [&](char16_t letter) {
+        const std::size_t at = read->text.string().find(letter);
+        return *read->text.attributesAt(at).find<ParagraphStyleReference>(kParagraphStyleAttributeName);
+    };
+    for (const char16_t letter : {u'b', u'd', u'e'}) EXPECT_EQ(styleAt(letter), styleAt(u'a'));
+    EXPECT_NE(styleAt(u'c'), styleAt(u'a'));
 }
 
 TEST(HTMLReader, KeepsTheTextOfADeepNest) {

@@ -11,6 +11,7 @@ namespace platform {
 namespace {
 
 constexpr double kLayoutWidth = 784; // of the page's content; what percentages of paragraphs count of
+constexpr double kTabInterval = 36;  // points
 
 struct GenericFamily {
     std::string_view name, family;
@@ -190,6 +191,30 @@ const HTMLStyleAttributes::Look* HTMLStyleAttributes::look(const CssStyle& block
         if (bottom > 0) look.paragraphSpacing = roundedLength(bottom);
     }
     return found = &*distinctLooks_.insert(look).first;
+}
+
+const ParagraphStyleReference& HTMLStyleAttributes::paragraph(const Look& look) {
+    ParagraphStyleReference& made = paragraphs_[&look];
+    if (made) return made;
+    return made =
+               std::make_shared<const ParagraphStyle>(ParagraphStyle{.alignment = look.alignment,
+                                                                     .baseWritingDirection = look.direction,
+                                                                     .headerLevel = look.headerLevel,
+                                                                     .firstLineHeadIndent = look.firstLineHeadIndent,
+                                                                     .headIndent = look.headIndent,
+                                                                     .tailIndent = look.tailIndent,
+                                                                     .paragraphSpacing = look.paragraphSpacing,
+                                                                     .defaultTabInterval = kTabInterval,
+                                                                     .hyphenationFactor = look.hyphenates ? 1.0F : 0.0F,
+                                                                     .tabStops = {},
+                                                                     .textLists = {},
+                                                                     .textBlocks = {}});
+}
+
+const AttributeSet::Reference& HTMLStyleAttributes::complete(const AttributeSet* characters, const Look& look) {
+    AttributeSet::Reference& made = complete_[{&look, characters}];
+    if (made) return made;
+    return made = std::make_shared<const AttributeSet>(characters->with(kParagraphStyleAttributeName, paragraph(look)));
 }
 
 } // namespace platform

@@ -5,6 +5,7 @@
 #include <array>
 #include <compare>
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <memory_resource>
 #include <optional>
@@ -51,6 +52,10 @@ class HTMLStyleAttributes {
     // There is one of each value.
     const Look* look(const CssStyle& block, HTMLTag tag, bool isInList);
 
+    // The paragraph style of such a look outside lists and cells, and character attributes with it.
+    const ParagraphStyleReference& paragraph(const Look& look);
+    const AttributeSet::Reference& complete(const AttributeSet* characters, const Look& look);
+
   private:
     struct SetHash {
         std::size_t operator()(const AttributeSet& set) const { return hashOf(set); }
@@ -69,12 +74,14 @@ class HTMLStyleAttributes {
     const AttributeSet* shared(AttributeSet set) { return &*distinct_.insert(std::move(set)).first; }
 
     static constexpr std::size_t kUsualMemory = 4096;
-    std::pmr::monotonic_buffer_resource memory_{kUsualMemory};          // of the two tables of what is distinct
+    std::pmr::monotonic_buffer_resource memory_{kUsualMemory};          // of the tables of what is distinct
     std::vector<Characters> characters_;                                // by the number of the style
     std::pmr::unordered_set<AttributeSet, SetHash> distinct_{&memory_}; // own and united
     std::vector<std::array<const Look*, 2>> looks_;                     // by the number of the style: no list, a list
     std::pmr::set<Look> distinctLooks_{&memory_};                       // of both
-    std::array<std::optional<std::pair<FontChoice, Font>>, 8> fonts_;   // the last ones
+    std::pmr::map<const Look*, ParagraphStyleReference> paragraphs_{&memory_};
+    std::pmr::map<std::pair<const Look*, const AttributeSet*>, AttributeSet::Reference> complete_{&memory_};
+    std::array<std::optional<std::pair<FontChoice, Font>>, 8> fonts_; // the last ones
     std::size_t nextFont_ = 0;
 };
 
