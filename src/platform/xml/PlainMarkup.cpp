@@ -31,8 +31,14 @@ constexpr bool isBlank(char c) {
 constexpr bool isLetter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
+constexpr auto kIsNameCharacter = [] {
+    std::array<bool, 256> is{};
+    for (std::size_t c = 0; c < 128; ++c)
+        is[c] = isLetter(static_cast<char>(c)) || (c >= '0' && c <= '9') || c == '-' || c == '_';
+    return is;
+}();
 constexpr bool isNameCharacter(char c) {
-    return isLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '_';
+    return kIsNameCharacter[static_cast<unsigned char>(c)];
 }
 
 struct Reference {
