@@ -30,8 +30,8 @@ std::string_view linkText(const AttributeSet& attributes, std::string& converted
 }
 
 // An address as a field's quoted argument: quotes and backslashes would end or escape something there.
-std::u16string fieldArgument(std::string_view link) {
-    if (lengthBefore<NotPlainInField>(link) == link.size()) return utf16FromUTF8(link);
+void writeFieldArgument(std::string_view link, RTFOutput& out) {
+    if (lengthBefore<NotPlainInField>(link) == link.size()) return out.text(link);
     std::string quoted;
     quoted.reserve(link.size());
     for (const char c : link) {
@@ -42,7 +42,7 @@ std::u16string fieldArgument(std::string_view link) {
         else if (c != '\n' && c != '\r')
             quoted += c;
     }
-    return utf16FromUTF8(quoted);
+    out.text(quoted);
 }
 
 } // namespace
@@ -211,7 +211,7 @@ void RTFBody::changeLink(const KnownSet& set) {
     stateOutsideLink_ = state_;
     outsideLinkGroup_ = out_.enterGroup();
     out_.raw("{\\field{\\*\\fldinst{HYPERLINK \"");
-    out_.text(fieldArgument(link_));
+    writeFieldArgument(link_, out_);
     out_.leaveGroup(false);
     out_.raw("\"}}{\\fldrslt ");
 }

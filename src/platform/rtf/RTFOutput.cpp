@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/base/TextScan.h"
+#include "platform/base/UTF16.h"
 
 namespace platform {
 
@@ -104,6 +105,13 @@ void RTFOutput::text(std::u16string_view text) {
             return static_cast<std::size_t>(out - bytes);
         });
     }
+}
+
+// Names and addresses mostly go out as they are.
+void RTFOutput::text(std::string_view utf8) {
+    using NotPlainByte = StopUnits<char, ' ', '~', '\\', '{', '}'>;
+    if (lengthBefore<NotPlainByte>(utf8) == utf8.size()) return raw(utf8);
+    text(utf16FromUTF8(utf8));
 }
 
 // Writes the text up to its end, or up to where the room gets short; gives the end of what it wrote and of what it

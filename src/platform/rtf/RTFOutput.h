@@ -23,6 +23,7 @@ class RTFOutput {
     // Text: ASCII as it is, the upper half of Windows-1252 in hexadecimal, the rest as \u words, whose numbers are
     // unsigned. Surrogates go one by one, so that lone ones survive. A line feed (or CR, or both) ends the paragraph.
     void text(std::u16string_view text);
+    void text(std::string_view utf8);
     // Bytes that are no text of the document (a file name): what is not ASCII in hexadecimal.
     void bytes(std::string_view bytes);
 

@@ -113,7 +113,7 @@ LevelWords writeLevel(const TextList& list, std::size_t index, std::int64_t temp
     out.word("\\leveljc0\\leveljcn0\\levelfollow0\\levelstartat", list.startingItemNumber());
     out.raw("\\levelspace360\\levelindent0{\\*\\levelmarker ");
     const bool outer = out.enterGroup();
-    out.text(utf16FromUTF8(list.markerFormat()));
+    out.text(list.markerFormat());
     out.raw("}{\\leveltext\\leveltemplateid");
     words.before = out.partSince(begin);
     out.word("", templateID);
@@ -150,7 +150,7 @@ void RTFFontTable::write(RTFOutput& out) const {
         out.raw(fontClassWord(name));
         out.raw("\\fcharset0 ");
         const bool outer = out.enterGroup();
-        out.text(utf16FromUTF8(name));
+        out.text(name);
         out.leaveGroup(outer);
         out.raw(';');
         if ((index + 1) % kFontsALine == 0) out.raw('\n');
