@@ -52,7 +52,7 @@ RTFBody::RTFBody(const AttributedString& text, Range range, const std::vector<RT
       state_(stateNumber(RTFCharacterState())) {}
 
 void RTFBody::write() {
-    out_.string().reserve(range_.length + range_.length / 8 + 1024);
+    out_.string().reserve(3 * range_.length + kUsualHeadSize); // words, and \u words, besides the text
     findParagraphs();
     if (hasTables_) planTables();
     RTFTableWalk walk(*this);

@@ -23,6 +23,9 @@ class RTFBody : private RTFTableEvents {
     // The entries are those of the range, in text order; null for plain RTF.
     RTFBody(const AttributedString& text, Range range, const std::vector<RTFDEntry>* entries);
 
+    // What most heads stay below, bytes, for which the body's string has room.
+    static constexpr std::size_t kUsualHeadSize = 8192;
+
     void write();
 
     const RTFFontTable& fonts() const { return fonts_; }

@@ -78,16 +78,16 @@ std::string rtf(const AttributedString& text, Range range, const Dictionary& doc
     RTFBody body(text, range, entries);
     body.write();
     RTFOutput out;
-    constexpr std::size_t kHeadSize = 4096; // what most heads stay below
-    out.string().reserve(body.string().size() + kHeadSize);
+    out.string().reserve(RTFBody::kUsualHeadSize);
     out.raw("{\\rtf1\\ansi\\ansicpg1252\\cocoartf2822\n\\cocoatextscaling0\\cocoaplatform0");
     body.fonts().write(out);
     body.colors().write(out);
     body.lists().write(out);
     writeDocumentWords(documentAttributes, out);
-    out.raw(body.string());
-    out.raw('}');
-    return std::move(out.string());
+    std::string whole = std::move(body.string()); // has room for the head
+    whole.insert(0, out.string());
+    whole += '}';
+    return whole;
 }
 
 } // namespace
