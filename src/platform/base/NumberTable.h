@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <memory_resource>
 #include <utility>
 #include <vector>
 
@@ -15,7 +16,10 @@ namespace platform {
 class NumberTable {
   public:
     // Nothing is allocated for a table that stays empty, and once for one of fewer numbers than expected.
-    explicit NumberTable(std::size_t expected = 32) : initialSlots_(std::bit_ceil(2 * expected)) {}
+    // The memory must outlive it.
+    explicit NumberTable(std::size_t expected = 32,
+                         std::pmr::memory_resource& memory = *std::pmr::get_default_resource())
+        : initialSlots_(std::bit_ceil(2 * expected)), slots_(&memory) {}
 
     // The number of a thing, and whether it is new: the one of this hash for which `isSame(number)` holds, or else
     // `number`, which stands for it from now on.
@@ -39,7 +43,7 @@ class NumberTable {
     };
 
     void grow() {
-        std::vector<Slot> larger(slots_.empty() ? initialSlots_ : slots_.size() * 2);
+        std::pmr::vector<Slot> larger(slots_.empty() ? initialSlots_ : slots_.size() * 2, slots_.get_allocator());
         const std::size_t mask = larger.size() - 1;
         for (const Slot& old : slots_) {
             if (old.number == kNone) continue;
@@ -51,7 +55,7 @@ class NumberTable {
     }
 
     std::size_t initialSlots_;
-    std::vector<Slot> slots_; // a power of two
+    std::pmr::vector<Slot> slots_; // a power of two
     std::size_t count_ = 0;
 };
 

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory_resource>
 #include <vector>
 
 #include "platform/base/NumberTable.h"
@@ -13,6 +14,10 @@ namespace platform {
 template<class Thing>
 class Numbered {
   public:
+    Numbered() = default;
+    // The memory must outlive this.
+    explicit Numbered(std::pmr::memory_resource& memory) : things_(&memory), numbers_(kExpected, memory) {}
+
     // The number of the thing of this hash for which `isSame(thing)` holds; when there is none, `make()` gives it.
     template<class IsSame, class Make>
     std::uint32_t numberOf(std::uint32_t hash, IsSame&& isSame, Make&& make) {
@@ -34,7 +39,7 @@ class Numbered {
   private:
     static constexpr std::size_t kExpected = 32;
 
-    std::vector<Thing> things_;
+    std::pmr::vector<Thing> things_;
     NumberTable numbers_{kExpected};
 };
 

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory_resource>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -83,13 +84,17 @@ class RTFBody : private RTFTableEvents {
     const std::vector<RTFDEntry>* entries_;
     std::size_t nextEntry_ = 0;
 
-    RTFFontTable fonts_;
-    RTFColorTable colors_;
-    RTFListTable lists_;
-    RTFParagraphWords paragraphWords_{lists_};
+    // Of all tables below, which grow in it and go with it: one block for those of a usual text.
+    static constexpr std::size_t kUsualTablesSize = 32 * 1024;
+    std::pmr::monotonic_buffer_resource memory_{kUsualTablesSize};
+
+    RTFFontTable fonts_{memory_};
+    RTFColorTable colors_{memory_};
+    RTFListTable lists_{memory_};
+    RTFParagraphWords paragraphWords_{lists_, memory_};
     RTFOutput out_;
 
-    std::vector<Paragraph> paragraphs_;
+    std::pmr::vector<Paragraph> paragraphs_{&memory_};
     bool hasTables_ = false;
     RTFTablePlan plan_;
     std::vector<OpenRow> rows_; // by depth
@@ -101,9 +106,9 @@ class RTFBody : private RTFTableEvents {
         RTFOutput::Part words;
     };
 
-    Numbered<KnownSet> sets_; // by address
-    Numbered<RTFCharacterState> states_;
-    Numbered<Change> changes_;                  // by states
+    Numbered<KnownSet> sets_{memory_}; // by address
+    Numbered<RTFCharacterState> states_{memory_};
+    Numbered<Change> changes_{memory_};         // by states
     std::uint32_t state_;                       // that is in force
     std::optional<std::uint32_t> currentWords_; // of the paragraph before; nothing when they must be repeated
     bool repeatsColor_ = false;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory_resource>
 #include <string_view>
 #include <vector>
 
@@ -17,7 +18,7 @@ class RTFListTable;
 
 class RTFParagraphWords {
   public:
-    explicit RTFParagraphWords(RTFListTable& lists) : lists_(lists) {
+    RTFParagraphWords(RTFListTable& lists, std::pmr::memory_resource& memory) : lists_(lists), known_(memory) {
         constexpr std::size_t kUsualSize = 2048;
         words_.string().reserve(kUsualSize);
     }

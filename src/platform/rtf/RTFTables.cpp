@@ -251,8 +251,6 @@ RTFListPlace RTFListTable::newPlace(std::uint32_t above, std::size_t level) {
         lists_[listAbove - 1] = node;
         return {listAbove, level};
     }
-    constexpr std::size_t kMoreThanUsual = 32;
-    if (lists_.empty()) lists_.reserve(kMoreThanUsual);
     lists_.push_back(node);
     return {lists_.size(), level};
 }

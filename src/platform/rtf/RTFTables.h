@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <memory_resource>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,6 +23,8 @@ class TextList;
 
 class RTFFontTable {
   public:
+    explicit RTFFontTable(std::pmr::memory_resource& memory) : entries_(memory) {}
+
     struct Entry {
         Font font; // of any size; its name is the entry's
         bool bold = false, italic = false;
@@ -38,6 +41,8 @@ class RTFFontTable {
 // Number 0 stands for no color, 1 is white and never given out: as a background it means none.
 class RTFColorTable {
   public:
+    explicit RTFColorTable(std::pmr::memory_resource& memory) : known_(memory), entries_(memory) {}
+
     std::size_t indexOf(const Color& color);
     void write(RTFOutput& out) const;
 
@@ -73,6 +78,8 @@ struct RTFListPlace {
 
 class RTFListTable {
   public:
+    explicit RTFListTable(std::pmr::memory_resource& memory) : nodes_(memory), lists_(&memory) {}
+
     using Chain = std::vector<std::shared_ptr<TextList>>;
 
     // The place of an outermost-first chain of lists, which is not empty. Lists below the ninth level count as ninth.
@@ -92,7 +99,7 @@ class RTFListTable {
     RTFListPlace newPlace(std::uint32_t above, std::size_t level);
 
     Numbered<Node> nodes_;
-    std::vector<std::uint32_t> lists_; // the node of each one's deepest level
+    std::pmr::vector<std::uint32_t> lists_; // the node of each one's deepest level
 };
 
 } // namespace platform
