@@ -155,18 +155,19 @@ Result<FileDescriptor> createEntry(int directory, const std::string& name, const
 
 class TreeWriter {
   public:
-    Result<> writeChildren(const FileWrapper& root, FileDescriptor descriptor, std::string path) {
-        stack_.push_back({std::move(descriptor), std::move(path), &root, 0});
+    // The directory stays its caller's.
+    Result<> writeChildren(const FileWrapper& root, int directory, std::string path) {
+        stack_.push_back({{}, directory, std::move(path), &root, 0});
         while (!stack_.empty()) {
             Level& level = stack_.back();
             if (level.next < level.wrapper->fileWrappers().size()) {
                 const auto& [key, child] = level.wrapper->fileWrappers()[level.next++];
-                TRY(writeEntry(level.descriptor.get(), key, *child, level.path));
+                TRY(writeEntry(level.directory, key, *child, level.path));
                 continue;
             }
-            // A directory's own times come last: every entry made in it has moved them. The outermost directory
-            // is its caller's.
-            if (stack_.size() > 1) applyAttributes(level.descriptor.get(), level.wrapper->fileAttributes());
+            // A directory's own times come last: every entry made in it has moved them. Those of the outermost are its
+            // caller's.
+            if (stack_.size() > 1) applyAttributes(level.directory, level.wrapper->fileAttributes());
             stack_.pop_back();
         }
         return {};
@@ -174,7 +175,8 @@ class TreeWriter {
 
   private:
     struct Level {
-        FileDescriptor descriptor;
+        FileDescriptor own; // none for the outermost
+        int directory;
         std::string path;
         const FileWrapper* wrapper;
         std::size_t next;
@@ -186,7 +188,8 @@ class TreeWriter {
         FileDescriptor descriptor = TRY(createEntry(directory, name, wrapper, path));
         if (wrapper.isDirectory()) {
             if (stack_.size() == kMaximumDepth) return failure(tooDeep(FileAccess::writing, path));
-            stack_.push_back({std::move(descriptor), path, &wrapper, 0});
+            const int own = descriptor.get();
+            stack_.push_back({std::move(descriptor), own, path, &wrapper, 0});
             return {};
         }
         TRY(writeAll(descriptor.get(), wrapper.regularFileContents().bytes(), path));
@@ -204,9 +207,7 @@ Result<std::shared_ptr<FileWrapper>> FileWrapper::readingURL(const URL& url) {
 }
 
 Result<> FileWrapper::writeChildren(int directory, std::string_view directoryPath) const {
-    FileDescriptor own = openAt(directory, ".", O_RDONLY | O_DIRECTORY);
-    if (!own) return failure(errorFromErrno(errno, FileAccess::writing, directoryPath));
-    return TreeWriter().writeChildren(*this, std::move(own), std::string(directoryPath));
+    return TreeWriter().writeChildren(*this, directory, std::string(directoryPath));
 }
 
 Result<> FileWrapper::writeToDirectory(int directory, std::string_view name, std::string_view directoryPath) const {
