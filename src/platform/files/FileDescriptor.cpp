@@ -37,7 +37,7 @@ Result<std::string> readAll(int descriptor, std::size_t limit, std::string_view 
     if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0)
         expected = static_cast<std::size_t>(status.st_size);
     if (expected > limit) return failure(errorFromErrno(EFBIG, FileAccess::reading, path));
-    // One byte more than expected, so that the end of the file shows without a second, growing read.
+    // One byte more than expected: that it does not come shows the end of the file without a second read.
     std::string bytes(expected + 1, '\0');
     std::size_t used = 0;
     while (true) {
@@ -48,6 +48,7 @@ Result<std::string> readAll(int descriptor, std::size_t limit, std::string_view 
         if (count == 0) break;
         used += static_cast<std::size_t>(count);
         if (used > limit) return failure(errorFromErrno(EFBIG, FileAccess::reading, path));
+        if (expected > 0 && used == expected) break;
     }
     bytes.resize(used);
     return bytes;
