@@ -8,6 +8,7 @@
 #include <fmt/core.h>
 #include <syslog.h>
 
+#include "platform/base/TextScan.h"
 #include "platform/base/UTF16.h"
 
 namespace platform {
@@ -49,6 +50,8 @@ SystemLogSink setSystemLogSink(SystemLogSink sink) {
 }
 
 std::string escapedForTerminal(std::string_view text) {
+    using NotPlain = StopUnits<char, ' ', '~'>;
+    if (lengthBefore<NotPlain>(text) == text.size()) return std::string(text);
     std::u16string escaped;
     for (const char16_t unit : utf16FromUTF8(text)) {
         if (actsOnTerminal(unit)) {
