@@ -34,6 +34,7 @@ using platform::XMLNodeKind;
 
 namespace {
 
+constexpr std::string_view kNoteName = "en-note";
 constexpr std::string_view kNoteOpening = "<en-note>";
 constexpr std::string_view kNoteClosing = "</en-note>";
 
@@ -148,7 +149,7 @@ Rewritable rewritableIn(const XMLElement& note) {
         if (edge == NodeEdge::leaf && node.kind() != XMLNodeKind::text) found = {true, true, true, true};
         const std::string_view name = node.name();
         if (edge != NodeEdge::enter || !name.starts_with("en-")) return;
-        found.innerNotes = found.innerNotes || (&node != &note && name == "en-note");
+        found.innerNotes = found.innerNotes || (&node != &note && name == kNoteName);
         found.media = found.media || name == "en-media";
         found.todos = found.todos || name.starts_with("en-todo");
         found.crypts = found.crypts || name.starts_with("en-crypt");
@@ -157,19 +158,23 @@ Rewritable rewritableIn(const XMLElement& note) {
 }
 
 // Without note tags; one that has attributes loses its end alone.
-std::string withoutNoteTags(std::string markup, bool hasInnerNotes) {
+std::string markupWithoutNoteTags(const XMLElement& note, std::size_t expected, bool hasInnerNotes) {
+    std::string markup;
+    markup.reserve(expected);
+    if (!hasInnerNotes && note.name() == kNoteName && note.attributes().empty()) { // as nearly all are
+        for (const XMLNode* child : note.children()) platform::writeXML(*child, markup);
+        return markup;
+    }
+    platform::writeXML(note, markup);
     if (hasInnerNotes) return replaceAll(replaceAll(std::move(markup), kNoteOpening, ""), kNoteClosing, "");
     if (markup.ends_with(kNoteClosing)) markup.resize(markup.size() - kNoteClosing.size());
-    if (markup.starts_with(kNoteOpening)) markup.erase(0, kNoteOpening.size());
     return markup;
 }
 
 Result<std::string> innerMarkup(EvernoteXMLItem& item, NoteScratch& scratch, const XMLElement& noteElement,
                                 const Rewritable& rewritable, UseInlineImages useInlineImages, InlineImages& images) {
-    std::string markup;
-    markup.reserve(item.contentData.size() + item.contentData.size() / 4); // end tags make it longer
-    platform::writeXML(noteElement, markup);
-    markup = withoutNoteTags(std::move(markup), rewritable.innerNotes);
+    const std::size_t expected = item.contentData.size() + item.contentData.size() / 4; // end tags make it longer
+    std::string markup = markupWithoutNoteTags(noteElement, expected, rewritable.innerNotes);
     if (!rewritable.media && item.resources.empty()) return markup;
     return replaceMediaTags(std::move(markup), item, scratch, useInlineImages, images);
 }
