@@ -119,7 +119,8 @@ std::string replaceAll(std::string_view text, std::span<const LiteralReplacement
         for (std::size_t index = 0; index < found.size(); ++index)
             if (found[index] < copied) found[index] = platform::findLiteral(text, replacements[index].literal, copied);
     }
-    return out.append(text, copied);
+    out.append(text, copied);
+    return out;
 }
 
 std::string replaceTags(std::string_view markup, std::span<const LiteralReplacement> replacements) {
@@ -139,7 +140,8 @@ std::string replaceTags(std::string_view markup, std::span<const LiteralReplacem
         out.append(markup, copied, at - copied).append(found->replacement);
         at = copied = at + found->literal.size();
     }
-    return out.append(markup, copied);
+    out.append(markup, copied);
+    return out;
 }
 
 } // namespace quillet

@@ -123,6 +123,8 @@ void replaceCheckboxMarkers(AttributedString& text) {
         const bool isOn = characters.substr(at).starts_with(on);
         if (!isOn && !characters.substr(at).starts_with(off)) continue;
         if (!platform::startsLine(characters, at)) continue;
+        constexpr std::size_t kUsualCount = 16;
+        if (edits.empty()) edits.reserve(kUsualCount);
         auto box = std::make_shared<QLTChecklistTextAttachment>();
         box->setOn(isOn);
         edits.push_back({{at, on.size()}, AttributedString::withAttachment(std::move(box))});
