@@ -37,8 +37,9 @@ constexpr std::string_view kWebClippingSource = "web.clip";
 constexpr std::string_view kCreatingNoteInstead = "Couldn't create HTML, creating note instead.";
 
 Dictionary entryFor(const EvernoteXMLItem& item) {
-    Dictionary entry{{std::string(kNameItemKey), Value(item.title)},
-                     {std::string(kIdentifierItemKey), Value(item.identifier)}};
+    Dictionary entry;
+    entry.emplace(kNameItemKey, Value(item.title));
+    entry.emplace(kIdentifierItemKey, Value(item.identifier));
     if (!item.noteAttributes.sourceURL.empty()) entry.emplace(kSourceItemKey, Value(item.noteAttributes.sourceURL));
     if (!item.tags.empty()) entry.emplace(kTagsItemKey, Value(platform::Array(item.tags.begin(), item.tags.end())));
     return entry;
