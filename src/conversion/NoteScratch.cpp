@@ -18,7 +18,7 @@ using platform::FileWrapper;
 using platform::Result;
 
 NoteScratch::NoteScratch(platform::OutputDirectory& destination, std::string_view name)
-    : destination_(destination), name_(name) {}
+    : destination_(destination), name_(name), url_(platform::URL::fileURLWithPath(path(), true)) {}
 
 NoteScratch::~NoteScratch() {
     if (Result<> removed = remove(); !removed) platform::systemLog(removed.error().description());

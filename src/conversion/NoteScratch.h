@@ -31,7 +31,7 @@ class NoteScratch {
     ~NoteScratch(); // removes the directory if `remove` has not
 
     // Where the directory is, or would be.
-    platform::URL url() const { return platform::URL::fileURLWithPath(path(), true); }
+    const platform::URL& url() const { return url_; }
 
     // Writes a resource's bytes under the name, made one path component if it is none, or the next free variant of it.
     // Gives the name (UTF-8) under which they lie. Fails when the directory's own name is taken.
@@ -49,6 +49,7 @@ class NoteScratch {
 
     platform::OutputDirectory& destination_;
     std::string name_;
+    platform::URL url_;
     std::optional<platform::OutputDirectory> directory_;           // once it is made, until it is removed
     std::map<std::string, platform::Data, std::less<>> resources_; // by file name; shares the resources' bytes
 };
