@@ -1,6 +1,7 @@
 // A leaf is encoded at once behind the other leaves, and counts as added only when no equal one is there already.
 // Containers keep plain indices until the end, because the width of a reference in the file depends on how many objects
-// there are; then the size of every object is known, and the file is written in one go.
+// there are; then the size of the file is known, and it is written in one go, the objects and their offsets side by
+// side.
 #include "platform/plist/BinaryPropertyListWriter.h"
 
 #include <algorithm>
@@ -65,20 +66,20 @@ constexpr std::size_t markerSize(std::size_t count) {
     return count < kSizeFollows ? 1 : 2 + sizeFor(count);
 }
 
-// The units of a text, each as `encoded` gives it. A block of them is encoded on its own, where nothing can overlap and
-// the compiler knows how many there are: it makes vector operations of that.
-template<class Encode>
-char* putUnits(char* out, std::u16string_view text, Encode encoded) {
-    using Encoded = decltype(encoded(u'\0'));
+// The units of a text or the references of a container, each as `encoded` gives it. A block of them is encoded on its
+// own, where nothing can overlap and the compiler knows how many there are: it makes vector operations of that.
+template<class Unit, class Encode>
+char* putUnits(char* out, std::span<const Unit> all, Encode encoded) {
+    using Encoded = decltype(encoded(Unit()));
     constexpr std::size_t kBlock = 16;
-    for (; text.size() >= kBlock; text.remove_prefix(kBlock), out += kBlock * sizeof(Encoded)) {
-        std::array<char16_t, kBlock> units;
+    for (; all.size() >= kBlock; all = all.subspan(kBlock), out += kBlock * sizeof(Encoded)) {
+        std::array<Unit, kBlock> units;
         std::array<Encoded, kBlock> bytes;
-        std::memcpy(units.data(), text.data(), sizeof units);
+        std::memcpy(units.data(), all.data(), sizeof units);
         std::ranges::transform(units, bytes.begin(), encoded);
         std::memcpy(out, bytes.data(), sizeof bytes);
     }
-    for (const char16_t unit : text) {
+    for (const Unit unit : all) {
         const Encoded bytes = encoded(unit);
         std::memcpy(out, &bytes, sizeof bytes);
         out += sizeof bytes;
@@ -186,10 +187,10 @@ auto BinaryPropertyListWriter::string(std::u16string_view text) -> Reference {
     char* out = room(kLongestMarker + 2 * text.size());
     if (lengthBefore<StopUnits<char16_t, u'\0', u'\x7F'>>(text) == text.size()) {
         out = putMarker(out, asciiMarker, text.size());
-        return addUniqueLeaf(putUnits(out, text, [](char16_t unit) { return static_cast<char>(unit); }));
+        return addUniqueLeaf(putUnits(out, std::span(text), [](char16_t unit) { return static_cast<char>(unit); }));
     }
     out = putMarker(out, utf16Marker, text.size());
-    return addUniqueLeaf(putUnits(out, text, inBigEndian));
+    return addUniqueLeaf(putUnits(out, std::span(text), inBigEndian));
 }
 
 auto BinaryPropertyListWriter::string(std::string_view utf8) -> Reference {
@@ -224,6 +225,7 @@ auto BinaryPropertyListWriter::reserve() -> Reference {
 void BinaryPropertyListWriter::fill(Reference reserved, Kind kind, std::span<const Reference> first,
                                     std::span<const Reference> second) {
     objects_[reserved] = {references_.size(), first.size(), kind};
+    markerBytes_ += markerSize(first.size());
     for (const Reference reference : first) references_.push_back(reference); // few: less than an insertion costs
     for (const Reference reference : second) references_.push_back(reference);
 }
@@ -250,61 +252,55 @@ auto BinaryPropertyListWriter::dictionary(std::span<const Reference> keys, std::
     return added;
 }
 
-std::size_t BinaryPropertyListWriter::sizeOf(const Object& object, unsigned referenceSize) {
-    if (object.kind == Kind::leaf) return object.length;
-    return markerSize(object.length) + referenceCount(object) * referenceSize;
-}
-
-std::size_t BinaryPropertyListWriter::referenceCount(const Object& container) {
-    return container.kind == Kind::array ? container.length : 2 * container.length;
-}
-
-char* BinaryPropertyListWriter::putContainer(char* out, const Object& object, unsigned referenceSize) const {
-    out = putMarker(out, object.kind == Kind::array ? arrayMarker : dictionaryMarker, object.length);
-    const auto references = std::span(references_).subspan(object.start, referenceCount(object));
-    if (referenceSize == 2) { // as in most files; a loop of its own is several times faster
-        for (const Reference reference : references) out = putBigEndian(out, reference, 2);
+std::unique_ptr<char[]> BinaryPropertyListWriter::encodedReferences(unsigned referenceSize) const {
+    auto encoded = std::make_unique_for_overwrite<char[]>(references_.size() * referenceSize);
+    char* out = encoded.get();
+    if (referenceSize == 2) { // as in most files
+        putUnits(out, std::span(references_), [](Reference it) { return inBigEndian(static_cast<std::uint16_t>(it)); });
     } else {
-        for (const Reference reference : references) out = putBigEndian(out, reference, referenceSize);
+        for (const Reference reference : references_) out = putBigEndian(out, reference, referenceSize);
     }
-    return out;
+    return encoded;
 }
 
-char* BinaryPropertyListWriter::putObjects(char* out, unsigned referenceSize) const {
+void BinaryPropertyListWriter::putObjects(char* out, unsigned referenceSize, char* offsets, unsigned offsetSize) const {
+    const auto references = encodedReferences(referenceSize); // all at once: a container has but a few
+    const char* const file = out - kMagic.size();
+    const auto putOffset = [&](const char* object) {
+        offsets = putBigEndian(offsets, static_cast<std::size_t>(object - file), offsetSize);
+    };
     for (std::size_t index = 0; index < objects_.size();) {
-        if (objects_[index].kind != Kind::leaf) {
-            out = putContainer(out, objects_[index++], referenceSize);
+        if (const Object& object = objects_[index]; object.kind != Kind::leaf) {
+            putOffset(out);
+            const bool isArray = object.kind == Kind::array;
+            const std::size_t size = (isArray ? 1 : 2) * object.length * referenceSize;
+            out = putMarker(out, isArray ? arrayMarker : dictionaryMarker, object.length);
+            std::memcpy(out, references.get() + object.start * referenceSize, size);
+            out += size;
+            ++index;
             continue;
         }
         // Leaves between two containers lie side by side as they are.
-        const std::size_t start = objects_[index].start;
-        std::size_t end = start;
-        for (; index < objects_.size() && objects_[index].kind == Kind::leaf; ++index) end += objects_[index].length;
-        out = std::copy(leaves_.get() + start, leaves_.get() + end, out);
+        const char* const start = leaves_.get() + objects_[index].start;
+        const char* end = start;
+        for (; index < objects_.size() && objects_[index].kind == Kind::leaf; ++index) {
+            putOffset(out + (end - start));
+            end += objects_[index].length;
+        }
+        out = std::copy(start, end, out);
     }
-    return out;
-}
-
-char* BinaryPropertyListWriter::putOffsets(char* out, unsigned offsetSize, unsigned referenceSize) const {
-    std::size_t offset = kMagic.size();
-    for (const Object& object : objects_) {
-        out = putBigEndian(out, offset, offsetSize);
-        offset += sizeOf(object, referenceSize);
-    }
-    return out;
 }
 
 std::string BinaryPropertyListWriter::finish(Reference top) {
     const unsigned referenceSize = sizeFor(objects_.size() - 1);
-    std::size_t tableOffset = kMagic.size();
-    for (const Object& object : objects_) tableOffset += sizeOf(object, referenceSize);
+    const std::size_t tableOffset = kMagic.size() + leavesEnd_ + markerBytes_ + references_.size() * referenceSize;
     const unsigned offsetSize = sizeFor(tableOffset);
     const std::size_t fileSize = tableOffset + objects_.size() * offsetSize + kTrailerSize;
     std::string bytes;
     bytes.resize_and_overwrite(fileSize, [&](char* out, std::size_t size) {
-        out = std::ranges::copy(kMagic, out).out;
-        out = putObjects(out, referenceSize);
-        out = putOffsets(out, offsetSize, referenceSize);
+        char* const table = out + tableOffset;
+        putObjects(std::ranges::copy(kMagic, out).out, referenceSize, table, offsetSize);
+        out = table + objects_.size() * offsetSize;
         out = std::fill_n(out, 6, '\0');
         *out++ = static_cast<char>(offsetSize);
         *out++ = static_cast<char>(referenceSize);

@@ -66,15 +66,13 @@ class BinaryPropertyListWriter {
     Reference addUniqueLeaf(const char* end);
     void fill(Reference reserved, Kind kind, std::span<const Reference> first, std::span<const Reference> second);
 
-    static std::size_t referenceCount(const Object& container);
-    static std::size_t sizeOf(const Object& object, unsigned referenceSize); // bytes in the file
-    char* putContainer(char* out, const Object& object, unsigned referenceSize) const;
-    char* putObjects(char* out, unsigned referenceSize) const;
-    char* putOffsets(char* out, unsigned offsetSize, unsigned referenceSize) const;
+    std::unique_ptr<char[]> encodedReferences(unsigned referenceSize) const;
+    void putObjects(char* out, unsigned referenceSize, char* offsets, unsigned offsetSize) const;
 
     std::unique_ptr<char[]> leaves_; // encoded as in the file, in the order of their objects
     std::size_t leavesRoom_ = 0, leavesEnd_ = 0;
     std::vector<Reference> references_;
+    std::size_t markerBytes_ = 0; // bytes of all containers' markers
     std::vector<Object> objects_;
     NumberTable table_;           // of the unique leaves
     std::vector<Reference> uids_; // by value

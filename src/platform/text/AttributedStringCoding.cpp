@@ -36,7 +36,9 @@ class DictionaryEncoder {
     using Place = KeyedArchiver::Place;
 
     DictionaryEncoder(KeyedArchiver& archiver, const AttributeNumbers& numbers)
-        : archiver_(archiver), numbers_(numbers), values_(numbers.valueCount()) {}
+        : archiver_(archiver), numbers_(numbers), values_(numbers.valueCount()) {
+        names_.reserve(kUsualNames);
+    }
 
     Place dictionaryFor(std::uint32_t set) {
         return archiver_.addObject<ObjectDictionary>([&] {
@@ -54,7 +56,7 @@ class DictionaryEncoder {
 
   private:
     Place placeOf(AttributeName name) {
-        for (const auto& [known, place] : names_) // a dozen at most
+        for (const auto& [known, place] : names_)
             if (known == name) return place;
         return names_.emplace_back(name, archiver_.placeOfString(name.string())).second;
     }
@@ -82,6 +84,8 @@ class DictionaryEncoder {
         return archiver_.placeOfNew(object);
     }
 
+    static constexpr std::size_t kUsualNames = 16;
+
     KeyedArchiver& archiver_;
     const AttributeNumbers& numbers_;
     std::vector<std::pair<AttributeName, Place>> names_;
@@ -98,6 +102,7 @@ void encodeAttributedString(KeyedArchiver& archiver, const AttributedString& tex
     if (text.empty()) return;
     AttributeNumbers numbers;
     std::string table;
+    table.reserve(4 * text.runs().size()); // most lengths and numbers take one byte, some two
     std::size_t start = 0;
     for (const auto& run : text.runs()) {
         appendBase128(table, run.end - start);
