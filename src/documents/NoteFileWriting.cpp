@@ -62,12 +62,12 @@ struct ReducedText {
     platform::Array dividerRanges; // range strings, in the reduced text
 };
 
-// One pass; the positions of dividers are counted in the text as it becomes.
-ReducedText reduceAttachments(const AttributedString& text) {
+// One pass over the text's attachments; the positions of dividers are counted in the text as it becomes.
+ReducedText reduceAttachments(const AttributedString& text, const std::vector<AttachmentRun>& attachments) {
     ReducedText reduced{text, {}, {}};
     std::vector<platform::TextEdit> edits;
     std::size_t growth = 0;
-    for (const AttachmentRun& run : attachmentsOf(text)) {
+    for (const AttachmentRun& run : attachments) {
         if (dynamic_cast<const QLTDividerTextAttachment*>(run.attachment.get())) {
             AttributedString replacement = QLTDividerTextAttachment::replacementString();
             reduced.dividerRanges.emplace_back(
@@ -91,9 +91,8 @@ platform::Dictionary backgroundRepresentation(const Color& color) {
     return propertyListRepresentation(isEqualToColorQLTVersion(components, system) ? Color::white() : components);
 }
 
-AttributedString suitableForExport(AttributedString text) {
-    convertChecklistAttachmentsToTextLists(text);
-    convertDividersToText(text);
+AttributedString suitableForExport(AttributedString text, const std::vector<AttachmentRun>& attachments) {
+    convertChecklistsAndDividersToText(text, attachments);
     convertQuilletHighlightsToNSTextHighlights(text);
     convertFromDynamicColors(text);
     return text;
@@ -102,18 +101,19 @@ AttributedString suitableForExport(AttributedString text) {
 } // namespace
 
 AttributedString QLTNoteFile::noteTextSuitableForExport() const {
-    return suitableForExport(noteText_);
+    return suitableForExport(noteText_, attachmentsOf(noteText_));
 }
 
 Result<std::shared_ptr<FileWrapper>> QLTNoteFile::fileWrapper() const {
     const AttributedString named = textWithPackageNames(noteText_);
-    const AttributedString exported = suitableForExport(named);
+    const std::vector<AttachmentRun> attachments = attachmentsOf(named);
+    const AttributedString exported = suitableForExport(named, attachments);
     std::shared_ptr<FileWrapper> package =
         TRY(platform::rtfdFileWrapperFromRange(exported, {0, exported.length()}, documentAttributes_));
 
     AttributedString text = named;
-    keepAllowedAttributes(text);
-    ReducedText reduced = reduceAttachments(text);
+    keepAllowedAttributes(text); // attachments among them
+    ReducedText reduced = reduceAttachments(text, attachments);
     convertFromDynamicColors(reduced.text);
     Data archive = TRY(archivedNoteText(std::move(reduced.text)));
 

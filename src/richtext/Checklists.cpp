@@ -85,11 +85,12 @@ platform::AttributeSet::Reference formAttributes(const platform::AttributeSet& a
         attributes.without(platform::kAttachmentAttributeName).with(platform::kParagraphStyleAttributeName, style));
 }
 
-// Replaces each checkbox by its text form and gives its line the style that goes with it; of two boxes in one line the
-// later one's style stays. `paragraphStyle` gets the style that the line has when it comes to the box.
+// Replaces each checkbox among the text's attachments by its text form and gives its line the style that goes with it;
+// of two boxes in one line the later one's style stays. `paragraphStyle` gets the style that the line has when it comes
+// to the box. Returns the number of boxes.
 template<class Form, class Style>
-void replaceChecklistItems(AttributedString& text, Form textForm, Style paragraphStyle) {
-    const std::vector<AttachmentRun> attachments = attachmentsOf(text);
+std::size_t replaceChecklistItems(AttributedString& text, const std::vector<AttachmentRun>& attachments, Form textForm,
+                                  Style paragraphStyle) {
     std::vector<TextEdit> forms;
     std::vector<ParagraphStyleReference> styles;
     forms.reserve(attachments.size());
@@ -120,6 +121,28 @@ void replaceChecklistItems(AttributedString& text, Form textForm, Style paragrap
         newLength += forms[i].replacement.length();
     }
     setParagraphStyles(text, lines);
+    return forms.size();
+}
+
+std::size_t replaceChecklistItemsByLists(AttributedString& text, const std::vector<AttachmentRun>& attachments) {
+    const ChecklistPrefixes prefixes;
+    ParagraphStyle itemStyle = listParagraphStyle();
+    indentToNextTabStop(itemStyle);
+    std::uint64_t previousLevel = 0;
+    TextLists previousLists;
+    return replaceChecklistItems(
+        text, attachments,
+        [&](const QLTChecklistTextAttachment& box) { return box.isOn() ? prefixes.ticked : prefixes.open; },
+        [&](const QLTChecklistTextAttachment& box, const ParagraphStyle& current) {
+            ParagraphStyle style = itemStyle;
+            style.textLists = enclosingLists(previousLists, previousLevel, box.indentationLevel());
+            style.textLists.push_back(std::make_shared<TextList>(box.isOn() ? platform::kTextListMarkerCheck
+                                                                            : platform::kTextListMarkerCircle));
+            previousLists = style.textLists;
+            previousLevel = box.indentationLevel();
+            style.textBlocks = current.textBlocks;
+            return std::make_shared<const ParagraphStyle>(std::move(style));
+        });
 }
 
 } // namespace
@@ -152,28 +175,17 @@ void convertTextListsToChecklistAttachments(AttributedString& text) {
 }
 
 void convertChecklistAttachmentsToTextLists(AttributedString& text) {
-    const ChecklistPrefixes prefixes;
-    ParagraphStyle itemStyle = listParagraphStyle();
-    indentToNextTabStop(itemStyle);
-    std::uint64_t previousLevel = 0;
-    TextLists previousLists;
-    replaceChecklistItems(
-        text, [&](const QLTChecklistTextAttachment& box) { return box.isOn() ? prefixes.ticked : prefixes.open; },
-        [&](const QLTChecklistTextAttachment& box, const ParagraphStyle& current) {
-            ParagraphStyle style = itemStyle;
-            style.textLists = enclosingLists(previousLists, previousLevel, box.indentationLevel());
-            style.textLists.push_back(std::make_shared<TextList>(box.isOn() ? platform::kTextListMarkerCheck
-                                                                            : platform::kTextListMarkerCircle));
-            previousLists = style.textLists;
-            previousLevel = box.indentationLevel();
-            style.textBlocks = current.textBlocks;
-            return std::make_shared<const ParagraphStyle>(std::move(style));
-        });
+    replaceChecklistItemsByLists(text, attachmentsOf(text));
+}
+
+void convertChecklistsAndDividersToText(AttributedString& text, const std::vector<AttachmentRun>& attachments) {
+    const std::size_t boxes = replaceChecklistItemsByLists(text, attachments);
+    if (boxes < attachments.size()) convertDividersToText(text); // else there are none
 }
 
 void convertChecklistAttachmentsToMarkdownSyntax(AttributedString& text) {
     replaceChecklistItems(
-        text,
+        text, attachmentsOf(text),
         [](const QLTChecklistTextAttachment& box) {
             std::u16string form;
             for (std::uint64_t level = std::min(box.indentationLevel(), kDeepestMarkdownLevel); level > 0; --level)

@@ -3,6 +3,8 @@
 // pass over the text.
 #pragma once
 
+#include <vector>
+
 #include "platform/base/Range.h"
 
 namespace platform {
@@ -10,6 +12,8 @@ class AttributedString;
 }
 
 namespace quillet {
+
+struct AttachmentRun;
 
 // Check and circle list paragraphs, and lines with such a typed marker, become checklist attachments.
 void convertTextListsToChecklistAttachments(platform::AttributedString& text);
@@ -22,6 +26,10 @@ void convertChecklistAttachmentsToMarkdownSyntax(platform::AttributedString& tex
 
 // Divider attachments become "***". As soon as there is one, the text's first three characters lose their attachment.
 void convertDividersToText(platform::AttributedString& text);
+
+// Checklist attachments to text lists and dividers to text, in a text of which all attachments are known already.
+void convertChecklistsAndDividersToText(platform::AttributedString& text,
+                                        const std::vector<AttachmentRun>& attachments);
 
 // Lines that read exactly "***" become divider attachments.
 void convertTextToDividers(platform::AttributedString& text);

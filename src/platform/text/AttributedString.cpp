@@ -266,11 +266,12 @@ void AttributedString::transformAttributesInRanges(
     const std::function<AttributeSet::Reference(const AttributeSet::Reference&, std::size_t number)>& body) {
     if (ranges.empty()) return;
     assert(ranges.back().end() <= length());
+    Storage& storage = mutableStorage();
     std::vector<Run> changed;
-    changed.reserve(runs().size() + ranges.size());
+    changed.reserve(storage.runs.size() + ranges.size());
     std::size_t start = 0, number = 0;
     bool wasInside = false;
-    for (const Run& run : runs()) {
+    for (Run& run : storage.runs) {
         const std::size_t runBegin = start;
         while (start < run.end) {
             while (number < ranges.size() && ranges[number].end() <= start) ++number;
@@ -280,13 +281,15 @@ void AttributedString::transformAttributesInRanges(
             const std::size_t end = isInside ? std::min(ranges[number].end(), run.end) : begin;
             if (isInside || wasInside || start != runBegin)
                 pushRun(changed, end, isInside ? body(run.attributes, number) : run.attributes);
+            else if (end == run.end)
+                changed.push_back(std::move(run)); // whole, behind another run as it was
             else
-                changed.push_back({end, run.attributes}); // behind another run as it was
+                changed.push_back({end, run.attributes});
             wasInside = isInside;
             start = end;
         }
     }
-    setRuns(std::move(changed));
+    storage.runs = std::move(changed);
 }
 
 void AttributedString::mapAttributes(

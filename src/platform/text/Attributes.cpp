@@ -175,7 +175,7 @@ const AttributeSet::Reference& AttributeSet::empty() {
     return set;
 }
 
-AttributeSet AttributeSet::with(AttributeName name, AttributeValue value) const {
+AttributeSet AttributeSet::with(AttributeName name, AttributeValue value) const& {
     AttributeSet changed;
     Entry added(name, std::move(value));
     const auto place = std::lower_bound(entries_.begin(), entries_.end(), added, byName);
@@ -185,6 +185,16 @@ AttributeSet AttributeSet::with(AttributeName name, AttributeValue value) const 
     changed.entries_.push_back(std::move(added));
     for (auto entry = place + (replaces ? 1 : 0); entry != entries_.end(); ++entry) changed.entries_.push_back(*entry);
     return changed;
+}
+
+AttributeSet AttributeSet::with(AttributeName name, AttributeValue value) && {
+    Entry added(name, std::move(value));
+    const auto place = std::lower_bound(entries_.begin(), entries_.end(), added, byName);
+    if (place != entries_.end() && place->first == name)
+        place->second = std::move(added.second);
+    else
+        entries_.insert(place, std::move(added));
+    return std::move(*this);
 }
 
 AttributeSet AttributeSet::without(AttributeName name) const {

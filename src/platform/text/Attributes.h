@@ -135,7 +135,8 @@ class AttributeSet {
     }
 
     // Changed copies. with() replaces; merging lets the other set win.
-    AttributeSet with(AttributeName name, AttributeValue value) const;
+    AttributeSet with(AttributeName name, AttributeValue value) const&;
+    AttributeSet with(AttributeName name, AttributeValue value) &&; // changes a set that nobody else needs
     AttributeSet without(AttributeName name) const;
     AttributeSet merging(const AttributeSet& other) const;
 
