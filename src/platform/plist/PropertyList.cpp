@@ -1,6 +1,7 @@
 #include "platform/plist/PropertyList.h"
 
 #include <optional>
+#include <span>
 #include <vector>
 
 #include <fmt/format.h>
@@ -20,38 +21,46 @@ class BinaryVisitor {
   public:
     using Object = BinaryPropertyListWriter::Reference;
 
+    BinaryVisitor() {
+        stack_.reserve(kUsualDepth);
+        references_.reserve(kUsualReferences);
+    }
+
     Result<> scalar(const Value& value) {
-        add(append(value));
+        references_.push_back(append(value));
         return {};
     }
 
-    void openArray(const Array& array) { open(false, array.size()); }
+    void openArray(const Array&) { open(false); }
 
     void openDictionary(const Dictionary& dictionary) {
-        open(true, dictionary.size());
-        std::vector<Object>& keys = stack_.back().keys;
-        keys.reserve(dictionary.size());
-        for (const auto& [key, value] : dictionary) keys.push_back(writer_.string(key));
+        open(true);
+        for (const auto& [key, value] : dictionary) references_.push_back(writer_.string(key));
     }
 
     Result<> key(const std::string&) { return {}; }
 
     void closeContainer() {
-        const Frame frame = std::move(stack_.back());
+        const Frame frame = stack_.back();
         stack_.pop_back();
+        const auto contents = std::span<const Object>(references_).subspan(frame.first);
         if (frame.isDictionary)
-            writer_.fillDictionary(frame.object, frame.keys, frame.values);
+            writer_.fillDictionary(frame.object, contents.first(contents.size() / 2),
+                                   contents.last(contents.size() / 2));
         else
-            writer_.fillArray(frame.object, frame.values);
+            writer_.fillArray(frame.object, contents);
+        references_.resize(frame.first);
     }
 
     std::string finish() && { return writer_.finish(0); }
 
   private:
+    static constexpr std::size_t kUsualDepth = 4, kUsualReferences = 32;
+
     struct Frame {
-        Object object = 0;
-        bool isDictionary = false;
-        std::vector<Object> keys, values;
+        Object object;
+        bool isDictionary;
+        std::size_t first; // of its contents
     };
 
     Object append(const Value& value) {
@@ -64,21 +73,15 @@ class BinaryVisitor {
         return writer_.uid(value.as<UID>()->value);
     }
 
-    void add(Object object) {
-        if (!stack_.empty()) stack_.back().values.push_back(object);
-    }
-
-    void open(bool isDictionary, std::size_t size) {
+    void open(bool isDictionary) {
         const Object object = writer_.reserve();
-        add(object);
-        Frame& frame = stack_.emplace_back();
-        frame.object = object;
-        frame.isDictionary = isDictionary;
-        frame.values.reserve(size);
+        references_.push_back(object);
+        stack_.push_back({object, isDictionary, references_.size()});
     }
 
     BinaryPropertyListWriter writer_;
     std::vector<Frame> stack_;
+    std::vector<Object> references_; // to the contents of all open containers; a dictionary's values follow its keys
 };
 
 } // namespace

@@ -24,6 +24,7 @@ class PropertyListWalk {
   public:
     template<class Visitor>
     Result<> run(const Value& root, Visitor& visitor) {
+        stack_.reserve(kUsualDepth);
         TRY(visit(root, visitor));
         while (!stack_.empty()) {
             Frame& frame = stack_.back();
@@ -40,6 +41,8 @@ class PropertyListWalk {
     }
 
   private:
+    static constexpr std::size_t kUsualDepth = 4;
+
     struct Frame {
         const Array* array = nullptr;
         const Dictionary* dictionary = nullptr;
