@@ -26,6 +26,8 @@ constexpr std::int64_t kUnencodableCode = 4866;
 // A note of some pages has no more than these; the fields are those that are open at a time.
 constexpr std::size_t kUsualObjects = 256, kUsualKnown = 64, kUsualFields = 32, kUsualClasses = 16;
 
+constexpr std::uint32_t kMostProbes = 8; // for a key
+
 } // namespace
 
 struct KeyedArchiver::Implementation {
@@ -43,20 +45,30 @@ struct KeyedArchiver::Implementation {
         values.push_back(value);
     }
 
-    // Keys are literals: one that was met before is found by its address, and compared only to be sure of it.
+    // Keys are literals: one that was met before is found by its address, and compared only to be sure of it. Where the
+    // linker has put too many of them close by, the property list's writer finds the others.
     Reference keyReference(std::string_view key) {
-        KnownKey& slot = knownKeys[spreadHash(reinterpret_cast<std::uintptr_t>(key.data())) % knownKeys.size()];
-        if (slot.reference != 0 && slot.length == key.size() &&
-            std::memcmp(slot.text.data(), key.data(), key.size()) == 0)
-            return slot.reference;
-        // One of the encoded class that begins with "$" is told from the archiver's own by one more.
-        const Reference reference = key.starts_with('$') ? writer.string("$" + std::string(key)) : writer.string(key);
-        if (key.size() <= slot.text.size()) {
-            slot.length = static_cast<std::uint8_t>(key.size());
-            slot.reference = reference;
-            std::ranges::copy(key, slot.text.begin());
+        const std::uint32_t place = spreadHash(reinterpret_cast<std::uintptr_t>(key.data()));
+        for (std::uint32_t i = 0; i < kMostProbes; ++i) {
+            KnownKey& slot = knownKeys[(place + i) % knownKeys.size()];
+            if (slot.reference == 0) {
+                const Reference reference = newKeyReference(key);
+                if (key.size() <= slot.text.size()) {
+                    slot.length = static_cast<std::uint8_t>(key.size());
+                    slot.reference = reference;
+                    std::ranges::copy(key, slot.text.begin());
+                }
+                return reference;
+            }
+            if (slot.length == key.size() && std::memcmp(slot.text.data(), key.data(), key.size()) == 0)
+                return slot.reference;
         }
-        return reference;
+        return newKeyReference(key);
+    }
+
+    // One of the encoded class that begins with "$" is told from the archiver's own by one more.
+    Reference newKeyReference(std::string_view key) {
+        return key.starts_with('$') ? writer.string("$" + std::string(key)) : writer.string(key);
     }
 
     // An object is known by its address together with its type: a first member has its owner's address. The type has no
