@@ -34,13 +34,14 @@ CivilTime civilTime(const Date& date) {
 
 std::string Date::description() const {
     const CivilTime t = civilTime(*this);
-    return fmt::format(FMT_COMPILE("{:04}-{:02}-{:02} {:02}:{:02}:{:02} +0000"), t.year, t.month, t.day, t.hours, t.minutes,
-                       t.seconds);
+    return fmt::format(FMT_COMPILE("{:04}-{:02}-{:02} {:02}:{:02}:{:02} +0000"), t.year, t.month, t.day, t.hours,
+                       t.minutes, t.seconds);
 }
 
 std::string Date::iso8601() const {
     const CivilTime t = civilTime(*this);
-    return fmt::format(FMT_COMPILE("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z"), t.year, t.month, t.day, t.hours, t.minutes, t.seconds);
+    return fmt::format(FMT_COMPILE("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z"), t.year, t.month, t.day, t.hours, t.minutes,
+                       t.seconds);
 }
 
 } // namespace platform

@@ -1,5 +1,5 @@
-// The attachments that a page's images and objects become, and the pages that its frames show. Files are read below the read-access directory only;
-// nothing is ever fetched.
+// The attachments that a page's images and objects become, and the pages that its frames show. Files are read below the
+// read-access directory only; nothing is ever fetched.
 #pragma once
 
 #include <memory>
