@@ -24,12 +24,13 @@ std::size_t HTMLAttributes::KeyHash::operator()(const Key& key) const {
     constexpr std::size_t kPrime = 1099511628211U;
     std::size_t hash = std::hash<const void*>()(key.characters);
     hash = hash * kPrime ^ std::hash<const void*>()(key.look);
-    return hash * kPrime ^ (std::size_t{key.directions} << 32 | key.place);
+    hash = hash * kPrime ^ (std::size_t{key.place.list} << 32 | key.place.cell);
+    return hash * kPrime ^ key.directions;
 }
 
 const ParagraphStyleReference& HTMLAttributes::paragraph(const Look& look) {
     if (isOutside()) return styles_.paragraph(look);
-    ParagraphStyleReference& made = paragraphs_[{.look = &look, .place = places_.back()}];
+    ParagraphStyleReference& made = paragraphs_[{.look = &look, .place = place()}];
     if (made) return made;
     auto style = std::make_shared<ParagraphStyle>(*styles_.paragraph(look));
     style->textLists = context_.lists;
@@ -41,9 +42,7 @@ const ParagraphStyleReference& HTMLAttributes::paragraph(const Look& look) {
 const HTMLAttributes::Reference& HTMLAttributes::otherComplete(const AttributeSet* characters, const CssStyle& block,
                                                                HTMLTag blockTag,
                                                                const std::vector<std::int64_t>& directions) {
-    Key key{.look = styles_.look(block, blockTag, !context_.lists.empty()),
-            .place = places_.back(),
-            .characters = characters};
+    Key key{.look = styles_.look(block, blockTag, !context_.lists.empty()), .place = place(), .characters = characters};
     if (isOutside() && directions.empty()) {
         const Reference& made = styles_.complete(characters, *key.look);
         last_ = {characters, &block, &made};
@@ -62,34 +61,28 @@ const HTMLAttributes::Reference& HTMLAttributes::otherComplete(const AttributeSe
     return made;
 }
 
-void HTMLAttributes::enterPlace() {
-    places_.push_back(placeCount_++);
-    last_ = {};
-}
-
-void HTMLAttributes::leavePlace() {
-    places_.pop_back();
-    last_ = {};
-}
-
 void HTMLAttributes::enterList(std::shared_ptr<TextList> list) {
     context_.lists.push_back(std::move(list));
-    enterPlace();
+    lists_.push_back(++listCount_);
+    last_ = {};
 }
 
 void HTMLAttributes::leaveList() {
     context_.lists.pop_back();
-    leavePlace();
+    lists_.pop_back();
+    last_ = {};
 }
 
 void HTMLAttributes::enterCell(std::shared_ptr<TextBlock> cell) {
     context_.blocks.push_back(std::move(cell));
-    enterPlace();
+    cells_.push_back(++cellCount_);
+    last_ = {};
 }
 
 void HTMLAttributes::leaveCell() {
     context_.blocks.pop_back();
-    leavePlace();
+    cells_.pop_back();
+    last_ = {};
 }
 
 } // namespace platform

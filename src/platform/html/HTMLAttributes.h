@@ -54,11 +54,19 @@ class HTMLAttributes {
   private:
     using Look = HTMLStyleAttributes::Look;
 
+    // The innermost list and the innermost cell, each with a number of its own; 0 is the page. Every list is entered
+    // once, with the same lists around it to its end, and every cell likewise: the two numbers say what is open. A cell
+    // may outlast the list in which it began.
+    struct Place {
+        std::uint32_t list = 0, cell = 0;
+        friend bool operator==(const Place&, const Place&) = default;
+    };
+
     // Of complete sets, and without characters and directions of paragraph styles. Looks and characters are addresses
     // here: there is one of each value.
     struct Key {
         const Look* look = nullptr;
-        std::uint32_t place = 0;
+        Place place;
         std::uint32_t directions = 0;
         const AttributeSet* characters = nullptr;
         friend bool operator==(const Key&, const Key&) = default;
@@ -72,8 +80,7 @@ class HTMLAttributes {
     const ParagraphStyleReference& paragraph(const Look& look);
     const Reference& otherComplete(const AttributeSet* characters, const CssStyle& block, HTMLTag blockTag,
                                    const std::vector<std::int64_t>& directions);
-    void enterPlace();
-    void leavePlace();
+    Place place() const { return {lists_.back(), cells_.back()}; }
 
     // What the tables find things by is small and goes all at once, with the page.
     static constexpr std::size_t kUsualMemory = 4096;
@@ -81,9 +88,8 @@ class HTMLAttributes {
     HTMLStyleAttributes& styles_;
     std::map<std::vector<std::int64_t>, std::uint32_t> directions_;
     HTMLParagraphContext context_;
-    // Places are the page, each list and each cell, by number; these are the open ones.
-    std::vector<std::uint32_t> places_{0};
-    std::uint32_t placeCount_ = 1;
+    std::vector<std::uint32_t> lists_{0}, cells_{0}; // the open ones' numbers
+    std::uint32_t listCount_ = 0, cellCount_ = 0;
     std::pmr::unordered_map<Key, ParagraphStyleReference, KeyHash> paragraphs_{&memory_};
     std::pmr::unordered_map<Key, Reference, KeyHash> complete_{&memory_};
     // What the last question in this place, without directions, led to.

@@ -1,6 +1,7 @@
 #include "platform/html/HTMLReader.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <fstream>
 #include <iterator>
@@ -173,7 +174,7 @@ TEST(HTMLReader, ReadsMalformedAddressesOfImagesAsMissing) {
     setSystemLogSink(before);
 }
 
-// Styles are kept from page to page, a thread each.
+// The style sheet is kept from page to page, a thread each.
 TEST(HTMLReader, ReadsAPageTheSameWhateverWasReadBefore) {
     const std::vector<std::string> pages{
         "<!DOCTYPE html><p>a<b>b</b><ul><li style='color:red'>c</ul>",
@@ -193,6 +194,31 @@ TEST(HTMLReader, ReadsAPageTheSameWhateverWasReadBefore) {
             dump(pages[before]);
             EXPECT_EQ(dump(pages[i]), alone[i]) << pages[before] << '\n' << pages[i];
         }
+}
+
+// Such an element is no cell to the text, but what follows stands in one, and no longer in the list.
+TEST(HTMLReader, EndsAListThatAnEmptyCellStandsIn) {
+    for (const std::string_view object :
+         {"<img src='x.png' style='display:table-cell'>", "<br style='display:table-cell'>"}) {
+        const auto read = attributedStringFromHTMLData(fmt::format("<ol><br>{}</ol>after", object));
+        ASSERT_TRUE(read.has_value());
+        const auto& style = **read->text.attributesAt(read->text.string().find(u"after"))
+                                  .find<ParagraphStyleReference>(kParagraphStyleAttributeName);
+        EXPECT_TRUE(style.textLists.empty()) << object;
+        EXPECT_EQ(style.textBlocks.size(), 1U) << object;
+        EXPECT_EQ(style.headIndent, 0) << object;
+    }
+}
+
+TEST(HTMLReader, TellsTextBeforeInAndBehindAListApart) {
+    const auto read = attributedStringFromHTMLData("<body>a<ul style='display:inline'>b</ul>c");
+    ASSERT_TRUE(read.has_value());
+    const auto lists = [&](char16_t letter) {
+        return (*read->text.attributesAt(read->text.string().find(letter))
+                     .find<ParagraphStyleReference>(kParagraphStyleAttributeName))
+            ->textLists.size();
+    };
+    EXPECT_EQ((std::array{lists(u'a'), lists(u'b'), lists(u'c')}), (std::array<std::size_t, 3>{0, 1, 0}));
 }
 
 TEST(HTMLReader, GivesEqualParagraphsOneStyle) {
