@@ -1,7 +1,6 @@
 // All declarations of an element are laid over each other from the weakest to the strongest; what wins is computed.
 #include "platform/html/CssStyleResolver.h"
 
-#include <span>
 #include <utility>
 
 #include "platform/html/HTMLPresentation.h"
@@ -24,27 +23,11 @@ std::shared_ptr<const CssStyleSheet> sheetOf(const HTMLDocument& page) {
 
 } // namespace
 
-CssStyleResolver::CssStyleResolver(const HTMLDocument& page)
-    : page_(&page), sheet_(sheetOf(page)), quirksMode_(page.quirksMode()) {
+CssStyleResolver::CssStyleResolver(const HTMLDocument& page) : page_(page), sheet_(sheetOf(page)) {
     constexpr std::size_t kUsualStyles = 32;
     firstPlainChild_.reserve(kUsualStyles);
     plainChildren_.reserve(kUsualStyles);
     shared_.reserve(kUsualStyles);
-}
-
-bool CssStyleResolver::turnTo(const HTMLDocument& page) {
-    if (page.quirksMode() != quirksMode_ || sheetOf(page) != sheet_) return false;
-    page_ = &page;
-    comparisons_ = 0;
-    rootFontSize_ = kInitialFontSize;
-    return true;
-}
-
-bool CssStyleResolver::isWorthKeeping() const {
-    constexpr std::size_t kMostStyles = 1024, kMostBytes = 32768;
-    const bool sheetIsKept = sheet_.use_count() > 1; // nobody else holds one that is too large for that
-    return styles_.size() <= kMostStyles && keyBytes_ <= kMostBytes && sheetIsKept &&
-           comparisons_ < CssStyleSheet::kMaximumComparisons; // else styles lack rules
 }
 
 std::size_t CssStyleResolver::KeyHash::operator()(const Key& key) const {
@@ -57,22 +40,21 @@ std::size_t CssStyleResolver::KeyHash::operator()(const Key& key) const {
 
 const CssDeclarations* CssStyleResolver::parsed(std::string_view text) {
     const auto known = declarations_.find(text);
-    if (known != declarations_.end()) return &known->second;
-    keyBytes_ += text.size();
-    return &declarations_.emplace(text, cssDeclarations(text)).first->second;
+    return known != declarations_.end() ? &known->second
+                                        : &declarations_.emplace(text, cssDeclarations(text)).first->second;
 }
 
 // Whether the element's style follows from its name and the parent style: it has no attributes, and no rule, not even
 // its table's, asks where it stands.
 bool CssStyleResolver::isPlain(HTMLDocument::NodeIndex element) const {
-    const HTMLTag tag = (*page_)[element].tag;
-    return (*page_)[element].count == 0 && tag != HTMLTag::unknown && tag != HTMLTag::td && tag != HTMLTag::th &&
+    const HTMLTag tag = page_[element].tag;
+    return page_[element].count == 0 && tag != HTMLTag::unknown && tag != HTMLTag::td && tag != HTMLTag::th &&
            sheet_->matchesByNameAlone(tag);
 }
 
 const CssStyle* CssStyleResolver::style(HTMLDocument::NodeIndex element, const CssStyle* parent) {
     if (!parent || !isPlain(element)) return styleByAllOf(element, parent);
-    const HTMLTag tag = (*page_)[element].tag;
+    const HTMLTag tag = page_[element].tag;
     for (std::uint32_t child = firstPlainChild_[parent->number]; child != kNoChild; child = plainChildren_[child].next)
         if (plainChildren_[child].tag == tag) return plainChildren_[child].style;
     const CssStyle* made = styleByAllOf(element, parent);
@@ -81,22 +63,16 @@ const CssStyle* CssStyleResolver::style(HTMLDocument::NodeIndex element, const C
     return made;
 }
 
-const CssMatches* CssStyleResolver::sharedMatches() {
-    const auto [entry, isNew] = matches_.insert(matched_);
-    if (isNew) keyBytes_ += std::span(matched_).size_bytes();
-    return &*entry;
-}
-
 const CssStyle* CssStyleResolver::styleByAllOf(HTMLDocument::NodeIndex element, const CssStyle* parent) {
     hintText_.clear();
-    appendPresentation(hintText_, *page_, element);
+    appendPresentation(hintText_, page_, element);
     const CssDeclarations* hints = hintText_.empty() ? nullptr : parsed(hintText_);
-    const auto styleText = page_->attribute(element, HTMLAttribute::style);
+    const auto styleText = page_.attribute(element, HTMLAttribute::style);
     const CssDeclarations* inlineStyle = styleText && !styleText->empty() ? parsed(*styleText) : nullptr;
-    sheet_->match(*page_, element, comparisons_, matched_);
-    const HTMLTag tag = (*page_)[element].tag;
-    const bool isLink = tag == HTMLTag::a && page_->attribute(element, HTMLAttribute::href).has_value();
-    const CssMatches* rules = matched_.empty() ? nullptr : sharedMatches();
+    sheet_->match(page_, element, comparisons_, matched_);
+    const HTMLTag tag = page_[element].tag;
+    const bool isLink = tag == HTMLTag::a && page_.attribute(element, HTMLAttribute::href).has_value();
+    const CssMatches* rules = matched_.empty() ? nullptr : &*matches_.insert(matched_).first;
     const Key key{parent, hints, inlineStyle, rules, static_cast<std::uint32_t>(tag) * 2 + (isLink ? 1 : 0)};
     const auto [entry, isNew] = shared_.try_emplace(key, nullptr);
     if (isNew) {
@@ -106,7 +82,7 @@ const CssStyle* CssStyleResolver::styleByAllOf(HTMLDocument::NodeIndex element, 
         firstPlainChild_.push_back(kNoChild);
         entry->second = &made;
     }
-    if (element == page_->root()) rootFontSize_ = entry->second->fontSize;
+    if (element == page_.root()) rootFontSize_ = entry->second->fontSize;
     return entry->second;
 }
 
@@ -114,7 +90,7 @@ void CssStyleResolver::compute(CssStyle& style, HTMLDocument::NodeIndex element,
                                const CssDeclarations* hints, const CssDeclarations* inlineStyle) {
     static const CssStyle kInitial;
     const CssStyle& outer = parent ? *parent : kInitial;
-    const HTMLTag tag = (*page_)[element].tag;
+    const HTMLTag tag = page_[element].tag;
     CssWinners winners{};
     const auto lay = [&winners](const CssDeclarations& declarations, bool important) {
         for (const CssDeclaration& declaration : declarations)
@@ -122,8 +98,8 @@ void CssStyleResolver::compute(CssStyle& style, HTMLDocument::NodeIndex element,
                 winners[static_cast<std::size_t>(declaration.property)] = &declaration.value;
     };
     lay(builtInDeclarations(tag), false);
-    if (tag == HTMLTag::a && page_->attribute(element, HTMLAttribute::href)) lay(builtInLinkDeclarations(), false);
-    if (tag == HTMLTag::table && quirksMode_) lay(builtInQuirksTableDeclarations(), false);
+    if (tag == HTMLTag::a && page_.attribute(element, HTMLAttribute::href)) lay(builtInLinkDeclarations(), false);
+    if (tag == HTMLTag::table && page_.quirksMode()) lay(builtInQuirksTableDeclarations(), false);
     if (hints) lay(*hints, false);
     for (const CssDeclarations* rule : matched_) lay(*rule, false);
     if (inlineStyle) lay(*inlineStyle, false);
@@ -137,7 +113,7 @@ void CssStyleResolver::compute(CssStyle& style, HTMLDocument::NodeIndex element,
                           : style.listDepth == 2 ? CssListStyle::circle
                                                  : CssListStyle::square;
     }
-    computeCssStyle(style, outer, winners, rootFontSize_, quirksMode_);
+    computeCssStyle(style, outer, winners, rootFontSize_, page_.quirksMode());
 }
 
 } // namespace platform

@@ -19,19 +19,12 @@
 
 namespace platform {
 
-// Computes styles for one page, or for several that are read one after another. Declarations are parsed once for each
-// distinct text, and elements that have the same parent style, name, rules and declarations share one style object:
-// equal pointers mean equal styles. Most elements have no attributes, and need only their name and the parent style to
-// find theirs.
+// Computes styles for one page. Declarations are parsed once for each distinct text, and elements that have the same
+// parent style, name, rules and declarations share one style object: equal pointers mean equal styles. Most elements
+// have no attributes, and need only their name and the parent style to find theirs.
 class CssStyleResolver {
   public:
     explicit CssStyleResolver(const HTMLDocument& page);
-
-    // Goes on with another page if it has the same style sheet and mode, so that all styles so far are good for it too.
-    // Else it does nothing and says false.
-    bool turnTo(const HTMLDocument& page);
-    // Whether what it holds is complete, and not too much to be held for further pages.
-    bool isWorthKeeping() const;
 
     // The parent style is null for the root. The result lives as long as the resolver.
     const CssStyle* style(HTMLDocument::NodeIndex element, const CssStyle* parent);
@@ -65,19 +58,17 @@ class CssStyleResolver {
     bool isPlain(HTMLDocument::NodeIndex element) const;
     const CssStyle* styleByAllOf(HTMLDocument::NodeIndex element, const CssStyle* parent);
     const CssDeclarations* parsed(std::string_view text);
-    const CssMatches* sharedMatches(); // the rules that matched last, found by their value
     // Into a style that has its initial values.
     void compute(CssStyle& style, HTMLDocument::NodeIndex element, const CssStyle* parent, const CssDeclarations* hints,
                  const CssDeclarations* inlineStyle);
 
     static constexpr double kInitialFontSize = 12;
 
-    const HTMLDocument* page_; // the present one
+    const HTMLDocument& page_;
     std::shared_ptr<const CssStyleSheet> sheet_;
-    bool quirksMode_;
-    std::size_t comparisons_ = 0; // with selectors of the sheet, for this page
+    std::size_t comparisons_ = 0; // with selectors of the sheet
     static constexpr std::size_t kUsualMemory = 16384;
-    std::pmr::monotonic_buffer_resource memory_{kUsualMemory}; // of what follows
+    std::pmr::monotonic_buffer_resource memory_{kUsualMemory}; // of what follows, for as long as the page is read
     std::pmr::deque<CssStyle> styles_{&memory_};
     std::vector<std::uint32_t> firstPlainChild_; // by the number of the parent style
     std::vector<PlainChild> plainChildren_;
@@ -86,7 +77,6 @@ class CssStyleResolver {
     CssMatches matched_;
     std::set<CssMatches> matches_; // every list of rules that an element matched
     std::string hintText_;
-    std::size_t keyBytes_ = 0; // of texts and lists of rules
     double rootFontSize_ = kInitialFontSize;
 };
 

@@ -78,45 +78,5 @@ TEST(CssStyles, OfCellsAreNotSharedAcrossTables) {
     EXPECT_EQ(paddings, (std::vector<double>{1, 9, 9, 1}));
 }
 
-// What is the page's own, the root's font size, is not taken along.
-TEST(CssStyles, HoldForAnotherPageWithTheSameSheetAndMode) {
-    const auto parsed = [](std::string_view markup) { return *HTMLDocument::parse(markup); };
-    const HTMLDocument first = parsed("<!DOCTYPE html><html style='font-size:20px'><style>b {color: red}</style>"
-                                      "<body><p style='text-indent:1rem'>a</p><b>b</b>");
-    const HTMLDocument second = parsed("<!DOCTYPE html><html style='padding:1rem'><style>b {color: red}</style>"
-                                       "<body><p style='text-indent:1rem'>a</p><b>b</b>");
-    CssStyleResolver resolver(first);
-    const auto ofFirst = innermostStyles(resolver, first);
-    ASSERT_TRUE(resolver.turnTo(second));
-    const auto ofSecond = innermostStyles(resolver, second);
-    EXPECT_EQ(ofFirst[0]->textIndent.value, 20);
-    EXPECT_EQ(ofSecond[0]->textIndent.value, 12);
-    EXPECT_EQ(resolver.style(second.root(), nullptr)->padding[0].value, 12);
-    ASSERT_TRUE(resolver.turnTo(first));
-    EXPECT_EQ(innermostStyles(resolver, first), ofFirst);
-    const HTMLDocument third = parsed("<!DOCTYPE html><html style='font-size:20px'><style>b {color: red}</style>"
-                                      "<body><p style='padding:1rem'>a</p>");
-    ASSERT_TRUE(resolver.turnTo(second) && resolver.turnTo(third));
-    EXPECT_EQ(innermostStyles(resolver, third)[0]->padding[0].value, 20) << "the root's style was known";
-    EXPECT_FALSE(resolver.turnTo(parsed("<!DOCTYPE html><style>b {color: blue}</style><b>b</b>")));
-    EXPECT_FALSE(resolver.turnTo(parsed("<style>b {color: red}</style><b>b</b>"))) << "another mode";
-}
-
-TEST(CssStyles, AreNotHeldForFurtherPagesWhenTheyAreMany) {
-    std::string styles, text = "<p style='quotes:\"";
-    for (int i = 0; i < 2'000; ++i) styles += fmt::format("<p style='margin:{}px'>", i);
-    text += std::string(100'000, 'x') + "\"'>";
-    const std::string sheet = "<style>" + std::string(100'000, ' ') + "</style><p style='margin:1px'>";
-    const std::pair<std::string_view, bool> cases[] = {
-        {sheet, false}, {"<p style='margin:1px'>", true}, {styles, false}, {text, false}};
-    for (const auto& [body, isKept] : cases) {
-        const auto page = HTMLDocument::parse(body);
-        ASSERT_TRUE(page.has_value());
-        CssStyleResolver resolver(*page);
-        innermostStyles(resolver, *page);
-        EXPECT_EQ(resolver.isWorthKeeping(), isKept) << body.substr(0, 40);
-    }
-}
-
 } // namespace
 } // namespace platform

@@ -55,7 +55,7 @@ void HTMLPageWalk::run() {
 // Opens an element, or deals with it at once when it has no content to walk. False when it leaves nothing open.
 bool HTMLPageWalk::enter(NodeIndex node) {
     const CssStyle* outer = open_.empty() ? nullptr : top().style;
-    const CssStyle* style = styles_->resolver.style(node, outer);
+    const CssStyle* style = styles_.style(node, outer);
     if (style->display == CssDisplay::none) return false;
     Frame frame;
     frame.node = node;
@@ -65,7 +65,7 @@ bool HTMLPageWalk::enter(NodeIndex node) {
     frame.isBlock = isBlockDisplay(*style);
     frame.block = frame.isBlock || open_.empty() ? open_.size() : top().block;
     frame.characters =
-        styles_->attributes.characters(*style, frame.tag, open_.empty() ? nullptr : top().characters.united);
+        styleAttributes_.characters(*style, frame.tag, open_.empty() ? nullptr : top().characters.united);
     if (style->display == CssDisplay::tableFooterGroup && !open_.empty() && top().pushedTable && top().next != kNone) {
         top().footers.push_back(node); // behind the rows that are still to come
         return false;
@@ -127,7 +127,7 @@ void HTMLPageWalk::addColumns(const Frame& group) {
     for (NodeIndex child = page_[group.node].first; child != kNone; child = page_[child].next) {
         if (!page_.isElement(child) || page_[child].tag != HTMLTag::col) continue;
         hasColumns = true;
-        tables_.addColumns(child, *styles_->resolver.style(child, group.style));
+        tables_.addColumns(child, *styles_.style(child, group.style));
     }
     if (!hasColumns) tables_.addColumns(group.node, *group.style);
 }

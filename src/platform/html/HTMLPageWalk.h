@@ -6,17 +6,17 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/html/CssStyle.h"
+#include "platform/html/CssStyleResolver.h"
 #include "platform/html/HTMLAttributes.h"
 #include "platform/html/HTMLImages.h"
 #include "platform/html/HTMLListMarkers.h"
-#include "platform/html/HTMLPageStyles.h"
+#include "platform/html/HTMLStyleAttributes.h"
 #include "platform/html/HTMLTables.h"
 #include "platform/html/HTMLTextBuilder.h"
 #include "platform/xml/HTMLDocument.h"
@@ -31,8 +31,8 @@ class HTMLPageWalk {
     static constexpr std::size_t kUsualDepth = 16;
 
     HTMLPageWalk(HTMLDocument page, HTMLImages images, HTMLParagraphContext around = {})
-        : page_(std::move(page)), styles_(HTMLPageStyles::forPage(page_)), blocksAround_(around.blocks.size()),
-          attributes_(styles_->attributes, std::move(around)), tables_(page_), images_(std::move(images)) {
+        : page_(std::move(page)), styles_(page_), blocksAround_(around.blocks.size()),
+          attributes_(styleAttributes_, std::move(around)), tables_(page_), images_(std::move(images)) {
         text_.reserve(page_.textSize() + page_.size()); // most elements write one character or none
         open_.reserve(kUsualDepth);
     }
@@ -41,8 +41,6 @@ class HTMLPageWalk {
     const HTMLDocument& page() const { return page_; }
     // The tree is as large as the text that is made next, and not needed for it.
     void releasePage() { page_ = HTMLDocument(); }
-    // The walk is over then.
-    void keepStyles() { HTMLPageStyles::keep(std::move(styles_)); }
     HTMLTextBuilder& written() { return text_; }
     const HTMLListLinks& listLinks() const { return listLinks_; }
     const std::optional<CssRGBA>& background() const { return background_; }
@@ -97,7 +95,8 @@ class HTMLPageWalk {
     std::optional<AttributeValue> linkOf(const Frame& frame) const;
 
     HTMLDocument page_;
-    std::unique_ptr<HTMLPageStyles> styles_;
+    CssStyleResolver styles_;
+    HTMLStyleAttributes styleAttributes_;
     std::size_t blocksAround_; // cells that a page within a page stands in
     HTMLAttributes attributes_;
     HTMLTables tables_;

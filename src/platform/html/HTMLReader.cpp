@@ -17,7 +17,6 @@ HTMLDocumentText attributedStringFromHTMLDocument(HTMLDocument page, const HTMLR
     if (options.readsDocumentAttributes)
         read.documentAttributes = htmlDocumentAttributes(walk.page(), walk.background());
     walk.releasePage();
-    walk.keepStyles();
     read.text = textWithListMarkers(std::move(walk.written()), walk.listLinks());
     return read;
 }
