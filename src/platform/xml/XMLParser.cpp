@@ -78,6 +78,12 @@ struct XMLParser::Machine {
 
     // Events are over: an abort or an error ends them, though libxml2 may still finish what it has begun.
     bool isOver() const { return aborted || error; }
+    // The same, asked at the start of an event. Only then does an abort stop the library: what the event told that
+    // asked for it lies in the library's memory, which is freed with the stop.
+    bool isOverBeforeEvent() const {
+        if (aborted) stop();
+        return isOver();
+    }
 
     std::int64_t line() const { return context && context->input ? context->input->line : 0; }
     std::int64_t column() const { return context && context->input ? context->input->col : 0; }
@@ -135,6 +141,7 @@ struct XMLParser::Machine {
     void startElement(const xmlChar* prefix, const xmlChar* localName, std::span<const xmlChar*> namespaces,
                       std::span<const xmlChar*> fields) {
         // libxml2 reports a tag that breaks off before it reports the error.
+        if (isOverBeforeEvent()) return;
         const xmlChar next = context->input->cur < context->input->end ? *context->input->cur : 0;
         if (next != '>' && next != '/') return;
         sawElement = true;
@@ -151,6 +158,7 @@ struct XMLParser::Machine {
     }
 
     void endElement(std::string_view name) {
+        if (isOverBeforeEvent()) return;
         flushText();
         if (isOver()) return;
         if (depth > 0) --depth;
@@ -158,7 +166,7 @@ struct XMLParser::Machine {
     }
 
     void characters(std::string_view piece) {
-        if (isOver()) return;
+        if (isOverBeforeEvent()) return;
         if (deliversPieces) return delegate->parserFoundCharacters(parser, piece);
         try {
             text += piece;
@@ -169,6 +177,7 @@ struct XMLParser::Machine {
     }
 
     void cdata(std::string_view piece) {
+        if (isOverBeforeEvent()) return;
         flushText();
         if (!isOver()) delegate->parserFoundCDATA(parser, piece);
     }
@@ -231,16 +240,16 @@ xmlSAXHandler XMLParser::Machine::handlers() {
     table.cdataBlock = [](void* data, const xmlChar* piece, int length) { of(data).cdata(view(piece, length)); };
     table.comment = [](void* data, const xmlChar* piece) {
         Machine& machine = of(data);
-        if (!machine.isOver()) machine.delegate->parserFoundComment(machine.parser, view(piece));
+        if (!machine.isOverBeforeEvent()) machine.delegate->parserFoundComment(machine.parser, view(piece));
     };
     table.processingInstruction = [](void* data, const xmlChar* target, const xmlChar* rest) {
         Machine& machine = of(data);
-        if (machine.isOver()) return;
+        if (machine.isOverBeforeEvent()) return;
         machine.delegate->parserFoundProcessingInstructionWithTarget(machine.parser, view(target), view(rest));
     };
     table.internalSubset = [](void* data, const xmlChar* name, const xmlChar* publicID, const xmlChar* systemID) {
         Machine& machine = of(data);
-        if (machine.isOver()) return;
+        if (machine.isOverBeforeEvent()) return;
         machine.delegate->parserFoundDocumentType(machine.parser, view(name), view(publicID), view(systemID));
     };
     table.entityDecl = [](void* data, const xmlChar* name, int, const xmlChar*, const xmlChar*, xmlChar*) {
@@ -326,9 +335,7 @@ bool XMLParser::parse() {
 }
 
 void XMLParser::abortParsing() {
-    if (machine_->isOver()) return;
-    machine_->aborted = true;
-    machine_->stop();
+    if (!machine_->isOver()) machine_->aborted = true;
 }
 
 void XMLParser::setDeliversPieces(bool pieces) {

@@ -23,11 +23,11 @@ class Recorder : public XMLParserDelegate {
     std::size_t texts = 0;
 
     void parserDidStartElement(XMLParser& parser, std::string_view name, XMLAttributes attributes) override {
+        if (name == abortAt) parser.abortParsing();
         add('<', name);
         for (const auto& attribute : attributes)
             events.insert(events.size() - 1, fmt::format(" {}={}", attribute.name, attribute.value));
         if (name == piecesIn) parser.setDeliversPieces(true);
-        if (name == abortAt) parser.abortParsing();
     }
     void parserFoundCharacters(XMLParser&, std::string_view text) override {
         ++texts;
@@ -148,6 +148,16 @@ TEST_F(XMLParserEvents, NeverHoldATagThatBreaksOff) {
 TEST_F(XMLParserEvents, GoOnAfterAnUndeclaredEntityOfADocumentWithADTD) {
     EXPECT_EQ(events("<!DOCTYPE a SYSTEM 'a.dtd'><a>x&nbsp;y</a>"), "<a\n'xy\n>a\n$\n");
     EXPECT_FALSE(entries.empty());
+}
+
+TEST_F(XMLParserEvents, KeepWhatTheyToldWhenTheyAskForAnAbort) {
+    const std::string value(1000, 'v');
+    for (const std::size_t pieceSize : {std::size_t{16}, InputStream::kPieceSize}) {
+        Recorder recorder;
+        recorder.abortAt = "b";
+        EXPECT_EQ(events("<a><b c='" + value + "' d='e'>x<f/></b></a>", pieceSize, recorder),
+                  "<a\n<b c=" + value + " d=e\n!512\n");
+    }
 }
 
 TEST_F(XMLParserEvents, StopAfterAnAbortWithError512) {
