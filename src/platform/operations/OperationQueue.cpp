@@ -1,14 +1,11 @@
 #include "platform/operations/OperationQueue.h"
 
-#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <thread>
 
 #include <unistd.h>
-
-#include "platform/operations/WaitAwake.h"
 
 namespace platform {
 
@@ -17,10 +14,10 @@ struct OperationQueue::State {
     std::condition_variable changed;
     std::deque<std::shared_ptr<Operation>> waiting;
     std::shared_ptr<Operation> running;
-    bool hasWorker = false;            // a worker thread lives only while there is work
-    bool isMain = false;               // constant after construction
-    std::atomic<bool> hasNews = false; // main queue: an operation, or wakeMainQueue was called; set under the mutex
-    std::function<void()> wakeUp;      // main queue only
+    bool hasWorker = false;       // a worker thread lives only while there is work
+    bool isMain = false;          // constant after construction
+    bool askAgain = false;        // main queue: wakeMainQueue was called
+    std::function<void()> wakeUp; // main queue only
 
     // Takes the next operation and marks it as running; nothing when the queue is empty.
     std::shared_ptr<Operation> takeNext() {
@@ -66,7 +63,6 @@ void OperationQueue::addOperation(std::shared_ptr<Operation> operation) {
         wakeUp = state_->wakeUp;
         startWorker = !state_->isMain && !state_->hasWorker;
         if (startWorker) state_->hasWorker = true;
-        state_->hasNews = true; // last: who looks out for it wants the lock at once
     }
     state_->changed.notify_all(); // not under the lock, for which whoever wakes would wait
     if (startWorker) startThread(added);
@@ -127,18 +123,16 @@ void runMainQueueUntil(const std::function<bool()>& done) {
             state.run(next);
             continue;
         }
-        const auto hasNews = [&] { return state.hasNews.load(); };
-        waitAwake(hasNews);
         std::unique_lock lock(state.mutex);
-        state.changed.wait(lock, hasNews);
-        state.hasNews = false;
+        state.changed.wait(lock, [&] { return state.askAgain || !state.waiting.empty(); });
+        state.askAgain = false;
     }
 }
 
 void wakeMainQueue() {
     auto& state = *OperationQueue::mainQueue().state_;
     const std::lock_guard lock(state.mutex);
-    state.hasNews = true;
+    state.askAgain = true;
     state.changed.notify_all();
 }
 

@@ -174,7 +174,7 @@ TEST(MainQueue, RunsOnTheMainThreadWhileAnotherThreadWaits) {
     EXPECT_FALSE(workerIsMain);
 }
 
-// Longer and shorter than a thread stays awake.
+// Before the thread sleeps, and long after.
 TEST(MainQueue, MissesNoWorkHoweverLongItTakesToCome) {
     std::atomic<bool> ended = false;
     int runs = 0;
