@@ -86,6 +86,11 @@ TEST_F(NoteMarkup, LosesOnlyABareNoteTag) {
               "<en-note style=\"color:red\"><div>a</div>");
 }
 
+TEST_F(NoteMarkup, LosesBareNoteTagsInsideToo) {
+    EXPECT_EQ(innerText("<en-note>a<div><en-note>b</en-note></div>c</en-note>"), "a<div>b</div>c");
+    EXPECT_EQ(innerText("<en-note><en-note x='1'>b</en-note></en-note>"), "<en-note x=\"1\">b");
+}
+
 TEST_F(NoteMarkup, WithAnUnbalancedNoteTagMakesAPage) {
     const std::string made = body("<en-note style=\"color:red\" bgcolor=\"#fff\"><div>a</div><div>b</div></en-note>");
     EXPECT_EQ(made, "<en-note style=\"color:red\" bgcolor=\"#fff\"><div>a</div><div>b</div>\n</en-note>");
@@ -208,6 +213,12 @@ TEST_F(NoteMarkup, SaysWhichAttachmentsTheNoteDoesNotShow) {
     EXPECT_FALSE(hasLogged("\"shown.pdf\""));
     EXPECT_TRUE(hasLogged("The note does not show its attachment \"same bytes.pdf\", which is left out."));
     EXPECT_TRUE(hasLogged("attachment \"" + item_.resources.back().identifier + ".zip\""));
+}
+
+TEST_F(NoteMarkup, SaysThatANoteWithoutMediaShowsNoAttachment) {
+    addResource(kPDF, "application/pdf", u"a.pdf");
+    EXPECT_EQ(innerText("<en-note>text</en-note>"), "text");
+    EXPECT_TRUE(hasLogged("The note does not show its attachment \"a.pdf\", which is left out."));
 }
 
 TEST_F(NoteMarkup, ComparesHashesExactly) {

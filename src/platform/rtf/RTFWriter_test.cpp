@@ -273,6 +273,33 @@ TEST(RTFWriter, KeepsOneListPerChainAndAtMostNineLevels) {
     EXPECT_EQ(written.find("\\ilvl9"), std::string::npos);
 }
 
+// The same change of state, within a paragraph and behind paragraph words, which take the color back.
+TEST(RTFWriter, RepeatsTheColorBehindParagraphWordsOnly) {
+    AttributedString all = text(u"a");
+    const auto underlined = with(kUnderlineStyleAttributeName, std::int64_t{1});
+    all.append(u"b", underlined);
+    all.append(u"c\n", font());
+    ParagraphStyle centered;
+    centered.alignment = TextAlignment::center;
+    all.append(u"d", set(underlined->with(kParagraphStyleAttributeName,
+                                          std::make_shared<const ParagraphStyle>(std::move(centered)))));
+    const std::string written = rtf(all);
+    EXPECT_NE(written.find("\\cf0 a\\ul \\ulc0 b\\ulnone c\\\n"), std::string::npos) << written;
+    EXPECT_TRUE(written.ends_with("\n\\cf0 \\ul \\ulc0 d}")) << written;
+}
+
+TEST(RTFWriter, NumbersAListOnceForEachChainItEnds) {
+    const auto a = std::make_shared<TextList>("{decimal}."), b = std::make_shared<TextList>("{decimal}."),
+               shared = std::make_shared<TextList>("{disc}");
+    AttributedString all;
+    for (const auto& outer : {a, b}) {
+        ParagraphStyle style;
+        style.textLists = {outer, shared};
+        all.append(u"x\n", styled(style));
+    }
+    EXPECT_EQ(allOf(rtf(all), R"(\\ls\d+\\ilvl\d+)"), (std::vector<std::string>{R"(\ls1\ilvl1)", R"(\ls2\ilvl1)"}));
+}
+
 TEST(RTFWriter, RepeatsAChainFromTheTopWhereItBranches) {
     std::map<char, std::shared_ptr<TextList>> lists;
     for (const char name : {'a', 'b', 'c', 'd', 'e', 'f'}) lists[name] = std::make_shared<TextList>("{decimal}.");

@@ -74,6 +74,15 @@ TEST_F(PlainXML, IsReadLikeTheParserReadsIt) {
     }
 }
 
+TEST(PlainText, HasNoControlsAndNothingOfTheFirstPlanesEnd) {
+    for (const std::string_view text :
+         {"", "a\tb\n~", "\xC2\xA0", "\xEF\xBE\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"})
+        EXPECT_TRUE(isPlainText(text)) << text;
+    for (const std::string_view text : {"\r", "\x7F", "\x1F", "\xC2\x80", "\xC2\x9F", "\xEF\xBF\x80", "\xEF\xBF\xBC",
+                                        "\xEF\xBF\xBF", "\xFF", "\xC2", "a\xED\xA0\x80", "\xC0\x80"})
+        EXPECT_FALSE(isPlainText(text)) << text;
+}
+
 TEST_F(PlainXML, LeavesEverythingElseToTheParser) {
     for (const std::string_view xml : {
              "",

@@ -127,6 +127,17 @@ TEST_F(TidyHTML, KeepsTheDocumentTypeAndARawTitle) {
     EXPECT_EQ(document->rootElement()->stringValue(), "A & B < Cx");
 }
 
+TEST_F(TidyHTML, WritesBothNamesOfADocumentType) {
+    for (const std::string_view type :
+         {"<!DOCTYPE html SYSTEM \"about:legacy-compat\">", "<!DOCTYPE html PUBLIC \"-//W3C//DTD HTML 4.01//EN\">",
+          "<!DOCTYPE html PUBLIC \"-//W3C//DTD HTML 4.01//EN\" \"http://www.w3.org/TR/html4/strict.dtd\">"}) {
+        const auto document =
+            XMLDocument::initWithXMLString(std::string(type) + "<p>a</p>", XMLDocumentParsing::tidyHTML);
+        ASSERT_TRUE(document);
+        EXPECT_EQ(document->documentType(), type);
+    }
+}
+
 std::string page(std::string_view html) {
     const auto document = XMLDocument::initWithXMLString(html, XMLDocumentParsing::strict);
     return document ? document->prettyPrintedPage() : "error";
