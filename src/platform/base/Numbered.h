@@ -14,9 +14,11 @@ namespace platform {
 template<class Thing>
 class Numbered {
   public:
-    Numbered() = default;
-    // The memory must outlive this.
-    explicit Numbered(std::pmr::memory_resource& memory) : things_(&memory), numbers_(kExpected, memory) {}
+    // Makes room for so many things when the first one comes. The memory must outlive this.
+    explicit Numbered(std::size_t expected = kUsualCount,
+                      std::pmr::memory_resource& memory = *std::pmr::get_default_resource())
+        : expected_(expected), things_(&memory), numbers_(expected, memory) {}
+    explicit Numbered(std::pmr::memory_resource& memory) : Numbered(kUsualCount, memory) {}
 
     // The number of the thing of this hash for which `isSame(thing)` holds; when there is none, `make()` gives it.
     template<class IsSame, class Make>
@@ -25,7 +27,7 @@ class Numbered {
             numbers_.findOrAdd(hash, static_cast<std::uint32_t>(things_.size()),
                                [&](std::uint32_t candidate) { return isSame(things_[candidate]); });
         if (isNew) {
-            if (things_.empty()) things_.reserve(kExpected);
+            if (things_.empty()) things_.reserve(expected_);
             things_.push_back(make());
         }
         return number;
@@ -37,10 +39,11 @@ class Numbered {
     auto end() const { return things_.end(); }
 
   private:
-    static constexpr std::size_t kExpected = 32;
+    static constexpr std::size_t kUsualCount = 32;
 
+    std::size_t expected_;
     std::pmr::vector<Thing> things_;
-    NumberTable numbers_{kExpected};
+    NumberTable numbers_;
 };
 
 } // namespace platform

@@ -16,25 +16,19 @@ bool sameMember(const AttributeNumbers::Member& a, const AttributeNumbers::Membe
 
 } // namespace
 
-AttributeNumbers::AttributeNumbers() {
-    known_.reserve(kUsualCount);
-    sets_.reserve(kUsualCount);
-    members_.reserve(kUsualCount * kUsualMembers);
-    values_.reserve(kUsualCount);
-}
-
 // Runs mostly share their sets: the address of one that was met before is enough.
 std::uint32_t AttributeNumbers::numberOf(const AttributeSet& set) {
-    const auto [index, isNew] =
-        knownByAddress_.findOrAdd(spreadHash(addressOf(&set)), static_cast<std::uint32_t>(known_.size()),
-                                  [&](std::uint32_t candidate) { return known_[candidate].set == &set; });
-    if (isNew) known_.push_back({&set, numberByMembers(set)});
+    const std::uint32_t index = known_.numberOf(
+        spreadHash(addressOf(&set)), [&](const KnownSet& known) { return known.set == &set; },
+        [&] {
+            return KnownSet{&set, numberByMembers(set)};
+        });
     return known_[index].number;
 }
 
 std::uint32_t AttributeNumbers::numberByMembers(const AttributeSet& set) {
     const Members added{members_.size(), set.entries().size()};
-    const Members before = sets_.empty() ? Members{0, 0} : sets_.back();
+    const Members before = sets_.size() == 0 ? Members{0, 0} : sets_[sets_.size() - 1];
     std::uint64_t hash = 0;
     for (const AttributeSet::Entry& entry : set.entries()) {
         // Most values are those that the set before has at the same place.
@@ -47,24 +41,19 @@ std::uint32_t AttributeNumbers::numberByMembers(const AttributeSet& set) {
         hash = (hash ^ addressOf(&entry.first.string()) ^ value) * 0x9E3779B97F4A7C15;
         hash ^= hash >> 32;
     }
-    const auto [number, isNew] = setsByMembers_.findOrAdd(
-        static_cast<std::uint32_t>(hash), static_cast<std::uint32_t>(sets_.size()), [&](std::uint32_t candidate) {
-            const auto other = members(candidate);
-            return std::ranges::equal(std::span(members_).subspan(added.start), other, sameMember);
-        });
-    if (isNew)
-        sets_.push_back(added);
-    else
-        members_.resize(added.start);
+    const auto isSame = [&](const Members& known) {
+        const auto all = std::span(members_);
+        return std::ranges::equal(all.subspan(added.start), all.subspan(known.start, known.length), sameMember);
+    };
+    const std::uint32_t number = sets_.numberOf(static_cast<std::uint32_t>(hash), isSame, [&] { return added; });
+    if (sets_[number].start != added.start) members_.resize(added.start); // it was not new
     return number;
 }
 
 std::uint32_t AttributeNumbers::valueNumber(const AttributeValue& value) {
-    const auto [number, isNew] = valuesByHash_.findOrAdd(
-        spreadHash(hashOf(value)), static_cast<std::uint32_t>(values_.size()),
-        [&](std::uint32_t candidate) { return equalAttributeValues(*values_[candidate], value); });
-    if (isNew) values_.push_back(&value);
-    return number;
+    return values_.numberOf(
+        spreadHash(hashOf(value)), [&](const AttributeValue* known) { return equalAttributeValues(*known, value); },
+        [&] { return &value; });
 }
 
 } // namespace platform

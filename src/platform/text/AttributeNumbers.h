@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/base/NumberTable.h"
+#include "platform/base/Numbered.h"
 #include "platform/text/Attributes.h"
 
 namespace platform {
@@ -21,7 +21,7 @@ class AttributeNumbers {
         std::uint32_t value; // an integer and a real of its value have one number, as they are equal attributes
     };
 
-    AttributeNumbers();
+    AttributeNumbers() { members_.reserve(kUsualCount * kUsualMembers); }
 
     std::uint32_t numberOf(const AttributeSet& set);
 
@@ -47,13 +47,10 @@ class AttributeNumbers {
     // A text of some pages has no more sets and no more values than this, and so many members in a set.
     static constexpr std::size_t kUsualCount = 64, kUsualMembers = 8;
 
-    std::vector<KnownSet> known_; // every set object that was met
-    NumberTable knownByAddress_{kUsualCount};
-    std::vector<Members> sets_;
-    NumberTable setsByMembers_{kUsualCount};
+    Numbered<KnownSet> known_{kUsualCount}; // every set object that was met, by address
+    Numbered<Members> sets_{kUsualCount};
     std::vector<Member> members_; // of all sets
-    std::vector<const AttributeValue*> values_;
-    NumberTable valuesByHash_{kUsualCount};
+    Numbered<const AttributeValue*> values_{kUsualCount};
 };
 
 } // namespace platform
