@@ -32,8 +32,7 @@ class XMLTreeBuilder {
     void setHasPlainTexts() { document_.hasPlainTexts_ = true; }
 
     // The tree with the first of its elements that has the name as the root; without one, or a name, the first element
-    // of all.
-    // Without any element the document has no root.
+    // of all. Without any element the document has no root.
     XMLDocument documentWithRoot(std::string_view name);
 
   private:
