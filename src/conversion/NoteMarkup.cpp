@@ -37,6 +37,8 @@ namespace {
 constexpr std::string_view kNoteName = "en-note";
 constexpr std::string_view kNoteOpening = "<en-note>";
 constexpr std::string_view kNoteClosing = "</en-note>";
+constexpr std::string_view kTodoOpening = "<en-todo"; // and what else begins so
+constexpr std::string_view kCryptOpening = "<en-crypt";
 
 constexpr std::string_view kInvalidTodoTag = platform::localizable("Invalid todo tag.");
 constexpr std::string_view kInvalidCryptTag = platform::localizable("Invalid crypt tag.");
@@ -85,7 +87,7 @@ Result<bool> isTicked(std::string_view tag) {
 
 // What stands inside the tag goes with it.
 Result<std::string> replaceTodoTags(std::string markup) {
-    TagRewriting todo = tagEndingIn("<en-todo", "/en-todo>", kInvalidTodoTag);
+    TagRewriting todo = tagEndingIn(kTodoOpening, "/en-todo>", kInvalidTodoTag);
     todo.replace = [](std::string_view tag, std::string& out) -> Result<> {
         const bool isOn = TRY(isTicked(tag));
         out += platform::utf8FromUTF16(isOn ? QLTChecklistOnValueReplacementString
@@ -97,7 +99,7 @@ Result<std::string> replaceTodoTags(std::string markup) {
 
 // The cipher text is never decrypted, only checked to be one well-formed element.
 Result<std::string> replaceCryptTags(std::string markup) {
-    TagRewriting crypt = tagEndingIn("<en-crypt", "</en-crypt>", kInvalidCryptTag);
+    TagRewriting crypt = tagEndingIn(kCryptOpening, "</en-crypt>", kInvalidCryptTag);
     crypt.replace = [](std::string_view tag, std::string& out) -> Result<> {
         TRY(XMLElement::initWithXMLString(tag));
         out += kEncryptedReplacement;
@@ -142,17 +144,17 @@ struct Rewritable {
     bool innerNotes = false, media = false, todos = false, crypts = false;
 };
 
-// What holds text that only looks like tags may hold all of it.
 Rewritable rewritableIn(const XMLElement& note) {
     Rewritable found;
     platform::forEachNodeInOrder(note, [&](const XMLNode& node, NodeEdge edge) {
-        if (edge == NodeEdge::leaf && node.kind() != XMLNodeKind::text) found = {true, true, true, true};
+        // Of text that only looks like tags, as in a comment, note tags alone are taken out.
+        if (edge == NodeEdge::leaf && node.kind() != XMLNodeKind::text) found.innerNotes = true;
         const std::string_view name = node.name();
         if (edge != NodeEdge::enter || !name.starts_with("en-")) return;
         found.innerNotes = found.innerNotes || (&node != &note && name == kNoteName);
         found.media = found.media || name == "en-media";
-        found.todos = found.todos || name.starts_with("en-todo");
-        found.crypts = found.crypts || name.starts_with("en-crypt");
+        found.todos = found.todos || name.starts_with(kTodoOpening.substr(1));
+        found.crypts = found.crypts || name.starts_with(kCryptOpening.substr(1));
     });
     return found;
 }

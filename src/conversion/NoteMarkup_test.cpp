@@ -89,6 +89,7 @@ TEST_F(NoteMarkup, LosesOnlyABareNoteTag) {
 TEST_F(NoteMarkup, LosesBareNoteTagsInsideToo) {
     EXPECT_EQ(innerText("<en-note>a<div><en-note>b</en-note></div>c</en-note>"), "a<div>b</div>c");
     EXPECT_EQ(innerText("<en-note><en-note x='1'>b</en-note></en-note>"), "<en-note x=\"1\">b");
+    EXPECT_EQ(innerText("<en-note>a<!-- <en-note>b</en-note> --></en-note>"), "a<!-- b -->");
 }
 
 TEST_F(NoteMarkup, WithAnUnbalancedNoteTagMakesAPage) {
