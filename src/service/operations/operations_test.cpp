@@ -130,6 +130,43 @@ TEST(OperationQueueWaits, WaitsForABlockOnAnotherQueue) {
     EXPECT_TRUE(ranElsewhere);
 }
 
+TEST(OperationQueueWaits, RunWhatIsForMeanwhileWhileTheQueueWorks) {
+    OperationQueue queue;
+    std::atomic<bool> ranMeanwhile = false;
+    addOperationWithBlockAndWaitUntilFinished(
+        queue, [&] { ranMeanwhile.wait(false); }, // would never end if it had to end first
+        [&] {
+            EXPECT_TRUE(platform::isMainThread());
+            ranMeanwhile = true;
+            ranMeanwhile.notify_one();
+        });
+    EXPECT_TRUE(ranMeanwhile);
+}
+
+TEST(OperationQueueWaits, WaitForTheBlockThoughWhatRunsMeanwhileThrows) {
+    OperationQueue queue;
+    std::atomic<bool> thrown = false, ended = false;
+    const auto block = [&] {
+        thrown.wait(false);
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        ended = true;
+    };
+    const auto throwing = [&] {
+        thrown = true;
+        thrown.notify_one();
+        throw std::runtime_error("meanwhile");
+    };
+    EXPECT_THROW(addOperationWithBlockAndWaitUntilFinished(queue, block, throwing), std::runtime_error);
+    EXPECT_TRUE(ended);
+}
+
+TEST(OperationQueueWaits, RunTheBlockFirstWhereTheCallerWouldWaitForItself) {
+    std::string order;
+    addOperationWithBlockAndWaitUntilFinished(
+        OperationQueue::mainQueue(), [&] { order += "block "; }, [&] { order += "meanwhile"; });
+    EXPECT_EQ(order, "block meanwhile");
+}
+
 TEST(OperationQueueWaits, HandsABlockFromAWorkerToTheMainThread) {
     OperationQueue queue;
     bool onMain = false;
