@@ -33,6 +33,12 @@ class FileDescriptor {
     int descriptor_ = -1;
 };
 
+// A file that has been made but not been filled yet.
+struct EmptyFile {
+    std::string name;
+    FileDescriptor descriptor; // for writing
+};
+
 // openat with O_CLOEXEC, begun again when a signal interrupts it; -1 and errno on failure.
 FileDescriptor openAt(int directory, const char* name, int flags, unsigned mode = 0);
 

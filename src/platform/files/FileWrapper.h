@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -19,6 +20,7 @@
 namespace platform {
 
 class URL;
+struct EmptyFile;
 
 // The file attributes that travel with a wrapper.
 struct FileAttributes {
@@ -68,8 +70,9 @@ class FileWrapper {
     Result<> writeToURL(const URL& url) const;
     // The same, under a name in an open directory; `directoryPath` is for errors.
     Result<> writeToDirectory(int directory, std::string_view name, std::string_view directoryPath) const;
-    // A directory wrapper's children into an open, empty directory. On failure what was written stays.
-    Result<> writeChildren(int directory, std::string_view directoryPath) const;
+    // A directory wrapper's children into an open directory that is empty but for the empty files, which become the
+    // children of their names. On failure what was written stays.
+    Result<> writeChildren(int directory, std::string_view directoryPath, std::span<EmptyFile> emptyFiles = {}) const;
 
   private:
     struct KeyHash {

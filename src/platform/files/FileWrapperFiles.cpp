@@ -155,6 +155,9 @@ Result<FileDescriptor> createEntry(int directory, const std::string& name, const
 
 class TreeWriter {
   public:
+    // The empty files lie in the outermost directory.
+    explicit TreeWriter(std::span<EmptyFile> emptyFiles) : emptyFiles_(emptyFiles) {}
+
     // The directory stays its caller's.
     Result<> writeChildren(const FileWrapper& root, int directory, std::string path) {
         stack_.push_back({{}, directory, std::move(path), &root, 0});
@@ -185,7 +188,8 @@ class TreeWriter {
     Result<> writeEntry(int directory, const std::string& name, const FileWrapper& wrapper,
                         std::string_view directoryPath) {
         const std::string path = joinedPath(directoryPath, name);
-        FileDescriptor descriptor = TRY(createEntry(directory, name, wrapper, path));
+        FileDescriptor descriptor = takeEmptyFile(name);
+        if (!descriptor) descriptor = TRY(createEntry(directory, name, wrapper, path));
         if (wrapper.isDirectory()) {
             if (stack_.size() == kMaximumDepth) return failure(tooDeep(FileAccess::writing, path));
             const int own = descriptor.get();
@@ -197,6 +201,13 @@ class TreeWriter {
         return {};
     }
 
+    FileDescriptor takeEmptyFile(std::string_view name) {
+        if (stack_.size() != 1) return {};
+        const auto found = std::ranges::find(emptyFiles_, name, &EmptyFile::name);
+        return found == emptyFiles_.end() ? FileDescriptor() : std::move(found->descriptor);
+    }
+
+    std::span<EmptyFile> emptyFiles_;
     std::vector<Level> stack_;
 };
 
@@ -206,8 +217,9 @@ Result<std::shared_ptr<FileWrapper>> FileWrapper::readingURL(const URL& url) {
     return TreeReader().read(url.path());
 }
 
-Result<> FileWrapper::writeChildren(int directory, std::string_view directoryPath) const {
-    return TreeWriter().writeChildren(*this, directory, std::string(directoryPath));
+Result<> FileWrapper::writeChildren(int directory, std::string_view directoryPath,
+                                    std::span<EmptyFile> emptyFiles) const {
+    return TreeWriter(emptyFiles).writeChildren(*this, directory, std::string(directoryPath));
 }
 
 Result<> FileWrapper::writeToDirectory(int directory, std::string_view name, std::string_view directoryPath) const {

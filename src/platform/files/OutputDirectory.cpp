@@ -1,5 +1,6 @@
 #include "platform/files/OutputDirectory.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <limits>
@@ -76,7 +77,7 @@ PendingOutput::PendingOutput(int directory, std::string directoryPath, std::stri
 PendingOutput::PendingOutput(PendingOutput&& other) noexcept
     : directory_(other.directory_), directoryPath_(std::move(other.directoryPath_)),
       temporaryName_(std::exchange(other.temporaryName_, {})), descriptor_(std::move(other.descriptor_)),
-      isDirectory_(other.isDirectory_) {}
+      emptyFiles_(std::move(other.emptyFiles_)), isDirectory_(other.isDirectory_) {}
 
 PendingOutput::~PendingOutput() {
     if (!temporaryName_.empty()) (void)removeTree(directory_, temporaryName_, directoryPath_);
@@ -91,8 +92,26 @@ Result<> PendingOutput::write(std::string_view bytes) {
     return writeAll(descriptor_.get(), bytes, path());
 }
 
+void PendingOutput::createEmptyFiles(std::span<const std::string_view> names) {
+    emptyFiles_.reserve(names.size());
+    for (const std::string_view name : names) {
+        EmptyFile file{std::string(name), {}};
+        file.descriptor = makeEntry(descriptor_.get(), file.name, false, FileAttributes().posixPermissions);
+        if (file.descriptor) emptyFiles_.push_back(std::move(file));
+    }
+}
+
 Result<> PendingOutput::writeChildren(const FileWrapper& from) {
-    return from.writeChildren(descriptor_.get(), path());
+    const auto isUnfit = [&](const EmptyFile& file) {
+        const auto child = from.childNamed(file.name);
+        return !child || child->isDirectory() ||
+               child->fileAttributes().posixPermissions != FileAttributes().posixPermissions;
+    };
+    const auto unfit = std::ranges::stable_partition(emptyFiles_, std::not_fn(isUnfit));
+    for (const EmptyFile& file : unfit) TRY(removeTree(descriptor_.get(), file.name, path()));
+    Result<> written = from.writeChildren(descriptor_.get(), path(), std::span(emptyFiles_.begin(), unfit.begin()));
+    emptyFiles_.clear();
+    return written;
 }
 
 Result<> PendingOutput::moveIntoPlace(std::string_view name) {

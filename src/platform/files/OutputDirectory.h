@@ -7,9 +7,11 @@
 
 #include <cstddef>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "platform/base/Result.h"
 #include "platform/files/FileDescriptor.h"
@@ -31,8 +33,12 @@ class PendingOutput {
     // What errors name as the place, and what APIs that need a path may use.
     std::string path() const { return joinedPath(directoryPath_, temporaryName_); }
 
-    Result<> write(std::string_view bytes);          // appends to the file
-    Result<> writeChildren(const FileWrapper& from); // into the package
+    Result<> write(std::string_view bytes); // appends to the file
+    // Makes empty files in the package for children of these names, so that their contents alone are missing. One that
+    // cannot be made is left to writeChildren, which tells why.
+    void createEmptyFiles(std::span<const std::string_view> names);
+    // Into the package. Empty files that the wrapper has no children for are removed.
+    Result<> writeChildren(const FileWrapper& from);
 
     // Moves the output to its name. When the name is taken (516), or the move fails otherwise, the output is still
     // pending and another name may be tried. A name that is not one path component is refused (514).
@@ -50,6 +56,7 @@ class PendingOutput {
     std::string directoryPath_;
     std::string temporaryName_; // "" when settled
     FileDescriptor descriptor_;
+    std::vector<EmptyFile> emptyFiles_;
     bool isDirectory_;
 };
 

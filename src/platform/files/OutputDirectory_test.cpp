@@ -1,5 +1,6 @@
 #include "platform/files/OutputDirectory.h"
 
+#include <array>
 #include <cerrno>
 
 #include <fcntl.h>
@@ -76,6 +77,35 @@ TEST(OutputDirectory, MovesAPackageIntoPlace) {
     ASSERT_TRUE(output->moveIntoPlace("Note.qltnote"));
     EXPECT_EQ(tests::readFile(scratch / "Note.qltnote" / "TXT.rtf"), "x");
     EXPECT_EQ(entriesIn(scratch.path()), 1U);
+}
+
+TEST(OutputDirectory, FillsTheEmptyFilesOfAPackageAndRemovesTheOthers) {
+    const tests::ScratchDirectory scratch;
+    OutputDirectory directory = opened(scratch.path());
+    auto output = directory.createPackage();
+    ASSERT_TRUE(output);
+    constexpr std::array<std::string_view, 6> kNames{"filled", "absent", "directory", "private", "filled", "a/b"};
+    output->createEmptyFiles(kNames); // the second of one name cannot be made, nor what is no name
+    EXPECT_EQ(entriesIn(output->path()), 4U);
+    const auto file = [](std::string_view text) { return FileWrapper::regularFile(Data(std::string(text))); };
+    const auto ownersOnly = file("p");
+    ownersOnly->setFileAttributes({.modificationDate = {}, .posixPermissions = 0600});
+    ASSERT_TRUE(output->writeChildren(*FileWrapper::directory({
+        {"more", file("m")},
+        {"filled", file("f")},
+        {"directory", FileWrapper::directory({{"filled", file("inner")}})},
+        {"private", ownersOnly},
+    })));
+    ASSERT_TRUE(output->moveIntoPlace("Note.qltnote"));
+    const auto note = scratch / "Note.qltnote";
+    EXPECT_EQ(entriesIn(note), 4U);
+    EXPECT_EQ(tests::readFile(note / "filled"), "f");
+    EXPECT_EQ(tests::readFile(note / "more"), "m");
+    EXPECT_EQ(tests::readFile(note / "directory" / "filled"), "inner");
+    EXPECT_EQ(tests::readFile(note / "private"), "p");
+    EXPECT_EQ(std::filesystem::status(note / "private").permissions(), std::filesystem::perms(0600));
+    EXPECT_EQ(std::filesystem::status(note / "filled").permissions(),
+              std::filesystem::status(note / "more").permissions());
 }
 
 TEST(OutputDirectory, RefusesNamesThatLeaveTheDirectory) {
