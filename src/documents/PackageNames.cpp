@@ -1,7 +1,6 @@
 #include "documents/PackageNames.h"
 
 #include <algorithm>
-#include <array>
 #include <set>
 #include <string>
 #include <string_view>
@@ -32,8 +31,8 @@ bool equalIgnoringASCIICase(std::string_view a, std::string_view b) {
 }
 
 bool hidesPackageEntry(std::string_view name) {
-    constexpr std::array kEntries{kRTFDTextEntry, kNoteTextEntry, kNoteAttributesEntry};
-    return std::ranges::any_of(kEntries, [&](std::string_view entry) { return equalIgnoringASCIICase(name, entry); });
+    return std::ranges::any_of(kPackageEntries,
+                               [&](std::string_view entry) { return equalIgnoringASCIICase(name, entry); });
 }
 
 std::string safeComponent(std::string_view name) {

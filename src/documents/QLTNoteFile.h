@@ -2,6 +2,7 @@
 // as an exact archive, with a property list of note attributes and the attachments' files.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -33,6 +34,8 @@ enum QLTNoteFileErrorCode : std::int64_t {
 inline constexpr std::string_view kNoteTextEntry = "NoteText";
 inline constexpr std::string_view kNoteAttributesEntry = "NoteAttributes";
 inline constexpr std::string_view kRTFDTextEntry = "TXT.rtf";
+// The files of every package.
+inline constexpr std::array kPackageEntries{kRTFDTextEntry, kNoteTextEntry, kNoteAttributesEntry};
 
 class QLTNoteFile {
   public:

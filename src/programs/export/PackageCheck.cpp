@@ -1,5 +1,6 @@
 #include "programs/export/PackageCheck.h"
 
+#include <algorithm>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -127,8 +128,7 @@ class PackageCheck {
 
     void checkFilesNobodyNames() {
         for (const auto& [name, child] : package_.fileWrappers())
-            if (name != kRTFDTextEntry && name != kNoteTextEntry && name != kNoteAttributesEntry &&
-                !named_.contains(name))
+            if (std::ranges::find(kPackageEntries, name) == kPackageEntries.end() && !named_.contains(name))
                 report(name, "is not named in the text");
     }
 
