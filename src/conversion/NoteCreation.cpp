@@ -1,6 +1,7 @@
 #include "conversion/NoteCreation.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "conversion/ConversionErrors.h"
@@ -82,19 +83,29 @@ Result<URL> createNoteForElement(EvernoteXMLItem& item, NoteScratch& scratch, No
                                  const platform::XMLElement& noteElement) {
     NotePage page =
         TRY(notePageFromNoteElement(item, scratch, noteElement, UseInlineImages::yes, ConvertDividers::yes));
-    ImportedPage imported = TRY(importRichText(scratch, page));
-    if (!imported.text) return keepPage(item, output, page, *imported.readerError);
-
+    // The disk gets to work while the page is read.
+    std::optional<Result<BegunPackage>> package;
+    const auto beginPackage = [&] {
+        const auto name = withExtension(titleForFileName(item), QLTNoteFileExtension);
+        package.emplace(
+            output.beginPackage(stringSanitizedForFileName(name), resourceValuesForItem(item), kPackageEntries));
+    };
+    ImportedPage imported = TRY(importRichText(scratch, page, beginPackage));
+    if (!imported.text) {
+        package.reset();
+        return keepPage(item, output, page, *imported.readerError);
+    }
     QLTNoteFile note;
     note.setNoteText(*std::move(imported.text));
-    const std::u16string name = stringSanitizedForFileName(withExtension(titleForFileName(item), QLTNoteFileExtension));
-    return output.writePackage(name, *TRY(note.fileWrapper()), resourceValuesForItem(item));
+    const auto contents = TRY(note.fileWrapper());
+    return output.finishPackage(TRY(*std::move(package)), *contents);
 }
 
 Result<URL> createHTMLForElement(EvernoteXMLItem& item, NoteScratch& scratch, NoteOutput& output,
                                  const platform::XMLElement& noteElement) {
     if (!allResourcesAreImages(item)) return platform::failure(noPageError());
     NotePage page = TRY(notePageFromNoteElement(item, scratch, noteElement, UseInlineImages::yes, ConvertDividers::no));
+    TRY(page.parse());
     const platform::XMLDocument document =
         TRY(platform::XMLDocument::initWithXMLString(page.markup(), platform::XMLDocumentParsing::tidyHTML));
     const std::string markup = TRY(page.images.filledIn(document.page()));

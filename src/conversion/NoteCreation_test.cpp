@@ -9,7 +9,9 @@
 #include "conversion/ConversionErrors.h"
 #include "conversion/NoteOutput.h"
 #include "conversion/NoteScratch.h"
+#include "documents/QLTNoteFile.h"
 #include "platform/base/Error.h"
+#include "platform/files/FileWrapper.h"
 #include "platform/files/ResourceValues.h"
 #include "tests/support/NoteFixture.h"
 
@@ -350,6 +352,43 @@ TEST_F(NoteCreation, FailsWithoutADestination) {
     EXPECT_TRUE(output.flush());
     output.overwriteLog("a.log", "x"); // no error
     EXPECT_FALSE(std::filesystem::exists(scratch_ / "nowhere"));
+}
+
+TEST_F(NoteCreation, FinishesAPackageUnderTheNextNameWhenItsOwnWasTakenMeanwhile) {
+    NoteOutput output(destinationURL());
+    platform::ResourceValues values;
+    values.contentModificationDate = Date::fromUnixTime(1'650'000'000);
+    auto package = output.beginPackage(u"Note.qltnote", values, kPackageEntries);
+    ASSERT_TRUE(package);
+    EXPECT_EQ(package->freeName, "Note.qltnote");
+    tests::writeFile(destination_ / "Note.qltnote", "somebody's");
+    const auto text = platform::FileWrapper::regularFile(platform::Data(std::string("text")));
+    const auto finished =
+        output.finishPackage(*std::move(package), *platform::FileWrapper::directory({{"NoteText", text}}));
+    EXPECT_EQ(shown(finished), "Note 1.qltnote");
+    EXPECT_EQ(tests::readFile(destination_ / "Note.qltnote"), "somebody's");
+    EXPECT_EQ(namesIn(destination_ / "Note 1.qltnote"), std::vector<std::string>{"NoteText"});
+    EXPECT_EQ(valuesOf("Note 1.qltnote").contentModificationDate, values.contentModificationDate);
+    EXPECT_EQ(valuesOf("Note 1.qltnote").isPackage, true);
+}
+
+TEST_F(NoteCreation, LeavesNothingOfAPackageThatIsNotFinished) {
+    NoteOutput output(destinationURL());
+    {
+        const auto package = output.beginPackage(u"Note.qltnote", {}, kPackageEntries);
+        ASSERT_TRUE(package);
+        EXPECT_EQ(outputs().size(), 1U);
+    }
+    EXPECT_TRUE(outputs().empty());
+}
+
+TEST_F(NoteCreation, FailsForAPageThatCannotBeParsed) {
+    environment_->dataDirectory = scratch_.path().string();
+    tests::writeFile(scratch_ / "Template.html", "");
+    const auto made = make(createNoteForElement, "<en-note>x</en-note>");
+    ASSERT_FALSE(made); // not kept as a page: there is none
+    EXPECT_TRUE(outputs().empty());
+    EXPECT_EQ(made.error().code, make(createHTMLForElement, "<en-note>x</en-note>").error().code);
 }
 
 TEST_F(NoteCreation, RefusesNamesThatLeadElsewhere) {

@@ -199,9 +199,7 @@ Result<NotePage> notePageFromNoteElement(EvernoteXMLItem& item, NoteScratch& scr
     if (rewritable.crypts) markup = TRY(replaceCryptTags(std::move(markup)));
     markup = fixShapes(markup, convertDividers);
 
-    const std::string poured = TRY(filledTemplate(item.title, markup));
-    page.setDocument(TRY(XMLDocument::initWithXMLString(poured, XMLDocumentParsing::tidyHTML)));
-    if (!page.document().rootElement()) return platform::failure(noPageError());
+    page.setSource(TRY(filledTemplate(item.title, markup)));
     return page;
 }
 
@@ -209,6 +207,7 @@ Result<std::string> noteXHTMLStringFromNoteElement(EvernoteXMLItem& item, NoteSc
                                                    const XMLElement& noteElement, UseInlineImages useInlineImages,
                                                    ConvertDividers convertDividers) {
     NotePage page = TRY(notePageFromNoteElement(item, scratch, noteElement, useInlineImages, convertDividers));
+    TRY(page.parse());
     return page.images.filledIn(page.markup());
 }
 

@@ -43,7 +43,7 @@ platform::Result<std::string> noteXHTMLStringFromNoteElement(EvernoteXMLItem& it
                                                              UseInlineImages useInlineImages,
                                                              ConvertDividers convertDividers);
 
-// The same page with its inline images still in their slots.
+// The same page, still to be parsed, with its inline images in their slots.
 platform::Result<NotePage> notePageFromNoteElement(EvernoteXMLItem& item, NoteScratch& scratch,
                                                    const platform::XMLElement& noteElement,
                                                    UseInlineImages useInlineImages, ConvertDividers convertDividers);

@@ -434,6 +434,7 @@ TEST_F(NoteMarkup, IsLinearInMediaCheckboxesAndLists) {
     NotePage made = notePageFromNoteElement(item_, *scratchDirectory_, *document.rootElement(), UseInlineImages::yes,
                                             ConvertDividers::yes)
                         .value();
+    ASSERT_TRUE(made.parse());
     EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 60);
     EXPECT_GT(made.markup().size(), 1'000'000U);
 }

@@ -2,19 +2,32 @@
 // under a name that nothing had before.
 #pragma once
 
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/base/Result.h"
 #include "platform/files/OutputDirectory.h"
+#include "platform/files/ResourceValues.h"
 #include "platform/foundation/URL.h"
 
 namespace platform {
 class FileWrapper;
-struct ResourceValues;
-} // namespace platform
+}
 
 namespace quillet {
+
+// A package that has its attributes and empty files but no contents, still under its hidden name. Removed unless it is
+// finished.
+struct BegunPackage {
+    platform::PendingOutput output;
+    std::u16string name;
+    std::string freeName; // under which it will appear if nothing takes it before
+    std::optional<platform::Date> modificationDate;
+    std::vector<platform::RefusedAttribute> refused;
+};
 
 class NoteOutput {
   public:
@@ -30,8 +43,11 @@ class NoteOutput {
     // are one line of the system log.
     platform::Result<platform::URL> writeFile(std::u16string_view name, std::string_view bytes,
                                               const platform::ResourceValues& values);
-    platform::Result<platform::URL> writePackage(std::u16string_view name, const platform::FileWrapper& package,
-                                                 const platform::ResourceValues& values);
+    // The same in two steps, for a package: all that the file system has to do for it but to take its contents, of
+    // which it is enough to know the names of some files, can be done while they are still being made.
+    platform::Result<BegunPackage> beginPackage(std::u16string name, const platform::ResourceValues& values,
+                                                std::span<const std::string_view> files);
+    platform::Result<platform::URL> finishPackage(BegunPackage package, const platform::FileWrapper& contents);
 
     // Makes the text the whole content of the log file of that name; failing to is no error.
     void overwriteLog(std::string_view name, std::string_view text);
@@ -40,8 +56,8 @@ class NoteOutput {
     platform::Result<> flush();
 
   private:
-    platform::Result<platform::URL> publish(platform::PendingOutput pending, std::u16string_view name,
-                                            const platform::ResourceValues& values);
+    platform::Result<platform::URL> publish(platform::PendingOutput pending, std::u16string_view name, std::string free,
+                                            const std::vector<platform::RefusedAttribute>& refused);
     platform::URL urlOf(std::string_view name) const;
 
     platform::URL url_;

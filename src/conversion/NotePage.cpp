@@ -5,6 +5,7 @@
 
 #include <fmt/core.h>
 
+#include "conversion/ConversionErrors.h"
 #include "conversion/MarkupScan.h"
 #include "enex/EvernoteXMLResource.h"
 #include "platform/foundation/Base64.h"
@@ -55,6 +56,13 @@ Result<std::string> InlineImages::filledIn(std::string markup) const {
                             return {};
                         },
                         .missingEnd = nullptr});
+}
+
+Result<> NotePage::parse() {
+    const std::string source = std::exchange(source_, {});
+    document_ = TRY(platform::XMLDocument::initWithXMLString(source, platform::XMLDocumentParsing::tidyHTML));
+    if (!document_.rootElement()) return platform::failure(noPageError());
+    return {};
 }
 
 const std::string& NotePage::markup() {

@@ -42,10 +42,14 @@ class InlineImages {
 // Most pages are read from their tree; only one that is not gets printed.
 class NotePage {
   public:
-    // Of the note, as InlineImages wants it.
+    // The identifier is the note's, as InlineImages wants it.
     explicit NotePage(std::string_view identifier) : images(identifier) {}
 
-    void setDocument(platform::XMLDocument document) { document_ = std::move(document); }
+    // The markup that the page is made of, in any state.
+    void setSource(std::string source) { source_ = std::move(source); }
+    // Makes the tree, for which the source is used up; the page is of no use before. Errors: the parser's, and 1002 for
+    // a source without any element.
+    platform::Result<> parse();
     // What the markup is printed from; empty once it has been printed.
     const platform::XMLDocument& document() const { return document_; }
 
@@ -55,6 +59,7 @@ class NotePage {
     InlineImages images;
 
   private:
+    std::string source_;
     platform::XMLDocument document_;
     std::string markup_;
 };

@@ -54,23 +54,40 @@ platform::Error readerError(const std::exception& exception) {
                                             exception.what());
 }
 
+// On the main thread.
+Result<ImportedPage> readPage(NotePage& page, const platform::HTMLReadOptions& options) {
+    TRY(page.parse());
+    try {
+        auto tree = platform::HTMLDocument::fromPrintedPage(page.document());
+        // The two trees of a large page would take too much memory.
+        if (!tree || tree->size() > kManyNodes) page.markup();
+        auto read = tree ? platform::attributedStringFromHTMLDocument(*std::move(tree), options)
+                         : platform::attributedStringFromHTMLData(page.markup(), options);
+        if (!read) return ImportedPage{std::nullopt, std::move(read).error()};
+        return ImportedPage{std::move(read->text), std::nullopt};
+    } catch (const std::exception& exception) { // memory that runs out, for one: the page itself may still be kept
+        return ImportedPage{std::nullopt, readerError(exception)};
+    }
+}
+
 // HTML is read on the main thread only; this thread waits for it.
-Result<platform::HTMLDocumentText> readPageOnMainQueue(NotePage& page, const platform::URL& directory) {
+Result<ImportedPage> readPageOnMainQueue(NotePage& page, const platform::URL& directory,
+                                         const std::function<void()>& meanwhile) {
     platform::HTMLReadOptions options;
     options.baseURL = directory;
     options.readAccessURL = directory;
     options.resourceForURL = [&page](std::string_view address) { return imageBehind(page.images, address); };
-    auto tree = platform::HTMLDocument::fromPrintedPage(page.document());
-    if (!tree || tree->size() > kManyNodes) page.markup(); // the two trees of a large page would take too much memory
-    std::optional<Result<platform::HTMLDocumentText>> read;
-    addOperationWithBlockAndWaitUntilFinished(platform::OperationQueue::mainQueue(), [&] {
+    std::optional<Result<ImportedPage>> read;
+    std::exception_ptr thrown;
+    const auto readOrCatch = [&] {
         try {
-            read = tree ? platform::attributedStringFromHTMLDocument(*std::move(tree), options)
-                        : platform::attributedStringFromHTMLData(page.markup(), options);
-        } catch (const std::exception& exception) { // memory that runs out, for one: no reason to end the main thread
-            read = platform::failure(readerError(exception));
+            read.emplace(readPage(page, options));
+        } catch (...) { // the note's to end of, not the main thread's
+            thrown = std::current_exception();
         }
-    });
+    };
+    addOperationWithBlockAndWaitUntilFinished(platform::OperationQueue::mainQueue(), readOrCatch, meanwhile);
+    if (thrown) std::rethrow_exception(thrown);
     return *std::move(read);
 }
 
@@ -154,14 +171,15 @@ void replaceDividerMarkers(AttributedString& text) {
     text.applyEdits(edits);
 }
 
-Result<ImportedPage> importRichText(const NoteScratch& scratch, NotePage& page) {
-    Result<platform::HTMLDocumentText> read = readPageOnMainQueue(page, scratch.url());
-    if (!read) return ImportedPage{std::nullopt, std::move(read).error()};
-    AttributedString text = std::move(read->text);
+Result<ImportedPage> importRichText(const NoteScratch& scratch, NotePage& page,
+                                    const std::function<void()>& meanwhile) {
+    ImportedPage imported = TRY(readPageOnMainQueue(page, scratch.url(), meanwhile));
+    if (!imported.text) return imported;
+    AttributedString& text = *imported.text;
     TRY(replaceAttachmentMarkers(text, scratch));
     replaceCheckboxMarkers(text);
     replaceDividerMarkers(text);
-    return ImportedPage{std::move(text), std::nullopt};
+    return imported;
 }
 
 } // namespace quillet

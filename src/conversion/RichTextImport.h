@@ -1,6 +1,7 @@
 // From a note's page to its rich text: the page is read on the main thread, then the markers in it become objects.
 #pragma once
 
+#include <functional>
 #include <optional>
 
 #include "conversion/NotePage.h"
@@ -19,9 +20,10 @@ struct ImportedPage {
 };
 
 // Reads the page, as one that lies in the scratch directory, and puts attachments in the place of markers. The page
-// goes to the reader in memory, since nobody else would read a file of it; its document is used up. Error: an
-// attachment that a marker names is not there.
-platform::Result<ImportedPage> importRichText(const NoteScratch& scratch, NotePage& page);
+// goes to the reader in memory, since nobody else would read a file of it; its document is used up. `meanwhile` runs on
+// the calling thread while the main thread reads. Error: an attachment that a marker names is not there.
+platform::Result<ImportedPage> importRichText(const NoteScratch& scratch, NotePage& page,
+                                              const std::function<void()>& meanwhile);
 
 // The steps on the text itself, in the order in which they run.
 platform::Result<> replaceAttachmentMarkers(platform::AttributedString& text, const NoteScratch& scratch);

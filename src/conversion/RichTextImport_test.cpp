@@ -64,7 +64,7 @@ class RichTextImport : public NoteFixture {
         NotePage page = notePageFromNoteElement(item_, *scratchDirectory_, *noteDocument(markup).rootElement(),
                                                 UseInlineImages::yes, ConvertDividers::yes)
                             .value();
-        return importRichText(*scratchDirectory_, page);
+        return importRichText(*scratchDirectory_, page, [] {});
     }
     std::string imported(std::string_view markup) {
         const auto made = import(markup);
