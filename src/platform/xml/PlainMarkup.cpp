@@ -47,11 +47,11 @@ struct Reference {
 constexpr Reference kReferences[] = {{"&amp;", "&"}, {"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}};
 
 // The character of a reference by number ("&#160;", "&#xA0;") at the start of the text, with the reference's length.
-struct Numbered {
+struct CharacterReference {
     std::string character;
     std::size_t length;
 };
-std::optional<Numbered> numbered(std::string_view text) {
+std::optional<CharacterReference> characterReference(std::string_view text) {
     const bool isHexadecimal = text.starts_with("&#x");
     const std::size_t start = isHexadecimal ? 3 : 2;
     std::uint32_t value = 0;
@@ -59,8 +59,8 @@ std::optional<Numbered> numbered(std::string_view text) {
         std::from_chars(text.data() + start, text.data() + text.size(), value, isHexadecimal ? 16 : 10);
     if (error != std::errc() || end == text.data() + text.size() || *end != ';') return std::nullopt;
     if (value < ' ' || value > 0xFFFF || (value >= 0xD800 && value < 0xE000) || value >= 0xFFF0) return std::nullopt;
-    return Numbered{utf8FromUTF16(std::u16string(1, static_cast<char16_t>(value))),
-                    static_cast<std::size_t>(end - text.data()) + 1};
+    return CharacterReference{utf8FromUTF16(std::u16string(1, static_cast<char16_t>(value))),
+                              static_cast<std::size_t>(end - text.data()) + 1};
 }
 
 enum class Language : std::uint8_t { xml, html };
@@ -131,10 +131,10 @@ class PlainReader {
                 piece(known->character);
                 text.remove_prefix(known->name.size());
             } else if (language_ == Language::xml && text.starts_with("&#")) {
-                const auto number = numbered(text);
-                if (!number) return false;
-                piece(number->character);
-                text.remove_prefix(number->length);
+                const auto reference = characterReference(text);
+                if (!reference) return false;
+                piece(reference->character);
+                text.remove_prefix(reference->length);
             } else {
                 return false;
             }
