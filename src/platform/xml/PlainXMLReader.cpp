@@ -64,9 +64,12 @@ bool PlainXMLReader::takeDocumentType() {
     std::optional<std::string_view> publicID, systemID;
     if (name.empty()) return false;
     if (skipBlanks() && rest_.starts_with('P')) {
-        if (!skip("PUBLIC ") || !(publicID = takeQuoted()) || !skip(" ") || !(systemID = takeQuoted())) return false;
+        publicID = skip("PUBLIC ") ? takeQuoted() : std::nullopt;
+        systemID = publicID && skip(" ") ? takeQuoted() : std::nullopt;
+        if (!systemID) return false;
     } else if (rest_.starts_with('S')) {
-        if (!skip("SYSTEM ") || !(systemID = takeQuoted())) return false;
+        systemID = skip("SYSTEM ") ? takeQuoted() : std::nullopt;
+        if (!systemID) return false;
     }
     const auto isPlain = [](std::optional<std::string_view> text) {
         return std::ranges::all_of(text.value_or(""), [](char c) {
