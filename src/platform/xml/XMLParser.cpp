@@ -196,6 +196,7 @@ struct XMLParser::Machine {
 
     // Levels below the third (an undeclared prefix or entity) do not make the document unreadable.
     void report(const xmlError& problem) {
+        if (aborted) return; // the library stops with the next event only
         if (problem.level != XML_ERR_FATAL) {
             systemLog(
                 errorAt(problem.code, oneLine(problem.message), problem.line, problem.int2).localizedDescription());

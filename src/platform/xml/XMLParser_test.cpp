@@ -160,6 +160,30 @@ TEST_F(XMLParserEvents, KeepWhatTheyToldWhenTheyAskForAnAbort) {
     }
 }
 
+// Whatever the library comes with next.
+TEST_F(XMLParserEvents, AreOverWithAnAbort) {
+    class All : public Recorder {
+        void parserFoundComment(XMLParser&, std::string_view text) override { events += fmt::format("#{}\n", text); }
+        void parserFoundProcessingInstructionWithTarget(XMLParser&, std::string_view target,
+                                                        std::string_view) override {
+            events += fmt::format("?{}\n", target);
+        }
+    };
+    for (const std::string_view next : {"", "t", "&amp;", "<!--c-->", "<?p d?>", "<![CDATA[d]]>", "<c/>", "&x;", "<"})
+        for (const std::string_view pieces : {"b", ""})
+            for (const std::size_t pieceSize : {std::size_t{1}, InputStream::kPieceSize}) {
+                All all;
+                all.abortAt = "b";
+                all.piecesIn = pieces;
+                const std::string xml = fmt::format("<!DOCTYPE a SYSTEM 'a.dtd'><a><b>{0}{0}</b></a>", next);
+                XMLParser parser(InputStream::inputStreamWithBytes(xml, pieceSize));
+                parser.setDelegate(&all);
+                EXPECT_FALSE(parser.parse());
+                EXPECT_EQ(all.events, "<a\n<b\n!512\n") << next;
+            }
+    EXPECT_TRUE(entries.empty());
+}
+
 TEST_F(XMLParserEvents, StopAfterAnAbortWithError512) {
     Recorder recorder;
     recorder.abortAt = "b";
