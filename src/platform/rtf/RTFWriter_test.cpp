@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "platform/files/FileWrapper.h"
@@ -162,6 +163,31 @@ TEST(RTFWriter, SaysTheFormattingOfALinkInEachParagraph) {
     EXPECT_EQ(body(all),
               "before {\\field{\\*\\fldinst{HYPERLINK \"https://a.example/\"}}{\\fldrslt \\ul \\ulc0 one\\\n}}"
               "{\\field{\\*\\fldinst{HYPERLINK \"https://a.example/\"}}{\\fldrslt \\ul \\ulc0 two}} after}");
+}
+
+// Addresses, markers and names of fonts are kept as UTF-8, and escaped like any other text.
+TEST(RTFWriter, EscapesWhatIsKeptInUTF8) {
+    const std::pair<std::u16string_view, std::string_view> addresses[] = {
+        {u"a:~ b", "a:~ b"},
+        {u"a:{x}", "a:\\{x\\}"},
+        {u"a:\\x\"\n", "a:%5Cx%22"},
+        {u"a:\u007F", "a:\\'7f"},
+        {u"a:\u00E9\u65E5", "a:\\'e9\\uc0\\u26085 "},
+        {u"a:sixteen bytes {", "a:sixteen bytes \\{"},
+    };
+    for (const auto& [address, written] : addresses)
+        EXPECT_TRUE(body(text(u"x", with(kLinkAttributeName, std::u16string(address))))
+                        .starts_with(fmt::format("{{\\field{{\\*\\fldinst{{HYPERLINK \"{}\"}}}}", written)))
+            << written;
+    const std::pair<std::string_view, std::string_view> markers[] = {
+        {"~", "~"}, {"\\", "\\\\"}, {"{", "\\{"}, {"}", "\\}"}, {"\u2022", "\\uc0\\u8226 "},
+    };
+    for (const auto& [format, written] : markers) {
+        ParagraphStyle style;
+        style.textLists = {std::make_shared<TextList>(std::string(format))};
+        const std::string all = rtf(text(u"x", styled(style)));
+        EXPECT_TRUE(all.contains(fmt::format("{{\\*\\levelmarker {}}}{{\\leveltext", written))) << all;
+    }
 }
 
 TEST(RTFWriter, KnowsTheDistanceFromTheRightEdgeOnly) {
