@@ -1,4 +1,7 @@
 // Archives written and read back, and read from forms that other writers make.
+#include <algorithm>
+#include <array>
+
 #include <gtest/gtest.h>
 
 #include "platform/archive/ArchivedFields.h"
@@ -127,6 +130,34 @@ TEST_F(KeyedArchiveTest, NumbersDepthFirstWithTheClassBehindItsFirstObject) {
         classNamed("Item"),
     });
     EXPECT_EQ(*list, expected);
+}
+
+// Keys are known by their addresses: here all have one, as literals whose places meet have nearly.
+TEST_F(KeyedArchiveTest, TellsKeysOfOneAddressApart) {
+    std::vector<std::string> names{"key", "ke", "k", "$key", "$$", std::string(39, 'x'), std::string(40, 'x')};
+    for (int i = 10; i < 40; ++i) names.push_back("key" + std::to_string(i));
+    for (int i = 0; i < 3; ++i) names.push_back("$" + std::to_string(i));
+    KeyedArchiver archiver(KeyedArchiver::Coding::plain);
+    std::array<char, 64> place{};
+    Dictionary fields;
+    const auto encodeAll = [&] {
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            std::ranges::copy(names[i], place.begin());
+            archiver.encodeInteger({place.data(), names[i].size()}, static_cast<std::int64_t>(i));
+            fields[(names[i].starts_with('$') ? "$" : "") + names[i]] = static_cast<std::int64_t>(i);
+        }
+    };
+    encodeAll();
+    archiver.encodePlace("object", archiver.addObject<ObjectDictionary>(encodeAll));
+    const auto archive = archiver.finish();
+    ASSERT_TRUE(archive);
+    const Value list = *propertyListFromData(archive->bytes());
+    const Dictionary& archived = *list.as<Dictionary>();
+    Dictionary top = fields, object = fields;
+    top["object"] = UID{1};
+    object["$class"] = UID{2};
+    EXPECT_EQ(archived.at("$top"), Value(top));
+    EXPECT_EQ((*archived.at("$objects").as<Array>())[1], Value(object));
 }
 
 TEST_F(KeyedArchiveTest, WritesTheSameObjectOnce) {

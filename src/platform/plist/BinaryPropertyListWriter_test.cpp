@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/plist/PropertyList.h"
+
 using platform::BinaryPropertyListWriter;
 using platform::Date;
 using namespace std::string_literals;
@@ -109,4 +111,18 @@ TEST(BinaryPropertyListWriter, WidensReferencesBeyond256Objects) {
     const std::string list = writer.finish(top);
     EXPECT_EQ(list.substr(kHeadSize, 6), "\xAF\x11\x01\x2C\0\x01"s);
     EXPECT_EQ(list[list.size() - kTrailerSize + 7], 2);
+}
+
+TEST(BinaryPropertyListWriter, WidensReferencesBeyond65536Objects) {
+    BinaryPropertyListWriter writer;
+    const auto top = writer.reserve();
+    std::vector<BinaryPropertyListWriter::Reference> elements;
+    for (std::int64_t i = 0; i < 65'536; ++i) elements.push_back(writer.integer(i));
+    writer.fillArray(top, elements);
+    const std::string list = writer.finish(top);
+    EXPECT_EQ(list.substr(kHeadSize, 14), "\xAF\x12\0\x01\0\0\0\0\0\x01\0\0\0\x02"s);
+    EXPECT_EQ(list[list.size() - kTrailerSize + 7], 4);
+    const auto read = platform::propertyListFromData(list);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->as<platform::Array>()->back(), platform::Value(std::int64_t{65'535}));
 }
