@@ -167,6 +167,18 @@ TEST(SystemLog, SinkSeesEntriesAndIsRestored) {
 
 TEST(SystemLog, EscapesWhatActsOnATerminal) {
     EXPECT_EQ(escapedForTerminal("a\x1b[31mb\u202Ec\n"), "a\\u{1b}[31mb\\u{202e}c\\u{a}");
+    const std::pair<std::string_view, std::string_view> cases[] = {
+        // one in each text
+        {"", ""},
+        {"plain \\ ~", "plain \\ ~"},
+        {"a\tb", "a\\u{9}b"},
+        {"a\x7F", "a\\u{7f}"},
+        {"a\u009B", "a\\u{9b}"},
+        {"\u202E long enough for a block", "\\u{202e} long enough for a block"},
+        {"long enough for a block\x1b", "long enough for a block\\u{1b}"},
+        {"\u00FC", "\u00FC"},
+    };
+    for (const auto& [text, escaped] : cases) EXPECT_EQ(escapedForTerminal(text), escaped);
 }
 
 TEST(TextScan, StopsAtTheFirstUnitThatDoes) {
