@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 
 #include <fcntl.h>
 #include <fmt/core.h>
@@ -106,6 +107,25 @@ TEST(OutputDirectory, FillsTheEmptyFilesOfAPackageAndRemovesTheOthers) {
     EXPECT_EQ(std::filesystem::status(note / "private").permissions(), std::filesystem::perms(0600));
     EXPECT_EQ(std::filesystem::status(note / "filled").permissions(),
               std::filesystem::status(note / "more").permissions());
+}
+
+// The package's own times and permissions are set when all is in it, by whoever makes it.
+TEST(OutputDirectory, LeavesAPackagesOwnAttributesToItsMaker) {
+    const tests::ScratchDirectory scratch;
+    OutputDirectory directory = opened(scratch.path());
+    auto output = directory.createPackage();
+    ASSERT_TRUE(output);
+    const auto dated = [](FileWrapper::Children children) {
+        auto made = FileWrapper::directory(std::move(children));
+        made->setFileAttributes({.modificationDate = Date::fromUnixTime(1000)});
+        return made;
+    };
+    const auto old = std::filesystem::file_time_type(
+        std::chrono::file_clock::from_sys(std::chrono::sys_seconds(std::chrono::seconds(1000))));
+    ASSERT_TRUE(output->writeChildren(*dated({{"folder", dated({{"x", FileWrapper::regularFile(Data())}})}})));
+    ASSERT_TRUE(output->moveIntoPlace("Note.qltnote"));
+    EXPECT_EQ(std::filesystem::last_write_time(scratch / "Note.qltnote" / "folder"), old);
+    EXPECT_NE(std::filesystem::last_write_time(scratch / "Note.qltnote"), old);
 }
 
 TEST(OutputDirectory, RefusesNamesThatLeaveTheDirectory) {
