@@ -105,6 +105,9 @@ TEST(AttributeSets, ChangeIntoCopies) {
     EXPECT_EQ(set.with(kKernAttributeName, 1.0), set);
     EXPECT_EQ(set.with(kFontAttributeName, 2.0).without(kFontAttributeName), set);
     EXPECT_EQ(set.without(kFontAttributeName), set);
+    for (const AttributeName name :
+         {kFontAttributeName, kLinkAttributeName, kKernAttributeName, kUnderlineStyleAttributeName})
+        EXPECT_EQ(AttributeSet(set).with(name, 2.0), set.with(name, 2.0)); // in place
     const AttributeSet other{{kFontAttributeName, 5.0}, {kKernAttributeName, std::int64_t{9}}};
     const AttributeSet merged = set.merging(other);
     EXPECT_EQ(merged, (AttributeSet{{kFontAttributeName, 5.0},
