@@ -92,6 +92,25 @@ TEST_F(NoteMarkup, LosesBareNoteTagsInsideToo) {
     EXPECT_EQ(innerText("<en-note>a<!-- <en-note>b</en-note> --></en-note>"), "a<!-- b -->");
 }
 
+TEST_F(NoteMarkup, KeepsTheTagsOfAnotherRoot) {
+    EXPECT_EQ(innerText("<div><p>a</p></div>"), "<div><p>a</p></div>");
+    EXPECT_EQ(innerText("<div><en-note>a</en-note></div>"), "<div>a</div>");
+}
+
+// Whatever of the note's own elements comes last.
+TEST_F(NoteMarkup, RewritesEachKindOfTagAmongTheOthers) {
+    const std::string tags[] = {"<en-media hash=\"x\"/>", "<en-todo/>", "<en-crypt>x</en-crypt>",
+                                "<en-note>i</en-note>", "<!-- <en-note> -->"};
+    for (std::size_t last = 0; last < std::size(tags); ++last) {
+        std::string markup;
+        for (std::size_t i = 1; i <= std::size(tags); ++i) markup += tags[(last + i) % std::size(tags)];
+        const std::string made = body("<en-note>" + markup + "</en-note>");
+        EXPECT_FALSE(made.contains("en-")) << made;
+        for (const std::string_view part : {"[Missing Attachment]", "◦", "********", "i"})
+            EXPECT_TRUE(made.contains(part)) << made;
+    }
+}
+
 TEST_F(NoteMarkup, WithAnUnbalancedNoteTagMakesAPage) {
     const std::string made = body("<en-note style=\"color:red\" bgcolor=\"#fff\"><div>a</div><div>b</div></en-note>");
     EXPECT_EQ(made, "<en-note style=\"color:red\" bgcolor=\"#fff\"><div>a</div><div>b</div>\n</en-note>");
