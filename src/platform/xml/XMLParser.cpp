@@ -284,7 +284,6 @@ void XMLParser::Machine::feed(std::string_view bytes, bool last) {
 
 bool XMLParser::Machine::goOn() {
     if (!isOver()) return true;
-    if (!error) error = errorAt(kDelegateAborted, "the parse was aborted", line(), column());
     delegate->parserParseErrorOccurred(parser, *error);
     return false;
 }
@@ -336,7 +335,10 @@ bool XMLParser::parse() {
 }
 
 void XMLParser::abortParsing() {
-    if (!machine_->isOver()) machine_->aborted = true;
+    Machine& machine = *machine_;
+    if (machine.isOver()) return;
+    machine.aborted = true;
+    machine.error = machine.errorAt(kDelegateAborted, "the parse was aborted", machine.line(), machine.column());
 }
 
 void XMLParser::setDeliversPieces(bool pieces) {

@@ -184,6 +184,18 @@ TEST_F(XMLParserEvents, AreOverWithAnAbort) {
     EXPECT_TRUE(entries.empty());
 }
 
+TEST_F(XMLParserEvents, SayWhereTheAbortWas) {
+    for (const std::size_t pieceSize : {std::size_t{1}, InputStream::kPieceSize}) {
+        Recorder recorder;
+        recorder.abortAt = "b";
+        XMLParser parser(InputStream::inputStreamWithBytes("<a>\n<b>\n\nt</b>\n</a>", pieceSize));
+        parser.setDelegate(&recorder);
+        EXPECT_FALSE(parser.parse());
+        ASSERT_NE(parser.parserError(), nullptr);
+        EXPECT_EQ(parser.parserError()->userInfo.at("NSXMLParserErrorLineNumber"), Value(std::int64_t{2}));
+    }
+}
+
 TEST_F(XMLParserEvents, StopAfterAnAbortWithError512) {
     Recorder recorder;
     recorder.abortAt = "b";
