@@ -16,15 +16,19 @@ inline std::size_t findLiteral(std::string_view text, std::string_view literal, 
     return static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
 }
 
-// The same in units of UTF-16.
+// The same in units of UTF-16, for literals that begin with a unit that is rare in texts, at each of which this stops.
 inline std::size_t findLiteral(std::u16string_view text, std::u16string_view literal, std::size_t from = 0) {
+    if (from > text.size() || literal.size() > text.size() - from) return std::u16string_view::npos;
+    if (literal.empty()) return from;
     const auto bytesOf = [](std::u16string_view units) {
         return std::string_view(reinterpret_cast<const char*>(units.data()), units.size() * sizeof(char16_t));
     };
+    const std::string_view bytes = bytesOf(text), wanted = bytesOf(literal);
     for (std::size_t at = from * sizeof(char16_t);; ++at) {
-        at = findLiteral(bytesOf(text), bytesOf(literal), at);
-        if (at == std::string_view::npos) return at;
-        if (at % sizeof(char16_t) == 0) return at / sizeof(char16_t); // else it is halves of units
+        at = bytes.find(wanted.front(), at);
+        if (at == std::string_view::npos || wanted.size() > bytes.size() - at) return std::u16string_view::npos;
+        const bool isWhole = at % sizeof(char16_t) == 0; // else it is the other half of a unit
+        if (isWhole && bytes.substr(at).starts_with(wanted)) return at / sizeof(char16_t);
     }
 }
 
