@@ -104,12 +104,9 @@ class MediaReplacer {
     }
 
     // An attachment that no tag asks for goes nowhere.
-    void reportUnshown(const EvernoteXMLItem& item) const {
+    void reportWhatIsUnshown(const EvernoteXMLItem& item) const {
         for (const EvernoteXMLResource& resource : item.resources)
-            if (!shown_.contains(&resource))
-                platform::systemLog(platform::formatted(
-                    kNotInText, {platform::utf8FromUTF16(
-                                    attachmentName(resource, platform::UTType::typeWithMIMEType(resource.mime)))}));
+            if (!shown_.contains(&resource)) reportUnshown(resource);
     }
 
   private:
@@ -162,8 +159,13 @@ Result<std::string> replaceMediaTags(std::string markup, EvernoteXMLItem& item, 
                                  return Error::withDescription(EvernoteXMLItemErrorDomain, kInvalidTagErrorCode,
                                                                platform::localizedString(kInvalidMediaTag));
                              }}));
-    replacer.reportUnshown(item);
+    replacer.reportWhatIsUnshown(item);
     return rewritten;
+}
+
+void reportUnshown(const EvernoteXMLResource& resource) {
+    const std::u16string name = attachmentName(resource, platform::UTType::typeWithMIMEType(resource.mime));
+    platform::systemLog(platform::formatted(kNotInText, {platform::utf8FromUTF16(name)}));
 }
 
 } // namespace quillet

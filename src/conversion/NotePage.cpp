@@ -28,13 +28,18 @@ std::string InlineImages::addSlot(InlineImage image) {
     return fmt::format("{}{}{}", prefix_, images_.size() - 1, kSlotEnd);
 }
 
-const InlineImage* InlineImages::imageAt(std::string_view address) const {
-    if (!address.starts_with(prefix_) || !address.ends_with(kSlotEnd)) return nullptr;
+std::optional<std::size_t> InlineImages::indexOf(std::string_view address) const {
+    if (!address.starts_with(prefix_) || !address.ends_with(kSlotEnd)) return std::nullopt;
     const std::string_view digits = address.substr(prefix_.size(), address.size() - prefix_.size() - 1);
     std::size_t index = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), index);
     const bool isNumber = error == std::errc() && end == digits.data() + digits.size();
-    return isNumber && index < images_.size() ? &images_[index] : nullptr;
+    return isNumber && index < images_.size() ? std::optional(index) : std::nullopt;
+}
+
+InlineImage* InlineImages::imageAt(std::string_view address) {
+    const auto index = indexOf(address);
+    return index ? &images_[*index] : nullptr;
 }
 
 Result<std::string> InlineImages::filledIn(std::string markup) const {
@@ -46,11 +51,12 @@ Result<std::string> InlineImages::filledIn(std::string markup) const {
                             return end == std::string_view::npos ? text.size() : end + 1;
                         },
                         .replace = [this](std::string_view address, std::string& out) -> Result<> {
-                            const InlineImage* image = imageAt(address);
-                            if (!image) return out += address, Result<>();
-                            const platform::Data bytes = TRY(image->resource->getContentData());
+                            const auto index = indexOf(address);
+                            if (!index) return out += address, Result<>();
+                            const InlineImage& image = images_[*index];
+                            const platform::Data bytes = TRY(image.resource->getContentData());
                             out += "data:";
-                            platform::appendEscapedAttribute(image->mimeType, out);
+                            platform::appendEscapedAttribute(image.mimeType, out);
                             out += ";base64,";
                             platform::appendBase64(out, bytes.bytes());
                             return {};

@@ -4,6 +4,8 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -19,6 +21,7 @@ class EvernoteXMLResource;
 struct InlineImage {
     std::string mimeType; // as it stands in the data: URL
     EvernoteXMLResource* resource;
+    bool isShown = false; // by whatever was made of the page
 };
 
 class InlineImages {
@@ -28,13 +31,16 @@ class InlineImages {
 
     // The address of a new slot. It needs no escaping in markup.
     std::string addSlot(InlineImage image);
-    // The image that an address stands for, or null.
-    const InlineImage* imageAt(std::string_view address) const;
+    // The image that an address stands for, or null. Valid until the next slot is added.
+    InlineImage* imageAt(std::string_view address);
+    std::span<const InlineImage> all() const { return images_; }
     // The markup with each slot's address replaced by its data: URL, escaped for an attribute. Without slots the markup
     // is handed back uncopied. The error is a resource's, when it has no bytes.
     platform::Result<std::string> filledIn(std::string markup) const;
 
   private:
+    std::optional<std::size_t> indexOf(std::string_view address) const;
+
     std::string prefix_;
     std::vector<InlineImage> images_;
 };

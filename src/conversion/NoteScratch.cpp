@@ -1,5 +1,6 @@
 #include "conversion/NoteScratch.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -10,6 +11,7 @@
 #include "platform/base/SystemLog.h"
 #include "platform/files/FileWrapper.h"
 #include "platform/foundation/Environment.h"
+#include "platform/foundation/TextFolding.h"
 
 namespace quillet {
 
@@ -38,18 +40,25 @@ Result<std::string> NoteScratch::writeResource(EvernoteXMLResource& resource, st
     const std::string written = platform::joinedPath(directory.path(), free);
     if (!file) return platform::failure(platform::errorFromErrno(errno, platform::FileAccess::writing, written));
     TRY(platform::writeAll(file.get(), bytes.bytes(), written));
-    resources_.emplace(free, std::move(bytes));
+    files_.emplace(free, File{std::move(bytes), &resource, false});
     return free;
 }
 
-Result<std::shared_ptr<FileWrapper>> NoteScratch::fileWrapper(std::string_view name) const {
-    const auto resource = resources_.find(name);
-    if (resource == resources_.end())
+Result<std::shared_ptr<FileWrapper>> NoteScratch::fileWrapper(std::string_view name) {
+    auto found = files_.find(name);
+    if (found == files_.end()) {
+        const std::u16string wanted = platform::utf16FromUTF8(name);
+        found = std::ranges::find_if(files_, [&](const auto& file) {
+            return platform::equalIgnoringCase(platform::utf16FromUTF8(file.first), wanted);
+        });
+    }
+    if (found == files_.end())
         return platform::failure(
             platform::errorFromErrno(ENOENT, platform::FileAccess::reading, platform::joinedPath(path(), name)));
-    auto wrapper = FileWrapper::regularFile(resource->second);
-    wrapper->setPreferredFilename(resource->first);
-    wrapper->setFilename(resource->first);
+    found->second.isUsed = true;
+    auto wrapper = FileWrapper::regularFile(found->second.bytes);
+    wrapper->setPreferredFilename(found->first);
+    wrapper->setFilename(found->first);
     wrapper->setFileAttributes({.modificationDate = platform::Environment::current().now()});
     return wrapper;
 }

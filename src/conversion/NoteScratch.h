@@ -36,9 +36,16 @@ class NoteScratch {
     // Writes a resource's bytes under the name, made one path component if it is none, or the next free variant of it.
     // Gives the name (UTF-8) under which they lie. Fails when the directory's own name is taken.
     platform::Result<std::string> writeResource(EvernoteXMLResource& resource, std::u16string_view name);
-    // A resource's file as a wrapper of that name. Only what writeResource has written is there to be had, whatever the
-    // name.
-    platform::Result<std::shared_ptr<platform::FileWrapper>> fileWrapper(std::string_view name) const;
+    // A resource's file as a wrapper of its name. Only what writeResource has written is there to be had, whatever the
+    // name. One that differs in case alone will do: styles that show text in capitals change the names in markers.
+    platform::Result<std::shared_ptr<platform::FileWrapper>> fileWrapper(std::string_view name);
+    struct File {
+        platform::Data bytes; // shared with the resource
+        const EvernoteXMLResource* resource;
+        bool isUsed; // fileWrapper has been asked for it
+    };
+    using Files = std::map<std::string, File, std::less<>>; // by name
+    const Files& files() const { return files_; }
 
     // Removes the directory now and says what went wrong.
     platform::Result<> remove();
@@ -50,8 +57,8 @@ class NoteScratch {
     platform::OutputDirectory& destination_;
     std::string name_;
     platform::URL url_;
-    std::optional<platform::OutputDirectory> directory_;           // once it is made, until it is removed
-    std::map<std::string, platform::Data, std::less<>> resources_; // by file name; shares the resources' bytes
+    std::optional<platform::OutputDirectory> directory_; // once it is made, until it is removed
+    Files files_;
 };
 
 } // namespace quillet

@@ -1,9 +1,11 @@
 #include "conversion/RichTextImport.h"
 
 #include <exception>
+#include <map>
 #include <memory>
 #include <utility>
 
+#include "conversion/MediaTags.h"
 #include "conversion/NoteMarkup.h"
 #include "conversion/NoteScratch.h"
 #include "documents/attachments/AttachmentConstants.h"
@@ -38,9 +40,10 @@ namespace {
 constexpr std::size_t kManyNodes = 20'000; // of a page: some megabytes
 
 // The bytes behind an inline image's address. The attachment gets the resource's name; without one the reader's.
-std::optional<platform::HTMLResource> imageBehind(const InlineImages& images, std::string_view address) {
-    const InlineImage* image = images.imageAt(address);
+std::optional<platform::HTMLResource> imageBehind(InlineImages& images, std::string_view address) {
+    InlineImage* image = images.imageAt(address);
     if (!image) return std::nullopt;
+    image->isShown = true;
     Result<platform::Data> bytes = image->resource->getContentData();
     if (!bytes) return std::nullopt;
     const std::u16string name = stringByTrimmingWhitespace(image->resource->attributes.filename);
@@ -91,6 +94,15 @@ Result<ImportedPage> readPageOnMainQueue(NotePage& page, const platform::URL& di
     return *std::move(read);
 }
 
+// A page may hide an attachment with what is around it, or change its marker past recognition.
+void reportHidden(const InlineImages& images, const NoteScratch& scratch) {
+    std::map<const EvernoteXMLResource*, bool> isShown; // anywhere in the note; in the order of the resources
+    for (const InlineImage& image : images.all()) isShown[image.resource] |= image.isShown;
+    for (const auto& [name, file] : scratch.files()) isShown[file.resource] |= file.isUsed;
+    for (const auto& [resource, isSo] : isShown)
+        if (!isSo) reportUnshown(*resource);
+}
+
 // PDFs, images and movies are shown in the text itself, everything else as a file.
 std::shared_ptr<TextAttachment> attachmentFor(const std::shared_ptr<FileWrapper>& wrapper) {
     const std::string extension = platform::pathExtension(std::string_view(wrapper->preferredFilename()));
@@ -107,7 +119,7 @@ std::shared_ptr<TextAttachment> attachmentFor(const std::shared_ptr<FileWrapper>
 
 } // namespace
 
-Result<> replaceAttachmentMarkers(AttributedString& text, const NoteScratch& scratch) {
+Result<> replaceAttachmentMarkers(AttributedString& text, NoteScratch& scratch) {
     static const std::u16string opening = platform::utf16FromUTF8(kAttachmentOpeningFence);
     static const std::u16string closing = platform::utf16FromUTF8(kAttachmentClosingFence);
     const std::u16string& characters = text.string();
@@ -117,7 +129,9 @@ Result<> replaceAttachmentMarkers(AttributedString& text, const NoteScratch& scr
         const std::size_t nameStart = start + opening.size();
         const std::size_t nameEnd = characters.find(closing, nameStart);
         if (nameEnd == std::u16string::npos) break;
-        const std::string encoded = platform::utf8FromUTF16(characters.substr(nameStart, nameEnd - nameStart));
+        // In preformatted text the blanks around the name are still two. Its own are encoded.
+        const std::string encoded =
+            platform::utf8FromUTF16(stringByTrimmingWhitespace(characters.substr(nameStart, nameEnd - nameStart)));
         const std::string name = platform::removingPercentEncoding(encoded).value_or(encoded);
         const std::size_t end = nameEnd + closing.size();
         edits.push_back(
@@ -171,12 +185,12 @@ void replaceDividerMarkers(AttributedString& text) {
     text.applyEdits(edits);
 }
 
-Result<ImportedPage> importRichText(const NoteScratch& scratch, NotePage& page,
-                                    const std::function<void()>& meanwhile) {
+Result<ImportedPage> importRichText(NoteScratch& scratch, NotePage& page, const std::function<void()>& meanwhile) {
     ImportedPage imported = TRY(readPageOnMainQueue(page, scratch.url(), meanwhile));
     if (!imported.text) return imported;
     AttributedString& text = *imported.text;
     TRY(replaceAttachmentMarkers(text, scratch));
+    reportHidden(page.images, scratch);
     replaceCheckboxMarkers(text);
     replaceDividerMarkers(text);
     return imported;

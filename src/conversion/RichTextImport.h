@@ -21,12 +21,13 @@ struct ImportedPage {
 
 // Reads the page, as one that lies in the scratch directory, and puts attachments in the place of markers. The page
 // goes to the reader in memory, since nobody else would read a file of it; its document is used up. `meanwhile` runs on
-// the calling thread while the main thread reads. Error: an attachment that a marker names is not there.
-platform::Result<ImportedPage> importRichText(const NoteScratch& scratch, NotePage& page,
+// the calling thread while the main thread reads. An attachment whose marker the page hides is one line of the system
+// log. Error: an attachment that a marker names is not there.
+platform::Result<ImportedPage> importRichText(NoteScratch& scratch, NotePage& page,
                                               const std::function<void()>& meanwhile);
 
 // The steps on the text itself, in the order in which they run.
-platform::Result<> replaceAttachmentMarkers(platform::AttributedString& text, const NoteScratch& scratch);
+platform::Result<> replaceAttachmentMarkers(platform::AttributedString& text, NoteScratch& scratch);
 void replaceCheckboxMarkers(platform::AttributedString& text);
 void replaceDividerMarkers(platform::AttributedString& text);
 

@@ -186,6 +186,37 @@ TEST_F(RichTextImport, MakesTheScratchDirectoryForAttachmentsAlone) {
     EXPECT_FALSE(std::filesystem::exists(destination_ / item_.identifier));
 }
 
+TEST_F(RichTextImport, FindsAttachmentsInTextThatIsShownInAnotherForm) {
+    addResource("zip", "application/zip", u"An a\u00E4.zip");
+    const std::string tag = media("zip");
+    EXPECT_EQ(imported("<en-note>a<pre>b " + tag + " c</pre></en-note>"), "a\nb [file An aä.zip] c\n");
+    EXPECT_EQ(imported("<en-note><div style=\"text-transform:uppercase\">b " + tag + "</div></en-note>"),
+              "B [file An aä 1.zip]\n");
+    EXPECT_EQ(imported("<en-note><div style=\"text-transform:capitalize\">b " + tag + "</div></en-note>"),
+              "B [file An aä 2.zip]\n");
+}
+
+TEST_F(RichTextImport, TakesAFileInAnotherCaseOnlyWhenThereIsNoneOfThatName) {
+    write(u"A.zip", "1");
+    write(u"a.zip", "2");
+    EXPECT_EQ(withAttachments(u"***QLTATTACHMENT a.zip QLTATTACHMENT******QLTATTACHMENT A.zip QLTATTACHMENT***"
+                              u"***QLTATTACHMENT A.ZIP QLTATTACHMENT***"),
+              "[file a.zip][file A.zip][file A.zip]");
+}
+
+TEST_F(RichTextImport, SaysWhichAttachmentsThePageHides) {
+    addResource("zip", "application/zip", u"hidden.zip");
+    addResource(pngBytes(), "image/png", u"hidden.png");
+    addResource("seen", "application/zip", u"seen twice.zip");
+    const std::string tags = media("zip") + media(pngBytes()) + media("seen");
+    EXPECT_EQ(imported("<en-note><div style=\"display:none\">" + tags + "</div>a" + media("seen") + "</en-note>"),
+              "a[file seen twice 1.zip]");
+    EXPECT_EQ(log_, (std::vector<std::string>{
+                        "The note does not show its attachment \"hidden.zip\", which is left out.",
+                        "The note does not show its attachment \"hidden.png\", which is left out.",
+                    }));
+}
+
 TEST_F(RichTextImport, FailsWhenTheNameOfItsScratchDirectoryIsTaken) {
     tests::writeFile(destination_ / item_.identifier, "somebody's");
     addResource("zip", "application/zip", u"a.zip");
