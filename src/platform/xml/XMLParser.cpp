@@ -76,14 +76,9 @@ struct XMLParser::Machine {
     bool aborted = false;
     std::optional<Error> error;
 
-    // Events are over: an abort or an error ends them, though libxml2 may still finish what it has begun.
+    // Events are over: an abort or an error ends them, though libxml2 may still finish the piece that it has begun. An
+    // abort leaves it alone, since what the event told that asked for it lies in memory that stopping would free.
     bool isOver() const { return aborted || error; }
-    // The same, asked at the start of an event. Only then does an abort stop the library: what the event told that
-    // asked for it lies in the library's memory, which is freed with the stop.
-    bool isOverBeforeEvent() const {
-        if (aborted) stop();
-        return isOver();
-    }
 
     std::int64_t line() const { return context && context->input ? context->input->line : 0; }
     std::int64_t column() const { return context && context->input ? context->input->col : 0; }
@@ -141,7 +136,7 @@ struct XMLParser::Machine {
     void startElement(const xmlChar* prefix, const xmlChar* localName, std::span<const xmlChar*> namespaces,
                       std::span<const xmlChar*> fields) {
         // libxml2 reports a tag that breaks off before it reports the error.
-        if (isOverBeforeEvent()) return;
+        if (isOver()) return;
         const xmlChar next = context->input->cur < context->input->end ? *context->input->cur : 0;
         if (next != '>' && next != '/') return;
         sawElement = true;
@@ -158,7 +153,7 @@ struct XMLParser::Machine {
     }
 
     void endElement(std::string_view name) {
-        if (isOverBeforeEvent()) return;
+        if (isOver()) return;
         flushText();
         if (isOver()) return;
         if (depth > 0) --depth;
@@ -166,7 +161,7 @@ struct XMLParser::Machine {
     }
 
     void characters(std::string_view piece) {
-        if (isOverBeforeEvent()) return;
+        if (isOver()) return;
         if (deliversPieces) return delegate->parserFoundCharacters(parser, piece);
         try {
             text += piece;
@@ -177,7 +172,7 @@ struct XMLParser::Machine {
     }
 
     void cdata(std::string_view piece) {
-        if (isOverBeforeEvent()) return;
+        if (isOver()) return;
         flushText();
         if (!isOver()) delegate->parserFoundCDATA(parser, piece);
     }
@@ -196,7 +191,7 @@ struct XMLParser::Machine {
 
     // Levels below the third (an undeclared prefix or entity) do not make the document unreadable.
     void report(const xmlError& problem) {
-        if (aborted) return; // the library stops with the next event only
+        if (aborted) return; // what follows in the piece is nobody's concern
         if (problem.level != XML_ERR_FATAL) {
             systemLog(
                 errorAt(problem.code, oneLine(problem.message), problem.line, problem.int2).localizedDescription());
@@ -241,16 +236,16 @@ xmlSAXHandler XMLParser::Machine::handlers() {
     table.cdataBlock = [](void* data, const xmlChar* piece, int length) { of(data).cdata(view(piece, length)); };
     table.comment = [](void* data, const xmlChar* piece) {
         Machine& machine = of(data);
-        if (!machine.isOverBeforeEvent()) machine.delegate->parserFoundComment(machine.parser, view(piece));
+        if (!machine.isOver()) machine.delegate->parserFoundComment(machine.parser, view(piece));
     };
     table.processingInstruction = [](void* data, const xmlChar* target, const xmlChar* rest) {
         Machine& machine = of(data);
-        if (machine.isOverBeforeEvent()) return;
+        if (machine.isOver()) return;
         machine.delegate->parserFoundProcessingInstructionWithTarget(machine.parser, view(target), view(rest));
     };
     table.internalSubset = [](void* data, const xmlChar* name, const xmlChar* publicID, const xmlChar* systemID) {
         Machine& machine = of(data);
-        if (machine.isOverBeforeEvent()) return;
+        if (machine.isOver()) return;
         machine.delegate->parserFoundDocumentType(machine.parser, view(name), view(publicID), view(systemID));
     };
     table.entityDecl = [](void* data, const xmlChar* name, int, const xmlChar*, const xmlChar*, xmlChar*) {
