@@ -48,7 +48,7 @@ Result<std::string> readAll(int descriptor, std::size_t limit, std::string_view 
         if (count == 0) break;
         used += static_cast<std::size_t>(count);
         if (used > limit) return failure(errorFromErrno(EFBIG, FileAccess::reading, path));
-        if (expected > 0 && used == expected) break;
+        if (used == expected) break;
     }
     bytes.resize(used);
     return bytes;
