@@ -107,7 +107,7 @@ Result<> PendingOutput::writeChildren(const FileWrapper& from) {
         return !child || child->isDirectory() ||
                child->fileAttributes().posixPermissions != FileAttributes().posixPermissions;
     };
-    const auto unfit = std::ranges::stable_partition(emptyFiles_, std::not_fn(isUnfit));
+    const auto unfit = std::ranges::partition(emptyFiles_, std::not_fn(isUnfit));
     for (const EmptyFile& file : unfit) TRY(removeTree(descriptor_.get(), file.name, path()));
     Result<> written = from.writeChildren(descriptor_.get(), path(), std::span(emptyFiles_.begin(), unfit.begin()));
     emptyFiles_.clear();
