@@ -1,6 +1,5 @@
 #include "conversion/NoteScratch.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -18,6 +17,14 @@ namespace quillet {
 using platform::Data;
 using platform::FileWrapper;
 using platform::Result;
+
+namespace {
+
+std::u16string withoutCase(std::string_view name) {
+    return platform::foldedText(platform::utf16FromUTF8(name), {.ignoreCase = true});
+}
+
+} // namespace
 
 NoteScratch::NoteScratch(platform::OutputDirectory& destination, std::string_view name)
     : destination_(destination), name_(name), url_(platform::URL::fileURLWithPath(path(), true)) {}
@@ -40,18 +47,16 @@ Result<std::string> NoteScratch::writeResource(EvernoteXMLResource& resource, st
     const std::string written = platform::joinedPath(directory.path(), free);
     if (!file) return platform::failure(platform::errorFromErrno(errno, platform::FileAccess::writing, written));
     TRY(platform::writeAll(file.get(), bytes.bytes(), written));
-    files_.emplace(free, File{std::move(bytes), &resource, false});
+    const auto added = files_.emplace(free, File{std::move(bytes), &resource, false}).first;
+    filesIgnoringCase_.try_emplace(withoutCase(free), added);
     return free;
 }
 
 Result<std::shared_ptr<FileWrapper>> NoteScratch::fileWrapper(std::string_view name) {
     auto found = files_.find(name);
-    if (found == files_.end()) {
-        const std::u16string wanted = platform::utf16FromUTF8(name);
-        found = std::ranges::find_if(files_, [&](const auto& file) {
-            return platform::equalIgnoringCase(platform::utf16FromUTF8(file.first), wanted);
-        });
-    }
+    if (found == files_.end())
+        if (const auto other = filesIgnoringCase_.find(withoutCase(name)); other != filesIgnoringCase_.end())
+            found = other->second;
     if (found == files_.end())
         return platform::failure(
             platform::errorFromErrno(ENOENT, platform::FileAccess::reading, platform::joinedPath(path(), name)));

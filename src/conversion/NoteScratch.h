@@ -59,6 +59,8 @@ class NoteScratch {
     platform::URL url_;
     std::optional<platform::OutputDirectory> directory_; // once it is made, until it is removed
     Files files_;
+    std::map<std::u16string, Files::iterator>
+        filesIgnoringCase_; // by folded name, the first of those that differ in case
 };
 
 } // namespace quillet

@@ -1,8 +1,11 @@
 // From a page to rich text: what markers become, and what stays text.
 #include "conversion/RichTextImport.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
+
+#include <fmt/core.h>
 
 #include "conversion/NoteMarkup.h"
 #include "conversion/NoteScratch.h"
@@ -202,6 +205,22 @@ TEST_F(RichTextImport, TakesAFileInAnotherCaseOnlyWhenThereIsNoneOfThatName) {
     EXPECT_EQ(withAttachments(u"***QLTATTACHMENT a.zip QLTATTACHMENT******QLTATTACHMENT A.zip QLTATTACHMENT***"
                               u"***QLTATTACHMENT A.ZIP QLTATTACHMENT***"),
               "[file a.zip][file A.zip][file A.zip]");
+}
+
+TEST_F(RichTextImport, FindsManyFilesInAnotherCaseInLinearTime) {
+    constexpr int kCount = 3'000;
+    std::u16string markers;
+    for (int number = 0; number < kCount; ++number) {
+        const std::u16string name = platform::utf16FromUTF8(fmt::format("file {}.zip", number));
+        write(name, "x");
+        markers +=
+            u"***QLTATTACHMENT " + platform::utf16FromUTF8(fmt::format("FILE%20{}.ZIP", number)) + u" QLTATTACHMENT***";
+    }
+    AttributedString text(markers);
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_TRUE(replaceAttachmentMarkers(text, *scratchDirectory_));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10)); // looking at each: minutes
+    EXPECT_EQ(text.length(), kCount);
 }
 
 TEST_F(RichTextImport, SaysWhichAttachmentsThePageHides) {
