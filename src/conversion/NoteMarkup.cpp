@@ -1,6 +1,8 @@
 #include "conversion/NoteMarkup.h"
 
 #include <algorithm>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <utility>
@@ -121,11 +123,25 @@ std::string fixShapes(std::string_view markup, ConvertDividers convertDividers) 
     return replaceTags(markup, convertDividers == ConvertDividers::yes ? kAll : kAll.first(kAll.size() - 1));
 }
 
+// The text of the page template. The program's own files do not change while it runs, so that it is read once, and not
+// for each of twenty thousand notes.
+Result<std::shared_ptr<const std::string>> pageTemplate() {
+    static std::mutex mutex;
+    static std::string knownPath; // another one where the data directory is another
+    static std::shared_ptr<const std::string> known;
+    const std::string path = platform::Environment::current().dataDirectory + "/Template.html";
+    const std::lock_guard lock(mutex);
+    if (!known || path != knownPath) {
+        known = std::make_shared<const std::string>(TRY(platform::contentsOfFile(path)));
+        knownPath = path;
+    }
+    return known;
+}
+
 // The template with font, title and body in it; the title as it stands, without escaping. Only the template's own
 // markers count: a title made of body markers would multiply the body.
 Result<std::string> filledTemplate(std::u16string_view title, std::string_view body) {
-    const std::string path = platform::Environment::current().dataDirectory + "/Template.html";
-    const std::string page = TRY(platform::contentsOfFile(path));
+    const auto page = TRY(pageTemplate());
     const platform::Font& font = QLTNoteTextStyle::bodyNoteTextStyle()->font();
     const std::string size = fmt::format("{:.0f}px", font.pointSize());
     const std::string titleText = platform::utf8FromUTF16(title);
@@ -135,7 +151,7 @@ Result<std::string> filledTemplate(std::u16string_view title, std::string_view b
         {kTitleMarker, titleText},
         {kBodyMarker, body},
     };
-    return replaceAll(page, replacements);
+    return replaceAll(*page, replacements);
 }
 
 // What is to be rewritten in a note. Most notes have little of it, and looking in their markup for what is not there

@@ -435,6 +435,23 @@ TEST_F(NoteMarkup, FailsWithoutATemplate) {
     EXPECT_NE(made.error().localizedDescription().find("Template.html"), std::string::npos);
 }
 
+TEST_F(NoteMarkup, ReadsTheTemplateOfADataDirectoryOnce) {
+    const auto pageWith = [&](std::string_view directory) {
+        environment_->dataDirectory = (scratch_ / directory).string();
+        const auto made = page("<en-note>x</en-note>");
+        return made ? *made : made.error().description();
+    };
+    for (const std::string directory : {"first", "second"}) {
+        std::filesystem::create_directory(scratch_ / directory);
+        EXPECT_NE(pageWith(directory).find("Template.html"), std::string::npos); // not remembered as missing
+        tests::writeFile(scratch_ / directory / "Template.html", "<p>" + directory + "</p><!-- QLTBODY -->");
+    }
+    EXPECT_NE(pageWith("first").find("<p>first</p>"), std::string::npos);
+    std::filesystem::remove(scratch_ / "first" / "Template.html");
+    EXPECT_NE(pageWith("first").find("<p>first</p>"), std::string::npos);
+    EXPECT_NE(pageWith("second").find("<p>second</p>"), std::string::npos);
+}
+
 TEST_F(NoteMarkup, KeepsWhatEvernoteWritesIntoStyles) {
     const std::string_view block = "<div style=\"--en-codeblock:true;box-sizing: border-box;\"><div>a  b</div></div>";
     EXPECT_NE(body(fmt::format("<en-note>{}</en-note>", block)).find("--en-codeblock:true;"), std::string::npos);
