@@ -86,7 +86,7 @@ Import& Import::runFile(const std::string& path) {
     if (prepare) prepare(*operation);
     operation->start();
     EXPECT_TRUE(operation->isFinished());
-    EXPECT_FALSE(operation->isExecuting());
+    EXPECT_FALSE(operation->operationExecuting());
     log = tests::readFile(logPath);
     return *this;
 }

@@ -56,6 +56,7 @@ TEST(EvernoteXMLParseOperation, KeepsEachRuleOfItsStates) {
         {"<resource><width>640</width><height>480</height></resource>", "'' 640x480"},
         {"<resource><width> 640px </width><height>none</height></resource>", "640x0"},
         {"<resource><width>inf</width><height>-2.5e1</height></resource>", "0x-25"},
+        {"<resource><width>+5</width><height>+ 5</height></resource>", "5x0"},
         {"<resource><resource-attributes><file-name> a </file-name>\n</resource-attributes></resource>", "' a \n'"},
         {"<resource><data>YWJj</data>\n<mime>x/y</mime></resource>", "data abc"},
         // The body comes from sections alone.
@@ -91,7 +92,8 @@ TEST(EvernoteXMLParseOperation, KeepsEachRuleOfItsStates) {
         {"<resource><mime>a/b</mime><unknown>c</unknown></resource>", "'a/bc'"},
         {"<resource><resource-attributes><file-name>f</file-name><camera>c</camera></resource-attributes></resource>",
          "'f'"},
-        // The second row's name is not inside resource-attributes, yet the state is.
+        {"<resource><resource-attributes><file-name>f</file-name></resource-attributes> g</resource>", "'f'"},
+        // The name is not inside resource-attributes, yet the state is.
         {"<resource><resource-attributes><x/></resource-attributes><file-name>g</file-name></resource>", "'g'"},
         {"<NOTE/><Title>x</Title>", "title 'T'\n"},
     };
@@ -100,6 +102,23 @@ TEST(EvernoteXMLParseOperation, KeepsEachRuleOfItsStates) {
         import.run(noteWith(row.markup));
         EXPECT_NE(import.notes.find(row.expected), std::string::npos) << row.markup << "\n" << import.notes;
         EXPECT_EQ(import.blocks, (std::vector<std::string>{"entry", "end"})) << row.markup;
+    }
+}
+
+TEST(EvernoteXMLParseOperation, PassesOverTextBetweenNotes) {
+    const std::pair<std::string_view, std::string_view> rows[] = {
+        {"<note><title>a</title></note>", "title 'a'\n"},
+        {"<note><title>a</title><created>20240501T091502Z</created></note>", "created 2024-05-01T09:15:02Z"},
+        {"<note><title>a</title><tag>b</tag></note>", "tag 'b'\n"},
+    };
+    for (const auto& [note, expected] : rows) {
+        Import import;
+        import.run(fmt::format("<x>\n {0}\n stray <![CDATA[text]]>\n {0}\n stray\n</x>", note));
+        EXPECT_EQ(import.blocks, (std::vector<std::string>{"entry", "entry", "end"}));
+        const auto second = import.notes.find("title", 1);
+        ASSERT_NE(second, std::string::npos);
+        EXPECT_EQ(import.notes.substr(0, second), import.notes.substr(second));
+        EXPECT_NE(import.notes.find(expected), std::string::npos) << import.notes;
     }
 }
 
