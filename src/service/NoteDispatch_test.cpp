@@ -55,6 +55,7 @@ TEST_F(NoteDispatch, WritesASingleAttachmentAsAFile) {
         {"<div><div>", "</div></div>", false},
         {"<div><span></span>", "</div>", false},
         {"<div>", "</div><div><hr/></div>", false},
+        {"<div><hr/></div><div>", "</div><div><br/></div>", false},
         {"<div>", "</div><hr/>", false},
         {"<en-todo/>", "", false},
         {"text", "", false},
@@ -165,6 +166,15 @@ TEST_F(NoteDispatch, FailsWithoutContent) {
         EXPECT_EQ(entry.error().domain, platform::kXMLParserErrorDomain);
     }
     EXPECT_TRUE(outputs().empty());
+}
+
+TEST_F(NoteDispatch, WorksInADirectoryOfTheNotesOwnAndRemovesIt) {
+    item_.title = u"Note";
+    addResource("zip", "application/zip", u"a.zip");
+    ASSERT_TRUE(dispatch("<en-note>x" + media("zip") + "</en-note>"));
+    ASSERT_TRUE(item_.intermediateHTMLDirectoryURL);
+    EXPECT_EQ(item_.intermediateHTMLDirectoryURL->path(), (destination_ / item_.identifier).string());
+    EXPECT_FALSE(std::filesystem::exists(destination_ / item_.identifier));
 }
 
 TEST_F(NoteDispatch, FailsWhenTheScratchDirectoryCannotBeMade) {

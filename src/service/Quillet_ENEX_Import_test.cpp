@@ -2,8 +2,11 @@
 #include "service/Quillet_ENEX_Import.h"
 
 #include <atomic>
+#include <chrono>
 #include <optional>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include <fmt/core.h>
@@ -157,6 +160,15 @@ TEST_F(ImportJob, RepliesWithTheErrorAloneWhenTheFileCannotBeRead) {
     EXPECT_TRUE(std::filesystem::exists(destination_ / "Kept.qltnote")); // what is written stays
 }
 
+// The import's blocks hold the importer until the thread that has replied is through with them.
+TEST_F(ImportJob, IsReleasedBehindItsReply) {
+    import(enex(textNote("One")));
+    const std::weak_ptr<Quillet_ENEX_Import> importer = std::exchange(importer_, nullptr);
+    for (int tries = 0; tries < 1'000 && !importer.expired(); ++tries)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    EXPECT_TRUE(importer.expired());
+}
+
 TEST_F(ImportJob, RepliesWithAnErrorForAFileThatIsNotThere) {
     importer_->importENEXFile(URL::fileURLWithPath((scratch_ / "absent.enex").string()), {}, destinationURL(),
                               (reply_ = std::make_unique<Reply>())->block());
@@ -171,6 +183,28 @@ TEST_F(ImportJob, RepliesWithAnErrorForAFileThatIsNotThere) {
 }
 
 // ---- the log
+
+TEST_F(ImportJob, ClosesTheLogBeforeItReplies) {
+    const auto isOpen = [this] {
+        for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
+            std::error_code gone; // the iterator's own
+            if (std::filesystem::read_symlink(descriptor, gone) == destination_ / "Export 2024.log") return true;
+        }
+        return false;
+    };
+    std::atomic<bool> wasOpen = false, openAtTheReply = true;
+    tests::writeFile(scratch_ / fileName_, enex(textNote("One")));
+    importer_->setProgressBlock([&](const ImportProgress&) { wasOpen = wasOpen || isOpen(); });
+    Reply reply;
+    importer_->importENEXFile(exportURL(), {}, destinationURL(), [&, block = reply.block()](Dictionary result) mutable {
+        openAtTheReply = isOpen();
+        block(std::move(result));
+    });
+    reply.wait();
+    importer_->setProgressBlock({});
+    EXPECT_TRUE(wasOpen);
+    EXPECT_FALSE(openAtTheReply);
+}
 
 TEST_F(ImportJob, WritesItsLogToTheLetter) {
     import(enex(textNote("One") + note("Two", "") + textNote("Three")));
@@ -267,6 +301,8 @@ TEST_F(ImportJob, ReadsTheBodyStyleOfTheApplicationAtEachImport) {
     body->setFontSize(31);
     QLTNoteTextStyle::saveStylesToDefaults(QLTNoteTextStyle::allStyles());
     std::filesystem::rename(preferences("org.example.import"), preferences("Q7X2M9K4T1.com.tesseral.Quillet"));
+    body->setFontName("Courier"); // not saved: what is in memory does not count
+    body->setFontSize(7);
     import(clipping);
     const std::string before = tests::readFile(destination_ / "Clip.html");
     const std::string after = tests::readFile(destination_ / "Clip 1.html");
