@@ -258,6 +258,18 @@ TEST_F(NoteCreation, StampsNothingThatTheNoteHasNot) {
     EXPECT_EQ(resourceValuesForItem(item_), expected);
 }
 
+// No file system takes an attribute of more than 64 KiB.
+TEST_F(NoteCreation, NamesAnOutputThatCannotCarryItsAttributesAndKeepsIt) {
+    item_.tags = {std::u16string(100'000, u't')};
+    addResource(kPDF, "application/pdf", u"q3.pdf");
+    item_.title = u"My report";
+    EXPECT_EQ(noteName("<en-note>x</en-note>"), "My report.qltnote");
+    EXPECT_EQ(singleName(), "My report.pdf");
+    for (const std::string_view name : {"My%20report.qltnote", "My%20report.pdf"})
+        EXPECT_TRUE(hasLogged("Couldn't set resource values on " + destinationURL().absoluteString() +
+                              std::string(name) + ": "));
+}
+
 // ---- pages
 
 TEST_F(NoteCreation, WritesAPageWithItsImagesInIt) {

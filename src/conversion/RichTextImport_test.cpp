@@ -236,6 +236,25 @@ TEST_F(RichTextImport, SaysWhichAttachmentsThePageHides) {
                     }));
 }
 
+TEST_F(RichTextImport, ResolvesRelativeAddressesAgainstTheScratchDirectory) {
+    addResource("zip", "application/zip", u"a.zip");
+    tests::writeFile(destination_ / "b.zip", "somebody's");
+    const auto made = import("<en-note>" + media("zip") +
+                             "<img src=\"a.zip\"/><img src=\"../b.zip\"/><a href=\"c/d\">e</a></en-note>");
+    ASSERT_TRUE(made && made->text);
+    EXPECT_EQ(shown(*made->text), "[file a.zip][a.zip][none]e");
+    const auto* link = made->text->attributeAt(platform::kLinkAttributeName, made->text->length() - 1);
+    ASSERT_NE(link, nullptr);
+    EXPECT_EQ(std::get<platform::URL>(*link).absoluteString(), scratchDirectory_->url().absoluteString() + "c/d");
+}
+
+TEST_F(RichTextImport, DatesAttachedFilesWithTheTimeOfTheImport) {
+    write(u"a.zip", "1");
+    const auto wrapper = scratchDirectory_->fileWrapper("a.zip");
+    ASSERT_TRUE(wrapper);
+    EXPECT_EQ((*wrapper)->fileAttributes().modificationDate, environment_->now());
+}
+
 TEST_F(RichTextImport, FailsWhenTheNameOfItsScratchDirectoryIsTaken) {
     tests::writeFile(destination_ / item_.identifier, "somebody's");
     addResource("zip", "application/zip", u"a.zip");
