@@ -202,6 +202,26 @@ std::string escapingSections(std::string_view markup) {
     }
 }
 
+std::optional<std::string> escapingTitle(std::string_view page) {
+    for (std::size_t at = page.find('<'); at != std::string_view::npos; at = page.find('<', at)) {
+        if (const auto behind = endOfOpaque(page, at); behind > at) {
+            at = behind;
+            continue;
+        }
+        const auto nameEnd = endOfName(page, ++at);
+        if (page.substr(at, nameEnd - at) != "title") continue;
+        const auto start = page.find('>', nameEnd);
+        const auto end = page.find("</title", nameEnd);
+        if (end == std::string_view::npos || start >= end) return std::nullopt;
+        const auto title = page.substr(start, end - start);
+        if (title.find('<') == std::string_view::npos) return std::nullopt;
+        std::string result(page.substr(0, start));
+        for (const char character : title) character == '<' ? result += "&lt;" : result += character;
+        return result.append(page.substr(end));
+    }
+    return std::nullopt;
+}
+
 std::string keepingListItemsWhole(std::string_view markup) {
     std::string result;
     result.reserve(markup.size());

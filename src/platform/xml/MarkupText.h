@@ -1,6 +1,7 @@
 // Corrections to markup as text, made before a parser sees it. Each is one pass.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,11 @@ std::string resolvingHTMLEntities(std::string_view xml);
 
 // With each CDATA section as escaped text, which HTML readers understand.
 std::string escapingSections(std::string_view markup);
+
+// With the text of the page's title as text: HTML has references in a title, but no tags, comments or sections. To
+// libxml2 a comment without an end that stands there is one to the end of the page, and an end of the page is one.
+// Nothing when the title is plain.
+std::optional<std::string> escapingTitle(std::string_view page);
 
 // With the end tags that keep list items whole. libxml2 passes over the end of an item in which a division is open, and
 // takes the end of a division that has no start in the item for that of one around the list; pages made by literal

@@ -82,7 +82,8 @@ Result<> checkAttributes(std::string_view markup) {
 
 Result<XMLDocument> tidyPage(std::string_view html) {
     if (auto plain = plainPage(html)) return *std::move(plain);
-    const std::string markup = keepingListItemsWhole(escapingSections(html));
+    const std::optional<std::string> titled = escapingTitle(html);
+    const std::string markup = keepingListItemsWhole(escapingSections(titled ? std::string_view(*titled) : html));
     if (auto plain = plainPage(markup)) return *std::move(plain);
     TRY(checkAttributes(html));
     XMLTreeBuilder builder(markup.size());

@@ -127,6 +127,30 @@ TEST_F(TidyHTML, KeepsTheDocumentTypeAndARawTitle) {
     EXPECT_EQ(document->rootElement()->stringValue(), "A & B < Cx");
 }
 
+// Whatever a title holds, it stays in the title, and the page stays whole.
+TEST_F(TidyHTML, TakesNoMarkupInATitle) {
+    for (const std::string_view title :
+         {"<!--", "use <!-- here", "<![CDATA[", "<![CDATA[ x ]]>", "<!-- x -->", "</html>", "</head>", "</body>", "<?",
+          "<b>x</b>", "<style>", "<script>", "<title>", "&lt;!--", "a < b > c", "<", "<!DOCTYPE html>"}) {
+        const auto document = XMLDocument::initWithXMLString(
+            fmt::format("<!DOCTYPE html><html><head><!-- <title> --><title lang='en'>{}</title></head><body><p>x<!-- c "
+                        "--></p></body></html>",
+                        title),
+            XMLDocumentParsing::tidyHTML);
+        ASSERT_TRUE(document) << title;
+        const std::string shown = title == "&lt;!--" ? "<!--" : std::string(title);
+        EXPECT_EQ(document->rootElement()->stringValue(), shown + "x");
+        EXPECT_TRUE(document->XMLString().ends_with("</title></head><body><p>x<!-- c --></p></body></html>"))
+            << document->XMLString();
+    }
+}
+
+TEST_F(TidyHTML, ReadsAPageWhoseTitleHasNoEnd) {
+    for (const std::string_view page :
+         {"<html><head><title>a<b</head><body>x</body></html>", "<title>", "<title", "<title <p>x</p>"})
+        EXPECT_TRUE(XMLDocument::initWithXMLString(page, XMLDocumentParsing::tidyHTML)) << page;
+}
+
 TEST_F(TidyHTML, WritesBothNamesOfADocumentType) {
     for (const std::string_view type :
          {"<!DOCTYPE html SYSTEM \"about:legacy-compat\">", "<!DOCTYPE html PUBLIC \"-//W3C//DTD HTML 4.01//EN\">",
