@@ -322,6 +322,7 @@ TEST_F(NoteCreation, NamesASingleFileAfterTheNote) {
         {u"a/b", u"../c.d/e.txt", "text/plain", "a-b.txt"},
         {u"Photo", u"wrong.txt", "image/png", "Photo.txt"},
         {u"/", u"q3.pdf", "application/pdf", "-.pdf"},
+        {u"Blanks", u" q3.pdf \n", "", "Blanks.pdf"},
     };
     for (const auto& row : rows) {
         item_.resources.clear();

@@ -178,6 +178,15 @@ TEST_F(RichTextImport, ReadsThePageAndPutsEverythingInPlace) {
         "text\n[x]done\n[ ]open\nx[file a b.zip]y\n[-]\n[pic-ture.png]\n");
 }
 
+TEST_F(RichTextImport, KeepsTheTextOfANoteWhateverItsTitle) {
+    for (const std::u16string_view title :
+         {u"<!--", u"-->", u"<![CDATA[", u"</html>", u"</body>", u"<textarea>", u"<b>", u"<style>", u"a & b < c",
+          u"<base href='x'>", u"***QLTDIVIDER***"}) {
+        item_.title = title;
+        EXPECT_EQ(imported("<en-note><div><en-todo/>a</div></en-note>"), "[ ]a\n") << platform::utf8FromUTF16(title);
+    }
+}
+
 TEST_F(RichTextImport, MakesTheScratchDirectoryForAttachmentsAlone) {
     addResource(pngBytes(), "image/png", u"a.png");
     ASSERT_TRUE(import("<en-note>x" + media(pngBytes()) + "</en-note>"));
