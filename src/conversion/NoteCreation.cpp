@@ -63,11 +63,17 @@ std::string pageExtension() {
     return platform::UTType::typeWithIdentifier(platform::kUTTypeHTML)->preferredFilenameExtension().value();
 }
 
+// Whether a page holds all that the note brought along. What a tag gave a type that is no image's is in a file, though
+// the resource itself may be an image.
+bool isSelfContained(const EvernoteXMLItem& item, const NoteScratch& scratch) {
+    return allResourcesAreImages(item) && scratch.files().empty();
+}
+
 // The page as it was read, kept in place of the note that it could not become.
-Result<URL> keepPage(const EvernoteXMLItem& item, NoteOutput& output, NotePage& page,
+Result<URL> keepPage(const EvernoteXMLItem& item, const NoteScratch& scratch, NoteOutput& output, NotePage& page,
                      const platform::Error& readerError) {
     platform::systemLog(platform::formatted(kCouldNotConvert, {readerError.description()}));
-    if (!allResourcesAreImages(item)) return platform::failure(noPageError());
+    if (!isSelfContained(item, scratch)) return platform::failure(noPageError());
     // Deliberately not sanitized: a name that would leave the destination fails the note.
     const std::u16string name = item.title.empty() ? platform::utf16FromUTF8(item.identifier + ".html")
                                                    : withExtension(item.title, pageExtension());
@@ -93,7 +99,7 @@ Result<URL> createNoteForElement(EvernoteXMLItem& item, NoteScratch& scratch, No
     ImportedPage imported = TRY(importRichText(scratch, page, beginPackage));
     if (!imported.text) {
         package.reset();
-        return keepPage(item, output, page, *imported.readerError);
+        return keepPage(item, scratch, output, page, *imported.readerError);
     }
     QLTNoteFile note;
     note.setNoteText(*std::move(imported.text));
@@ -105,6 +111,10 @@ Result<URL> createHTMLForElement(EvernoteXMLItem& item, NoteScratch& scratch, No
                                  const platform::XMLElement& noteElement) {
     if (!allResourcesAreImages(item)) return platform::failure(noPageError());
     NotePage page = TRY(notePageFromNoteElement(item, scratch, noteElement, UseInlineImages::yes, ConvertDividers::no));
+    if (!isSelfContained(item, scratch)) {
+        TRY(scratch.remove()); // the note that is made instead takes the names anew
+        return platform::failure(noPageError());
+    }
     TRY(page.parse());
     const platform::XMLDocument document =
         TRY(platform::XMLDocument::initWithXMLString(page.markup(), platform::XMLDocumentParsing::tidyHTML));

@@ -300,6 +300,18 @@ TEST_F(NoteCreation, MakesNoPageWithAnAttachmentThatIsNoImage) {
     EXPECT_EQ(make(createHTMLForElement, "<en-note>x</en-note>").error().code, kNoPageErrorCode);
 }
 
+// The page would name a file that is not there.
+TEST_F(NoteCreation, MakesNoPageWithAnImageThatItsTagGivesAnotherType) {
+    item_.title = u"Clip";
+    addResource(kPDF, "image/png", u"a.pdf");
+    const std::string markup = "<en-note>x" + media(kPDF, "type=\"application/pdf\"") + "</en-note>";
+    EXPECT_EQ(make(createHTMLForElement, markup).error().code, kNoPageErrorCode);
+    EXPECT_TRUE(outputs().empty());
+    FailingReader reader;
+    EXPECT_EQ(make(createNoteForElement, FailingReader::markup(markup)).error().code, kNoPageErrorCode);
+    EXPECT_TRUE(outputs().empty());
+}
+
 // ---- single files
 
 TEST_F(NoteCreation, NamesASingleFileAfterTheNote) {

@@ -69,6 +69,7 @@ Result<std::shared_ptr<FileWrapper>> NoteScratch::fileWrapper(std::string_view n
 }
 
 Result<> NoteScratch::remove() {
+    files_.clear();
     if (!directory_) return {};
     platform::FileDescriptor descriptor = directory_->takeDescriptor();
     directory_.reset();

@@ -47,7 +47,7 @@ class NoteScratch {
     using Files = std::map<std::string, File, std::less<>>; // by name
     const Files& files() const { return files_; }
 
-    // Removes the directory now and says what went wrong.
+    // Removes the directory and all that lies in it, and says what went wrong. Writing makes it anew.
     platform::Result<> remove();
 
   private:

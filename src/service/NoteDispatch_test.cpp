@@ -117,6 +117,16 @@ TEST_F(NoteDispatch, MakesANoteOfAClippingThatCannotBeAPage) {
     EXPECT_TRUE(hasLogged("Couldn't create HTML, creating note instead."));
 }
 
+TEST_F(NoteDispatch, MakesANoteOfAClippingWhoseTagSaysThatAnImageIsNone) {
+    item_.title = u"Clip";
+    item_.noteAttributes.source = "web.clip";
+    addResource("data", "image/png", u"q3.pdf");
+    ASSERT_TRUE(dispatch("<en-note>x" + media("data", "type=\"application/pdf\"") + "</en-note>"));
+    EXPECT_TRUE(hasLogged("Couldn't create HTML, creating note instead."));
+    EXPECT_EQ(outputs(), std::vector<std::string>{"Clip.qltnote"});
+    EXPECT_EQ(tests::readFile(destination_ / "Clip.qltnote" / "q3.pdf"), "data");
+}
+
 TEST_F(NoteDispatch, FailsAClippingForAnyOtherError) {
     item_.title = u"Clip";
     item_.noteAttributes.source = "web.clip";
