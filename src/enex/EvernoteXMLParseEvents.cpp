@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "enex/EvernoteXMLParseOperation.h"
+#include "platform/base/SystemLog.h"
 #include "platform/base/UTF16.h"
 #include "platform/foundation/CharacterSet.h"
 #include "util/FileNames.h"
@@ -20,6 +21,10 @@ using platform::XMLAttributes;
 using platform::XMLParser;
 
 namespace {
+
+// Tasks stand beside the text of a note, which only says where they were shown.
+constexpr std::string_view kTask = "task";
+constexpr std::string_view kTasksLeftOut = "The tasks of the note \"%@\" are left out.";
 
 template<class State>
 struct Row {
@@ -115,11 +120,15 @@ void EvernoteXMLParseOperation::startOutside(std::string_view name, XMLAttribute
         log(platform::formatted("ENEX file created by: %@", {valueOfAttribute(attributes, "version")}));
     if (name == "note") {
         currentElement_ = Element::note;
+        currentItemHasTasks_ = false;
         currentItem_.emplace(directoryURL_).saveWebClippingsAsNotes = saveWebClippingsAsNotes_;
     }
 }
 
 void EvernoteXMLParseOperation::startInNote(std::string_view name) {
+    if (name == kTask && !std::exchange(currentItemHasTasks_, true))
+        platform::systemLog(platform::formatted(
+            kTasksLeftOut, {platform::utf8FromUTF16(stringByTrimmingWhitespace(currentItem_->title))}));
     currentNoteElement_ = stateForName(StartTags::kInNote, name, NoteElement::none);
     if (currentNoteElement_ == NoteElement::resource) {
         currentResource_.emplace();

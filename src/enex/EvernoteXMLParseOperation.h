@@ -128,6 +128,7 @@ class EvernoteXMLParseOperation : public QLTAsynchronousOperation, private platf
     ResourceAttributesElement currentResourceAttributesElement_ = ResourceAttributesElement::none;
     NoteAttributesElement currentNoteAttributesElement_ = NoteAttributesElement::none;
     std::optional<EvernoteXMLItem> currentItem_;
+    bool currentItemHasTasks_ = false;
     bool currentItemIsTooLarge_ = false; // memory has run out: the rest of the note is passed over
     std::optional<EvernoteXMLResource> currentResource_;
     std::optional<std::u16string> currentTag_;

@@ -1,4 +1,5 @@
 // Reading an export: what reaches the records, the log, the blocks, in which order, whatever the size of the pieces.
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -103,6 +104,18 @@ TEST(EvernoteXMLParseOperation, KeepsEachRuleOfItsStates) {
         EXPECT_NE(import.notes.find(row.expected), std::string::npos) << row.markup << "\n" << import.notes;
         EXPECT_EQ(import.blocks, (std::vector<std::string>{"entry", "end"})) << row.markup;
     }
+}
+
+TEST(EvernoteXMLParseOperation, SaysWhoseTasksAreLeftOut) {
+    const std::string_view tasks = "<task><title>Milk</title></task><task><title>Eggs</title></task>";
+    Import import;
+    import.run(fmt::format("<x><note><title> A\n</title>{0}</note><note><title>B</title></note><note><title>C</title>"
+                           "{0}</note></x>",
+                           tasks));
+    EXPECT_EQ(std::ranges::count(import.systemLog, "The tasks of the note \"A\" are left out."), 1);
+    EXPECT_EQ(std::ranges::count(import.systemLog, "The tasks of the note \"C\" are left out."), 1);
+    EXPECT_FALSE(std::ranges::any_of(import.systemLog, [](const auto& entry) { return entry.contains("\"B\" are"); }));
+    EXPECT_FALSE(import.log.contains("left out"));
 }
 
 TEST(EvernoteXMLParseOperation, PassesOverTextBetweenNotes) {
