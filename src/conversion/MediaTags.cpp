@@ -34,6 +34,7 @@ constexpr std::string_view kMediaClosing = "</en-media>";
 constexpr std::string_view kInvalidMediaTag = platform::localizable("Invalid media tag.");
 constexpr std::string_view kMissingAttachment = platform::localizable("[Missing Attachment]");
 constexpr std::string_view kNoHash = "Couldn't get hash: %@";
+constexpr std::string_view kTextInside = "Text inside a tag %@ is left out: %@";
 constexpr std::string_view kNotInText = "The note does not show its attachment \"%@\", which is left out.";
 
 // The tag ends in "/>" or with the first end tag behind it. No ">" stands inside a value, so that the first one ends
@@ -89,6 +90,7 @@ class MediaReplacer {
     Result<> replace(std::string_view tag, std::string& out) {
         const XMLDocument document = TRY(XMLElement::initWithXMLString(tag));
         const XMLElement& media = *document.rootElement();
+        reportTextInside(media);
         const auto hash = media.attributeForName("hash");
         EvernoteXMLResource* resource = hash ? resources_.find(*hash) : nullptr;
         if (!resource) {
@@ -166,6 +168,13 @@ Result<std::string> replaceMediaTags(std::string markup, EvernoteXMLItem& item, 
 void reportUnshown(const EvernoteXMLResource& resource) {
     const std::u16string name = attachmentName(resource, platform::UTType::typeWithMIMEType(resource.mime));
     platform::systemLog(platform::formatted(kNotInText, {platform::utf8FromUTF16(name)}));
+}
+
+void reportTextInside(const XMLElement& tag) {
+    if (tag.children().empty()) return;
+    const std::u16string text = stringByTrimmingWhitespace(platform::utf16FromUTF8(tag.stringValue()));
+    if (!text.empty())
+        platform::systemLog(platform::formatted(kTextInside, {tag.name(), platform::utf8FromUTF16(text)}));
 }
 
 } // namespace quillet

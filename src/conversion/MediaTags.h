@@ -19,4 +19,7 @@ platform::Result<std::string> replaceMediaTags(std::string markup, EvernoteXMLIt
 // One line of the system log: the resource is in the export, but nothing in the note shows it.
 void reportUnshown(const EvernoteXMLResource& resource);
 
+// Says in the system log that the text inside a tag, if there is any, is replaced with the tag.
+void reportTextInside(const platform::XMLElement& tag);
+
 } // namespace quillet

@@ -84,6 +84,7 @@ Result<bool> isTicked(std::string_view tag) {
     const auto* const plain = std::ranges::find(kPlainTodos, tag, &PlainTodo::tag);
     if (plain != std::end(kPlainTodos)) return plain->isOn;
     const XMLDocument element = TRY(XMLElement::initWithXMLString(tag));
+    reportTextInside(*element.rootElement());
     return element.rootElement()->attributeForName("checked") == "true";
 }
 

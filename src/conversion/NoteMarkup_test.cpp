@@ -314,6 +314,19 @@ TEST_F(NoteMarkup, TurnsCheckboxesIntoMarkers) {
                   fmt::format("<div>{}</div>", row.expected));
 }
 
+TEST_F(NoteMarkup, SaysWhichTextGoesWithATag) {
+    addResource(kPDF, "application/pdf", u"a.pdf");
+    EXPECT_EQ(body("<en-note><div><en-todo/>a<en-todo> \n</en-todo>b<en-crypt>c</en-crypt>" + media(kPDF) +
+                   "</div></en-note>"),
+              "<div>◦ a◦ b********" + marker("a.pdf") + "</div>");
+    EXPECT_TRUE(log_.empty());
+    EXPECT_EQ(body("<en-note><div><en-todo checked=\"true\"> buy <b>milk</b></en-todo><en-media hash=\"x\">picture"
+                   "</en-media></div></en-note>"),
+              "<div>✓ [Missing Attachment]</div>");
+    EXPECT_TRUE(hasLogged("Text inside a tag en-todo is left out: buy milk"));
+    EXPECT_TRUE(hasLogged("Text inside a tag en-media is left out: picture"));
+}
+
 TEST_F(NoteMarkup, HidesWhatIsEncrypted) {
     const struct {
         std::string_view markup, expected;
