@@ -5,6 +5,7 @@
 #include <mutex>
 #include <optional>
 #include <span>
+#include <string>
 #include <utility>
 
 #include <fmt/core.h>
@@ -15,8 +16,11 @@
 #include "documents/attachments/AttachmentConstants.h"
 #include "documents/attachments/QLTChecklistTextAttachment.h"
 #include "enex/EvernoteXMLItem.h"
+#include "platform/base/ByteSearch.h"
+#include "platform/base/SystemLog.h"
 #include "platform/files/FileDescriptor.h"
 #include "platform/foundation/Environment.h"
+#include "platform/foundation/StringFormat.h"
 #include "platform/foundation/StringTable.h"
 #include "platform/xml/XMLDocument.h"
 #include "platform/xml/XMLNode.h"
@@ -42,6 +46,9 @@ constexpr std::string_view kNoteClosing = "</en-note>";
 constexpr std::string_view kTodoOpening = "<en-todo"; // and what else begins so
 constexpr std::string_view kCryptOpening = "<en-crypt";
 
+constexpr std::string_view kItemTick = "--en-checked:true";
+
+constexpr std::string_view kTicksLost = "List items of the note \"%@\" lose their ticks: %@.";
 constexpr std::string_view kInvalidTodoTag = platform::localizable("Invalid todo tag.");
 constexpr std::string_view kInvalidCryptTag = platform::localizable("Invalid crypt tag.");
 constexpr std::string_view kEncryptedReplacement = "********";
@@ -159,15 +166,23 @@ Result<std::string> filledTemplate(std::u16string_view title, std::string_view b
 // would cost as much as rewriting it.
 struct Rewritable {
     bool innerNotes = false, media = false, todos = false, crypts = false;
+    std::size_t tickedItems = 0; // list items that their style alone ticks; their ticks are lost
 };
+
+bool isTickedItem(const XMLElement& item) {
+    const auto style = item.attributeForName("style");
+    return style && platform::findLiteral(*style, kItemTick) != std::string_view::npos;
+}
 
 Rewritable rewritableIn(const XMLElement& note) {
     Rewritable found;
     platform::forEachNodeInOrder(note, [&](const XMLNode& node, NodeEdge edge) {
         // Of text that only looks like tags, as in a comment, note tags alone are taken out.
         if (edge == NodeEdge::leaf && node.kind() != XMLNodeKind::text) found.innerNotes = true;
+        if (edge != NodeEdge::enter) return;
         const std::string_view name = node.name();
-        if (edge != NodeEdge::enter || !name.starts_with("en-")) return;
+        if (name == "li" && isTickedItem(*node.asElement())) ++found.tickedItems;
+        if (!name.starts_with("en-")) return;
         found.innerNotes = found.innerNotes || (&node != &note && name == kNoteName);
         found.media = found.media || name == "en-media";
         found.todos = found.todos || name.starts_with(kTodoOpening.substr(1));
@@ -211,6 +226,9 @@ Result<NotePage> notePageFromNoteElement(EvernoteXMLItem& item, NoteScratch& scr
                                          UseInlineImages useInlineImages, ConvertDividers convertDividers) {
     NotePage page(item.identifier);
     const Rewritable rewritable = rewritableIn(noteElement);
+    if (rewritable.tickedItems > 0 && convertDividers == ConvertDividers::yes) // a page keeps them in its styles
+        platform::systemLog(platform::formatted(
+            kTicksLost, {platform::utf8FromUTF16(item.title), std::to_string(rewritable.tickedItems)}));
     std::string markup = TRY(innerMarkup(item, scratch, noteElement, rewritable, useInlineImages, page.images));
     if (rewritable.todos) markup = TRY(replaceTodoTags(std::move(markup)));
     if (rewritable.crypts) markup = TRY(replaceCryptTags(std::move(markup)));

@@ -327,6 +327,16 @@ TEST_F(NoteMarkup, SaysWhichTextGoesWithATag) {
     EXPECT_TRUE(hasLogged("Text inside a tag en-media is left out: picture"));
 }
 
+TEST_F(NoteMarkup, SaysThatListItemsLoseTheTicksOfTheirStyles) {
+    item_.title = u"List";
+    const std::string_view list = "<en-note><ul style=\"--en-todo:true;\"><li style=\"--en-checked:true;\">a</li>"
+                                  "<li style=\"--en-checked:false;\">b</li><li>c</li></ul></en-note>";
+    ASSERT_TRUE(page(list, ConvertDividers::no)); // as a page, which has the styles in it
+    EXPECT_FALSE(hasLogged("List items of the note \"List\" lose their ticks: 1."));
+    ASSERT_TRUE(page(list));
+    EXPECT_TRUE(hasLogged("List items of the note \"List\" lose their ticks: 1."));
+}
+
 TEST_F(NoteMarkup, HidesWhatIsEncrypted) {
     const struct {
         std::string_view markup, expected;
