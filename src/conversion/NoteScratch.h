@@ -52,6 +52,7 @@ class NoteScratch {
 
   private:
     platform::Result<platform::OutputDirectory*> directory();
+    Files::iterator fileInAnotherCase(std::string_view name);
     std::string path() const { return platform::joinedPath(destination_.path(), name_); }
 
     platform::OutputDirectory& destination_;
@@ -59,8 +60,7 @@ class NoteScratch {
     platform::URL url_;
     std::optional<platform::OutputDirectory> directory_; // once it is made, until it is removed
     Files files_;
-    std::map<std::u16string, Files::iterator>
-        filesIgnoringCase_; // by folded name, the first of those that differ in case
+    std::map<std::string, Files::iterator> byCapitals_; // of each name; made when one is sought in another case
 };
 
 } // namespace quillet
