@@ -209,8 +209,8 @@ TEST(ByteSearch, FindsWhatTheStringsOwnSearchFinds) {
         for (std::size_t from = 0; from <= text.size() + 1; ++from)
             EXPECT_EQ(findLiteral(text, literal, from), text.find(literal, from)) << literal << ' ' << from;
     EXPECT_EQ(findLiteral(std::string_view(), "a"), std::string_view::npos);
-    const std::u16string_view units = u"aab\u6100\u0061\u0100\u0001\u0100b"; // with 61 00 and 01 00 across units
-    for (const std::u16string_view literal : {u"b", u"ab", u"\u0061", u"\u0001\u0100", u"\u0100b", u"c", u"aab"})
+    const std::u16string_view units = u"aab\u6100\u0061\u6100\u0100\u0001\u0100b"; // with 61 00 across units
+    for (const std::u16string_view literal : {u"", u"b", u"ab", u"\u0061", u"\u0001\u0100", u"\u0100b", u"c", u"aab"})
         for (std::size_t from = 0; from <= units.size() + 1; ++from)
             EXPECT_EQ(findLiteral(units, literal, from), units.find(literal, from)) << from;
 }
