@@ -85,21 +85,26 @@ TEST(OutputDirectory, FillsTheEmptyFilesOfAPackageAndRemovesTheOthers) {
     OutputDirectory directory = opened(scratch.path());
     auto output = directory.createPackage();
     ASSERT_TRUE(output);
-    constexpr std::array<std::string_view, 6> kNames{"filled", "absent", "directory", "private", "filled", "a/b"};
+    constexpr std::array<std::string_view, 7> kNames{"filled",  "absent", "directory", "as a file",
+                                                     "private", "filled", "a/b"};
     output->createEmptyFiles(kNames); // the second of one name cannot be made, nor what is no name
-    EXPECT_EQ(entriesIn(output->path()), 4U);
+    EXPECT_EQ(entriesIn(output->path()), 5U);
     const auto file = [](std::string_view text) { return FileWrapper::regularFile(Data(std::string(text))); };
     const auto ownersOnly = file("p");
     ownersOnly->setFileAttributes({.modificationDate = {}, .posixPermissions = 0600});
+    const auto likeAFile = FileWrapper::directory();
+    likeAFile->setFileAttributes({});
     ASSERT_TRUE(output->writeChildren(*FileWrapper::directory({
+        {"directory", FileWrapper::directory({{"filled", file("inner")}})}, // while the outer one is still empty
+        {"as a file", likeAFile},
         {"more", file("m")},
         {"filled", file("f")},
-        {"directory", FileWrapper::directory({{"filled", file("inner")}})},
         {"private", ownersOnly},
     })));
     ASSERT_TRUE(output->moveIntoPlace("Note.qltnote"));
     const auto note = scratch / "Note.qltnote";
-    EXPECT_EQ(entriesIn(note), 4U);
+    EXPECT_EQ(entriesIn(note), 5U);
+    EXPECT_TRUE(std::filesystem::is_directory(note / "as a file"));
     EXPECT_EQ(tests::readFile(note / "filled"), "f");
     EXPECT_EQ(tests::readFile(note / "more"), "m");
     EXPECT_EQ(tests::readFile(note / "directory" / "filled"), "inner");
