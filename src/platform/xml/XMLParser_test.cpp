@@ -196,6 +196,25 @@ TEST_F(XMLParserEvents, SayWhereTheAbortWas) {
     }
 }
 
+TEST_F(XMLParserEvents, KeepWhatEndedThemWhenAnAbortComesLater) {
+    class Late : public Recorder {
+        void parserParseErrorOccurred(XMLParser& parser, const Error& error) override {
+            Recorder::parserParseErrorOccurred(parser, error);
+            parser.abortParsing();
+        }
+    };
+    Late late;
+    XMLParser whole(InputStream::inputStreamWithBytes("<a/>"));
+    whole.setDelegate(&late);
+    EXPECT_TRUE(whole.parse());
+    EXPECT_EQ(whole.parserError(), nullptr);
+    XMLParser broken(InputStream::inputStreamWithBytes("<a>&nbsp;</a>"));
+    broken.setDelegate(&late);
+    EXPECT_FALSE(broken.parse());
+    ASSERT_NE(broken.parserError(), nullptr);
+    EXPECT_EQ(broken.parserError()->code, 26);
+}
+
 TEST_F(XMLParserEvents, StopAfterAnAbortWithError512) {
     Recorder recorder;
     recorder.abortAt = "b";
