@@ -251,6 +251,17 @@ TEST_F(NoteCreation, StampsDatesAndTags) {
     EXPECT_EQ(values.tagNames, item_.tags);
 }
 
+TEST_F(NoteCreation, WritesThePackageWhenItsAttributesAreRefusedAndSaysWhich) {
+    item_.title = u"Refused";
+    item_.created = Date::fromUnixTime(1'600'000'000);
+    item_.tags = {std::u16string(70'000, u'x')}; // longer than any attribute may be
+    EXPECT_EQ(noteName("<en-note>x</en-note>"), "Refused.qltnote");
+    EXPECT_EQ(valuesOf("Refused.qltnote").creationDate, item_.created);
+    ASSERT_EQ(log_.size(), 1U);
+    EXPECT_TRUE(log_.front().starts_with("Couldn't set resource values on file://")) << log_.front();
+    EXPECT_TRUE(log_.front().contains("/Refused.qltnote: user.xdg.tags (")) << log_.front();
+}
+
 TEST_F(NoteCreation, StampsNothingThatTheNoteHasNot) {
     item_.title = u"Plain";
     platform::ResourceValues expected;
@@ -386,6 +397,7 @@ TEST_F(NoteCreation, FinishesAPackageUnderTheNextNameWhenItsOwnWasTakenMeanwhile
     auto package = output.beginPackage(u"Note.qltnote", values, kPackageEntries);
     ASSERT_TRUE(package);
     EXPECT_EQ(package->freeName, "Note.qltnote");
+    EXPECT_EQ(namesIn(package->output.path()), (std::vector<std::string>{"NoteAttributes", "NoteText", "TXT.rtf"}));
     tests::writeFile(destination_ / "Note.qltnote", "somebody's");
     const auto text = platform::FileWrapper::regularFile(platform::Data(std::string("text")));
     const auto finished =

@@ -249,12 +249,15 @@ TEST_F(RichTextImport, TakesAFileInAnotherCaseOnlyWhenThereIsNoneOfThatName) {
 }
 
 TEST_F(RichTextImport, SaysWhichAttachmentsThePageHides) {
+    const std::string kOtherPNG = pngBytes() + "more";
     addResource("zip", "application/zip", u"hidden.zip");
     addResource(pngBytes(), "image/png", u"hidden.png");
     addResource("seen", "application/zip", u"seen twice.zip");
-    const std::string tags = media("zip") + media(pngBytes()) + media("seen");
-    EXPECT_EQ(imported("<en-note><div style=\"display:none\">" + tags + "</div>a" + media("seen") + "</en-note>"),
-              "a[file seen twice 1.zip]");
+    addResource(kOtherPNG, "image/png", u"seen twice.png");
+    const std::string tags = media("zip") + media(pngBytes()) + media("seen") + media(kOtherPNG);
+    EXPECT_EQ(imported("<en-note>" + media(kOtherPNG) + "<div style=\"display:none\">" + tags + "</div>a" +
+                       media("seen") + "</en-note>"),
+              "[seen twice.png]a[file seen twice 1.zip]");
     EXPECT_EQ(log_, (std::vector<std::string>{
                         "The note does not show its attachment \"hidden.zip\", which is left out.",
                         "The note does not show its attachment \"hidden.png\", which is left out.",
