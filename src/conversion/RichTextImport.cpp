@@ -1,5 +1,6 @@
 #include "conversion/RichTextImport.h"
 
+#include <algorithm>
 #include <exception>
 #include <map>
 #include <memory>
@@ -117,28 +118,46 @@ std::shared_ptr<TextAttachment> attachmentFor(const std::shared_ptr<FileWrapper>
     return std::make_shared<TextAttachment>(wrapper);
 }
 
-} // namespace
+// What a marker is that names none of the note's files: a mistake, or words of the note's own.
+enum class Unresolved { isError, isText };
 
-Result<> replaceAttachmentMarkers(AttributedString& text, NoteScratch& scratch) {
-    static const std::u16string opening = platform::utf16FromUTF8(kAttachmentOpeningFence);
-    static const std::u16string closing = platform::utf16FromUTF8(kAttachmentClosingFence);
+// What stands around the name in a marker.
+struct Fences {
+    Fences(std::string_view before, std::string_view behind, Unresolved otherwise)
+        : opening(platform::utf16FromUTF8(before)), closing(platform::utf16FromUTF8(behind)), unresolved(otherwise) {}
+    std::u16string opening, closing;
+    Unresolved unresolved;
+};
+
+Result<> replaceMarkersBetween(const Fences& fences, AttributedString& text, NoteScratch& scratch) {
     const std::u16string& characters = text.string();
     std::vector<TextEdit> edits;
-    std::size_t start = platform::findLiteral(characters, opening);
+    std::size_t start = platform::findLiteral(characters, fences.opening);
     while (start != std::u16string::npos) {
-        const std::size_t nameStart = start + opening.size();
-        const std::size_t nameEnd = characters.find(closing, nameStart);
+        const std::size_t nameStart = start + fences.opening.size();
+        const std::size_t nameEnd = characters.find(fences.closing, nameStart);
         if (nameEnd == std::u16string::npos) break;
         // In preformatted text the blanks around the name are still two. Its own are encoded.
         const std::string encoded =
             platform::utf8FromUTF16(stringByTrimmingWhitespace(characters.substr(nameStart, nameEnd - nameStart)));
-        const std::string name = platform::removingPercentEncoding(encoded).value_or(encoded);
-        const std::size_t end = nameEnd + closing.size();
-        edits.push_back(
-            {{start, end - start}, AttributedString::withAttachment(attachmentFor(TRY(scratch.fileWrapper(name))))});
-        start = platform::findLiteral(characters, opening, end);
+        const auto file = scratch.fileWrapper(platform::removingPercentEncoding(encoded).value_or(encoded));
+        if (!file && fences.unresolved == Unresolved::isError) return platform::failure(file.error());
+        const std::size_t end = nameEnd + fences.closing.size();
+        if (file) edits.push_back({{start, end - start}, AttributedString::withAttachment(attachmentFor(*file))});
+        start = platform::findLiteral(characters, fences.opening, end);
     }
     text.applyEdits(edits);
+    return {};
+}
+
+} // namespace
+
+Result<> replaceAttachmentMarkers(AttributedString& text, NoteScratch& scratch) {
+    static const Fences written(kAttachmentOpeningFence, kAttachmentClosingFence, Unresolved::isError);
+    static const Fences lowercased("***qltattachment ", " qltattachment***", Unresolved::isText);
+    TRY(replaceMarkersBetween(written, text, scratch));
+    const auto isUsed = [](const auto& file) { return file.second.isUsed; };
+    if (!std::ranges::all_of(scratch.files(), isUsed)) TRY(replaceMarkersBetween(lowercased, text, scratch));
     return {};
 }
 

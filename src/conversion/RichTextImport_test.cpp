@@ -204,6 +204,16 @@ TEST_F(RichTextImport, FindsAttachmentsInTextThatIsShownInAnotherForm) {
               "B [file An aä 1.zip]\n");
     EXPECT_EQ(imported("<en-note><div style=\"text-transform:capitalize\">b " + tag + "</div></en-note>"),
               "B [file An aä 2.zip]\n");
+    EXPECT_EQ(imported("<en-note><div style=\"text-transform:lowercase\">B " + tag + "</div>" + tag + "</en-note>"),
+              "b [file An aä 3.zip]\n[file An aä 4.zip]");
+}
+
+TEST_F(RichTextImport, LeavesLowerCaseFencesAroundOtherWordsAsText) {
+    write(u"a.zip", "1");
+    EXPECT_EQ(withAttachments(u"***qltattachment b.zip qltattachment*** ***qltattachment a.zip qltattachment***"),
+              "***qltattachment b.zip qltattachment*** [file a.zip]");
+    EXPECT_EQ(withAttachments(u"***qltattachment a.zip qltattachment***"), "***qltattachment a.zip qltattachment***")
+        << "all files are in the text already";
 }
 
 TEST_F(RichTextImport, FindsAttachmentsInTheCapitalsOfTheLocale) {
