@@ -2,17 +2,13 @@
 #include "conversion/RichTextImport.h"
 
 #include <chrono>
-#include <optional>
 #include <string>
 
-#include "conversion/NoteMarkup.h"
-#include "conversion/NoteScratch.h"
 #include "documents/attachments/QLTChecklistTextAttachment.h"
 #include "documents/attachments/QLTDividerTextAttachment.h"
 #include "documents/attachments/QLTFileAttachment.h"
-#include "platform/base/Error.h"
 #include "platform/files/FileWrapper.h"
-#include "tests/support/NoteFixture.h"
+#include "tests/support/NoteMarkupFixture.h"
 
 namespace quillet {
 namespace {
@@ -45,13 +41,8 @@ std::string shown(const AttributedString& text) {
     return out;
 }
 
-class RichTextImport : public NoteFixture {
+class RichTextImport : public NoteMarkupFixture {
   protected:
-    void SetUp() override {
-        NoteFixture::SetUp();
-        directory_.emplace(platform::OutputDirectory::openURL(destinationURL()).value());
-        scratchDirectory_.emplace(*directory_, item_.identifier);
-    }
     // Writes a resource of that name into the scratch directory.
     void write(std::u16string_view name, std::string_view bytes) {
         ASSERT_TRUE(scratchDirectory_->writeResource(addResource(bytes, "", name), name));
@@ -71,9 +62,6 @@ class RichTextImport : public NoteFixture {
         const auto made = import(markup);
         return made && made->text ? shown(*made->text) : "failed";
     }
-
-    std::optional<platform::OutputDirectory> directory_;
-    std::optional<NoteScratch> scratchDirectory_;
 };
 
 TEST_F(RichTextImport, ChoosesTheAttachmentByTheType) {
