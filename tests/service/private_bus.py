@@ -96,6 +96,8 @@ class ServiceTest(unittest.TestCase):
         self.scratch = pathlib.Path(tempfile.mkdtemp(dir=os.environ["QUILLET_CHECK_SCRATCH"]))
         self.output = self.scratch / "out"
         self.output.mkdir()
+        bus = client()  # the worker of the test before may not have ended yet, and be taken for this one's
+        self.assertTrue(run_loop(lambda: not self.workers(bus)))
 
     def import_with(self, bus, file, output=None, **values):
         return service(bus).ImportENEXFile(file.as_uri(), options(**values), (output or self.output).as_uri(),
@@ -105,12 +107,20 @@ class ServiceTest(unittest.TestCase):
         return int(bus.get_object("org.freedesktop.DBus", "/org/freedesktop/DBus").GetConnectionUnixProcessID(
             NAME, dbus_interface="org.freedesktop.DBus"))
 
+    def workers(self, bus):
+        """The service's child processes; none when nobody has its name."""
+        try:
+            process = self.service_process(bus)
+        except dbus.DBusException:
+            return []
+        found = subprocess.run(["pgrep", "-P", str(process)], capture_output=True, text=True, check=False)
+        return [int(worker) for worker in found.stdout.split()]
+
     def wait_for_worker(self, bus):
         for _ in range(1000):
-            workers = subprocess.run(["pgrep", "-P", str(self.service_process(bus))], capture_output=True, text=True,
-                                     check=False).stdout.split()
+            workers = self.workers(bus)
             if workers:
-                return int(workers[0])
+                return workers[0]
             time.sleep(0.01)
         return self.fail("no worker was started")
 
