@@ -43,8 +43,8 @@ class NoteOutput {
     // are one line of the system log.
     platform::Result<platform::URL> writeFile(std::u16string_view name, std::string_view bytes,
                                               const platform::ResourceValues& values);
-    // The same in two steps, for a package: all that the file system has to do for it but to take its contents, of
-    // which it is enough to know the names of some files, can be done while they are still being made.
+    // The same for a package, in two steps: what the file system has to do besides taking the contents can be done
+    // while these are still being made. `files` are names of some of them, whose files are made at once.
     platform::Result<BegunPackage> beginPackage(std::u16string name, const platform::ResourceValues& values,
                                                 std::span<const std::string_view> files);
     platform::Result<platform::URL> finishPackage(BegunPackage package, const platform::FileWrapper& contents);

@@ -39,6 +39,7 @@ class NoteScratch {
     // A resource's file as a wrapper of its name. Only what writeResource has written is there to be had, whatever the
     // name. One that differs in case alone will do: styles that show text in capitals change the names in markers.
     platform::Result<std::shared_ptr<platform::FileWrapper>> fileWrapper(std::string_view name);
+
     struct File {
         platform::Data bytes; // shared with the resource
         const EvernoteXMLResource* resource;

@@ -28,7 +28,8 @@ class PendingOutput {
     PendingOutput& operator=(PendingOutput&&) = delete;
     ~PendingOutput();
 
-    // Of the file, for reading and writing, or of the package's directory. Set attributes through it last of all.
+    // Of the file, for reading and writing, or of the package's directory. Set times through it last of all: contents
+    // move them.
     int descriptor() const { return descriptor_.get(); }
     // What errors name as the place, and what APIs that need a path may use.
     std::string path() const { return joinedPath(directoryPath_, temporaryName_); }
