@@ -216,8 +216,15 @@ std::optional<std::string> escapingTitle(std::string_view page) {
         const auto title = page.substr(start, end - start);
         if (title.find('<') == std::string_view::npos) return std::nullopt;
         std::string result(page.substr(0, start));
-        for (const char character : title) character == '<' ? result += "&lt;" : result += character;
-        return result.append(page.substr(end));
+        for (const char character : title) {
+            if (character == '<') {
+                result += "&lt;";
+            } else {
+                result += character;
+            }
+        }
+        result += page.substr(end);
+        return result;
     }
     return std::nullopt;
 }
