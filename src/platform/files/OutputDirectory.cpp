@@ -102,12 +102,12 @@ void PendingOutput::createEmptyFiles(std::span<const std::string_view> names) {
 }
 
 Result<> PendingOutput::writeChildren(const FileWrapper& from) {
-    const auto isUnfit = [&](const EmptyFile& file) {
+    const auto isFit = [&](const EmptyFile& file) {
         const auto child = from.childNamed(file.name);
-        return !child || child->isDirectory() ||
-               child->fileAttributes().posixPermissions != FileAttributes().posixPermissions;
+        return child && !child->isDirectory() &&
+               child->fileAttributes().posixPermissions == FileAttributes().posixPermissions;
     };
-    const auto unfit = std::ranges::partition(emptyFiles_, std::not_fn(isUnfit));
+    const auto unfit = std::ranges::partition(emptyFiles_, isFit);
     for (const EmptyFile& file : unfit) TRY(removeTree(descriptor_.get(), file.name, path()));
     Result<> written = from.writeChildren(descriptor_.get(), path(), std::span(emptyFiles_.begin(), unfit.begin()));
     emptyFiles_.clear();
