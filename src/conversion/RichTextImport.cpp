@@ -18,6 +18,7 @@
 #include "platform/base/TextScan.h"
 #include "platform/files/FileWrapper.h"
 #include "platform/files/UTType.h"
+#include "platform/foundation/Capitalization.h"
 #include "platform/foundation/PathString.h"
 #include "platform/foundation/Percent.h"
 #include "platform/html/HTMLReader.h"
@@ -123,13 +124,11 @@ enum class Unresolved { isError, isText };
 
 // What stands around the name in a marker.
 struct Fences {
-    Fences(std::string_view before, std::string_view behind, Unresolved otherwise)
-        : opening(platform::utf16FromUTF8(before)), closing(platform::utf16FromUTF8(behind)), unresolved(otherwise) {}
     std::u16string opening, closing;
-    Unresolved unresolved;
 };
 
-Result<> replaceMarkersBetween(const Fences& fences, AttributedString& text, NoteScratch& scratch) {
+Result<> replaceMarkersBetween(const Fences& fences, Unresolved unresolved, AttributedString& text,
+                               NoteScratch& scratch) {
     const std::u16string& characters = text.string();
     std::vector<TextEdit> edits;
     std::size_t start = platform::findLiteral(characters, fences.opening);
@@ -141,7 +140,7 @@ Result<> replaceMarkersBetween(const Fences& fences, AttributedString& text, Not
         const std::string encoded =
             platform::utf8FromUTF16(stringByTrimmingWhitespace(characters.substr(nameStart, nameEnd - nameStart)));
         const auto file = scratch.fileWrapper(platform::removingPercentEncoding(encoded).value_or(encoded));
-        if (!file && fences.unresolved == Unresolved::isError) return platform::failure(file.error());
+        if (!file && unresolved == Unresolved::isError) return platform::failure(file.error());
         const std::size_t end = nameEnd + fences.closing.size();
         if (file) edits.push_back({{start, end - start}, AttributedString::withAttachment(attachmentFor(*file))});
         start = platform::findLiteral(characters, fences.opening, end);
@@ -153,12 +152,15 @@ Result<> replaceMarkersBetween(const Fences& fences, AttributedString& text, Not
 } // namespace
 
 Result<> replaceAttachmentMarkers(AttributedString& text, NoteScratch& scratch) {
-    static const Fences written(kAttachmentOpeningFence, kAttachmentClosingFence, Unresolved::isError);
-    static const Fences lowercased("***qltattachment ", " qltattachment***", Unresolved::isText);
-    TRY(replaceMarkersBetween(written, text, scratch));
+    static const Fences fences{platform::utf16FromUTF8(kAttachmentOpeningFence),
+                               platform::utf16FromUTF8(kAttachmentClosingFence)};
+    TRY(replaceMarkersBetween(fences, Unresolved::isError, text, scratch));
     const auto isUsed = [](const auto& file) { return file.second.isUsed; };
-    if (!std::ranges::all_of(scratch.files(), isUsed)) TRY(replaceMarkersBetween(lowercased, text, scratch));
-    return {};
+    if (std::ranges::all_of(scratch.files(), isUsed)) return {};
+    // As a style leaves them that shows text in lower case.
+    const Fences lowercased{platform::localizedLowercased(fences.opening),
+                            platform::localizedLowercased(fences.closing)};
+    return replaceMarkersBetween(lowercased, Unresolved::isText, text, scratch);
 }
 
 void replaceCheckboxMarkers(AttributedString& text) {
