@@ -22,8 +22,6 @@ using platform::Date;
 using platform::Result;
 using platform::URL;
 
-constexpr std::string_view kPDF = "%PDF-1.4 not much of one";
-
 class NoteCreation : public NoteFixture {
   protected:
     using Creation = Result<URL> (*)(EvernoteXMLItem&, NoteScratch&, NoteOutput&, const platform::XMLElement&);

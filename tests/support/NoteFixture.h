@@ -26,6 +26,8 @@
 
 namespace quillet {
 
+inline constexpr std::string_view kPDF = "%PDF-1.4 not much of one";
+
 // One pixel, red.
 inline const std::string& pngBytes() {
     static const std::string bytes = platform::base64Decoded("iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAIAAACQd1PeAAAADElEQVQI"

@@ -15,8 +15,6 @@
 
 namespace quillet {
 
-inline constexpr std::string_view kPDF = "%PDF-1.4 not much of one";
-
 inline std::string between(std::string_view text, std::string_view before, std::string_view after) {
     const std::size_t start = text.find(before);
     const std::size_t end = text.rfind(after);
